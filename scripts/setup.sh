@@ -1,0 +1,58 @@
+# SPDX-License-Identifier: Apache-2.0
+# shellcheck shell=bash
+# Sourced by run, test and .ci/run: installs missing packages, configures and builds.
+# Exit code 69: the machine cannot be set up (no Debian, no root, a package that cannot be had).
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+
+say() { printf '\033[1m== %s\033[0m\n' "$*" >&2; }
+die() {
+    printf '%s: %s\n' "${0##*/}" "$1" >&2
+    exit "${2:-1}"
+}
+
+as_root() {
+    if [ "$(id -u)" -eq 0 ]; then
+        "$@"
+    elif command -v sudo >/dev/null; then
+        sudo "$@"
+    else
+        die "packages are missing and neither root nor sudo is at hand to install them: $missing" 69
+    fi
+}
+
+# need_packages FILE...: installs what the lists name and the machine lacks.
+need_packages() {
+    local entry name
+    missing=
+    for entry in $(sed 's/#.*//' "$@"); do
+        name=${entry#*:}
+        if [ "$name" != "$entry" ] && command -v "${entry%%:*}" >/dev/null; then continue; fi
+        if [ "$(dpkg-query -W -f='${db:Status-Status}' "$name" 2>/dev/null)" != installed ]; then
+            missing="$missing $name"
+        fi
+    done
+    [ -n "$missing" ] || return 0
+    command -v apt-get >/dev/null ||
+        die "this is no Debian machine; install the equivalents of:$missing" 69
+    say "installing$missing"
+    # Bookworm's names and versions are what the build is made for; others may do, or lack one.
+    as_root apt-get update -q >&2 || die "apt-get update failed; is the package mirror reachable?" 69
+    # shellcheck disable=SC2086 # a list of words
+    as_root env DEBIAN_FRONTEND=noninteractive apt-get install -q -y --no-install-recommends \
+        $missing >&2 || die "apt-get could not install:$missing" 69
+}
+
+# build PRESET [TARGET...]: configures once, then builds (everything where no target is named).
+build() {
+    local preset=$1
+    shift
+    cd "$root" || exit
+    if [ ! -e "build/$preset/build.ninja" ]; then
+        say "configuring $preset"
+        cmake --preset "$preset" -DCMAKE_CXX_COMPILER_LAUNCHER=ccache >&2 ||
+            die "configuring $preset failed" 1
+    fi
+    say "building $preset"
+    cmake --build --preset "$preset" ${1:+--target "$@"} >&2 || die "building $preset failed" 1
+}
