@@ -10,7 +10,7 @@ foreach(name utils cutils log base)
     add_library(android::${name} SHARED IMPORTED GLOBAL)
     set_target_properties(android::${name} PROPERTIES
         IMPORTED_LOCATION ${MCL_ANDROID_LIBDIR}/lib${name}.so
-        INTERFACE_SYSTEM_INCLUDE_DIRECTORIES ${MCL_ANDROID_INCLUDEDIR}
+        INTERFACE_INCLUDE_DIRECTORIES ${MCL_ANDROID_INCLUDEDIR}
         INTERFACE_LINK_OPTIONS "-Wl,-rpath,${MCL_ANDROID_LIBDIR};-Wl,-rpath-link,${MCL_ANDROID_LIBDIR}")
 endforeach()
 
