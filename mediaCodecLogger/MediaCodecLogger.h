@@ -260,7 +260,6 @@ class MediaCodecLogger : public RefBase {
 
   private:
     friend class MediaCodecLoggerClient;
-    friend class SessionReport;
 
     static constexpr uint32_t kFlagTunneled = 0x1;
     static constexpr uint32_t kFlagThrottleRepeats = 0x2;
@@ -280,10 +279,11 @@ class MediaCodecLogger : public RefBase {
     bool isTunneled() const { return (mFlags & kFlagTunneled) != 0; }
     int64_t clientId() const { return reinterpret_cast<int64_t>(mClient.get()); }
 
-    void buildCodecTag(const AString& codecName, const AString& mime, AString& out);
+    void nameCodec(const AString& mime);
     void resetPlayback();
     void resetStreamFormat();
-    void resetInputAndStartUp();
+    void resetStartUpAndErrors();
+    void resetInput();
     void resetFrameDrops();
 
     /** A copy that is safe against a reconfiguration on another thread. */
@@ -310,6 +310,8 @@ class MediaCodecLogger : public RefBase {
     void noteFirstFrameRendered(int64_t renderTimeNs, unsigned long renderCount);
     template <typename Call>
     void notifyService(Call call);
+
+    class Report;
 
     void registerWithService();
     void subscribeVendorFormat();
@@ -341,8 +343,8 @@ class MediaCodecLogger : public RefBase {
     String8 mOldestAudioClientCodec;
 
     // Timestamps (microseconds) and playback. Written on the output path; queries read the segment.
-    Relaxed<int64_t> mLastPts{-1};
-    Relaxed<int64_t> mSegmentStartPts{-1};
+    Relaxed<int64_t> mLastPts;
+    Relaxed<int64_t> mSegmentStartPts;
     Relaxed<int32_t> mRepeatPtsCount;
     Relaxed<int32_t> mRepeatInputPtsCount;
     Relaxed<uint64_t> mSegmentFrameCount;
@@ -412,7 +414,7 @@ class MediaCodecLogger : public RefBase {
     Relaxed<bool> mAwaitingFirstRender;
     Relaxed<uint32_t> mRenderedFrameCount;
     Relaxed<int64_t> mLastRenderTimeMs;
-    Relaxed<int64_t> mLastOutputTimeMs{-1};
+    Relaxed<int64_t> mLastOutputTimeMs;
 
     // Errors. Written by the vendor statistics and the decoder's errors, read by the report.
     Relaxed<uint32_t> mNonFatalErrorCount;
