@@ -71,6 +71,14 @@ constexpr struct {
         {CA::PrimariesBT601_6_625, CU::kColorStandardBT601_625_Unadjusted},
 };
 
+/** Indexed by the aspect; the display path has numbers of its own here, and here only. */
+constexpr uint32_t kDataspaceTransfers[] = {
+        HAL_DATASPACE_TRANSFER_UNSPECIFIED, HAL_DATASPACE_TRANSFER_LINEAR,
+        HAL_DATASPACE_TRANSFER_SRGB,        HAL_DATASPACE_TRANSFER_SMPTE_170M,
+        HAL_DATASPACE_TRANSFER_GAMMA2_2,    HAL_DATASPACE_TRANSFER_GAMMA2_8,
+        HAL_DATASPACE_TRANSFER_ST2084,      HAL_DATASPACE_TRANSFER_HLG,
+};
+
 constexpr struct {
     android_dataspace v0;
     android_dataspace legacy;
@@ -93,6 +101,7 @@ constexpr uint32_t kExtendedStandards = kKnownPrimaries * kKnownMatrices;
 /** Up to here the platform's ranges and transfers have the same numbers as the aspects. */
 constexpr uint32_t kLastCommonRange = CA::RangeLimited;
 constexpr uint32_t kLastCommonTransfer = CA::TransferHLG;
+static_assert(std::size(kDataspaceTransfers) == kLastCommonTransfer + 1);
 
 std::atomic<status_t> gForcedStatus{NO_ERROR};
 
@@ -186,8 +195,7 @@ android_dataspace ColorUtils::getDataSpaceForColorAspects(ColorAspects& aspects,
     aspects.mMatrixCoeffs = static_cast<CA::MatrixCoeffs>(kStandards[standard].matrix);
 
     const auto dataspace = static_cast<android_dataspace>(
-            standard << HAL_DATASPACE_STANDARD_SHIFT |
-            uint32_t{aspects.mTransfer} << HAL_DATASPACE_TRANSFER_SHIFT |
+            standard << HAL_DATASPACE_STANDARD_SHIFT | kDataspaceTransfers[aspects.mTransfer] |
             uint32_t{aspects.mRange} << HAL_DATASPACE_RANGE_SHIFT);
     for (const auto& entry : kLegacyDataspaces) {
         if (entry.v0 == dataspace) return entry.legacy;

@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <stdint.h>
+
+namespace android::test {
+
+/**
+ * Freezes CLOCK_MONOTONIC of the whole process, inside every library, while it exists; other clocks
+ * go on. At most one at a time. Thread-safe.
+ *
+ * std::chrono::steady_clock stands still as well, so a timed wait (condition_variable::wait_for)
+ * never times out.
+ */
+class FakeClock {
+  public:
+    explicit FakeClock(int64_t startMs = 0);
+    ~FakeClock();
+
+    FakeClock(const FakeClock&) = delete;
+    FakeClock& operator=(const FakeClock&) = delete;
+
+    void advanceMs(int64_t ms) { advanceNs(ms * 1000000); }
+    void advanceUs(int64_t us) { advanceNs(us * 1000); }
+    int64_t nowMs() const;
+    int64_t nowUs() const;
+
+    /** How often the clock was read since its creation, not counting nowMs() and nowUs(). */
+    int64_t reads() const;
+
+  private:
+    void advanceNs(int64_t ns);
+};
+
+}  // namespace android::test
