@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gtest/gtest.h>
+
+#include <hostplatform/Audio.h>
+#include <media/AudioParameter.h>
+#include <media/AudioSystem.h>
+
+namespace android {
+namespace {
+
+TEST(AudioParameterTest, getIntReadsTheLeadingNumberOrGives0) {
+    const struct {
+        const char* pairs;
+        status_t status;
+        int value;
+    } cases[] = {
+            {"", BAD_VALUE, 0},
+            {"other=1", BAD_VALUE, 0},
+            {"KEY=1", BAD_VALUE, 0},
+            {" key=1", BAD_VALUE, 0},
+            {"key=1", NO_ERROR, 1},
+            {"key=-3", NO_ERROR, -3},
+            {"key= 7x", NO_ERROR, 7},
+            {"key=0x1", NO_ERROR, 0},
+            {"key=1=2", NO_ERROR, 1},
+            {"key=1;key=2", NO_ERROR, 2},
+            {";;a;key=4;", NO_ERROR, 4},
+            {"key=true", INVALID_OPERATION, 0},
+            {"key=", INVALID_OPERATION, 0},
+            {"key", INVALID_OPERATION, 0},
+            {"key;=5", INVALID_OPERATION, 0},
+    };
+    for (const auto& c : cases) {
+        int value = -99;
+        const AudioParameter parameter(String8(c.pairs));
+        EXPECT_EQ(parameter.getInt(String8("key"), value), c.status) << c.pairs;
+        EXPECT_EQ(value, c.value) << c.pairs;
+    }
+}
+
+TEST(AudioParameterTest, getKeepsTheWholeValue) {
+    const AudioParameter parameter(String8("a=b=c;d;;e= f "));
+    EXPECT_EQ(parameter.size(), 3u);
+    String8 value("old");
+    EXPECT_EQ(parameter.get(String8("x"), value), BAD_VALUE);
+    EXPECT_STREQ(value.string(), "old");
+    EXPECT_EQ(parameter.get(String8("a"), value), NO_ERROR);
+    EXPECT_STREQ(value.string(), "b=c");
+    EXPECT_EQ(parameter.get(String8("d"), value), NO_ERROR);
+    EXPECT_STREQ(value.string(), "");
+    EXPECT_EQ(parameter.get(String8("e"), value), NO_ERROR);
+    EXPECT_STREQ(value.string(), " f ");
+}
+
+TEST(AudioSystemTest, repliesWhatWasSetAndCounts) {
+    const int before = hostplatform::audioQueryCount();
+    EXPECT_TRUE(AudioSystem::getParameters(0, String8("key")).isEmpty());
+    hostplatform::setAudioParameters("key=1");
+    EXPECT_STREQ(AudioSystem::getParameters(String8("key")).string(), "key=1");
+    EXPECT_EQ(hostplatform::audioQueryCount() - before, 2);
+    hostplatform::setAudioParameters("");
+}
+
+}  // namespace
+}  // namespace android

@@ -1,0 +1,173 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include <media/stagefright/foundation/AHandler.h>
+#include <media/stagefright/foundation/AMessage.h>
+#include <media/stagefright/foundation/AString.h>
+#include <utils/String8.h>
+
+namespace android {
+namespace {
+
+/** The text of an AString after one append. */
+template <typename T>
+std::string appended(T value) {
+    AString text;
+    text.append(value);
+    return text.c_str();
+}
+
+TEST(AStringTest, findRules) {
+    const AString text("abcabc");
+    EXPECT_EQ(text.find("c"), 2);
+    EXPECT_EQ(text.find("c", 3), 5);
+    EXPECT_EQ(text.find("x"), -1);
+    EXPECT_EQ(text.find("", 4), 4);
+    EXPECT_EQ(text.find("", 6), 6);
+    EXPECT_EQ(AString("ab\0cd", 5).find("c"), -1);
+    EXPECT_DEATH(text.find("", 7), "F/AString");
+}
+
+TEST(AStringTest, prefixRules) {
+    EXPECT_TRUE(AString("OMX.video").startsWith("OMX"));
+    EXPECT_FALSE(AString("OMX").startsWith("OMX.video"));
+    EXPECT_FALSE(AString("OMX").startsWith("omx"));
+    EXPECT_TRUE(AString("OMX").startsWithIgnoreCase("omx"));
+    EXPECT_TRUE(AString("").startsWith(""));
+    EXPECT_TRUE(AString("a.secure").endsWith(".secure"));
+    EXPECT_FALSE(AString("secure").endsWith(".secure"));
+    EXPECT_TRUE(AString("a.SECURE").endsWithIgnoreCase(".secure"));
+}
+
+TEST(AStringTest, appendWritesNumbersInFull) {
+    EXPECT_EQ(appended(-5), "-5");
+    EXPECT_EQ(appended(4294967295u), "4294967295");
+    EXPECT_EQ(appended(INT64_MIN), "-9223372036854775808");
+    EXPECT_EQ(appended(UINT64_MAX), "18446744073709551615");
+    EXPECT_EQ(appended('x'), "x");
+    EXPECT_EQ(appended(true), "1");
+    EXPECT_EQ(appended(1.5f), "1.500000");
+    EXPECT_EQ(appended(12345678.5), "12345678.500000");
+    EXPECT_DEATH(appended(123456789.5), "F/AString");
+    EXPECT_DEATH(appended(1e10f), "F/AString");
+}
+
+TEST(AStringTest, editsInPlace) {
+    AString text("  Codec Name \t");
+    text.trim();
+    text.tolower();
+    EXPECT_STREQ(text.c_str(), "codec name");
+    text.erase(5, 5);
+    text.insert("c2.", 3, 0);
+    EXPECT_STREQ(text.c_str(), "c2.codec");
+    text.append(AString("0123"), 1, 2);
+    EXPECT_STREQ(text.c_str(), "c2.codec12");
+    EXPECT_STREQ(AString(text, 3, 5).c_str(), "codec");
+    text.setTo(text, 3, 5);
+    EXPECT_STREQ(text.c_str(), "codec");
+    AString blank(" \n ");
+    blank.trim();
+    EXPECT_TRUE(blank.empty());
+}
+
+TEST(AStringTest, whenPositionIsOutside_dies) {
+    AString text("abc");
+    EXPECT_DEATH(text.erase(3, 0), "F/AString");
+    EXPECT_DEATH(text.erase(1, 3), "F/AString");
+    EXPECT_DEATH(text.insert("x", 1, 4), "F/AString");
+    EXPECT_DEATH(AString(text, 2, 2), "F/AString");
+}
+
+TEST(AStringTest, equalityLooksAtAllBytesOrderUpToNul) {
+    const AString shortText("ab\0c", 4);
+    const AString otherTail("ab\0d", 4);
+    EXPECT_NE(shortText, otherTail);
+    EXPECT_EQ(shortText.compare(otherTail), 0);
+    EXPECT_LT(AString("ab"), AString("b"));
+    EXPECT_EQ(AString(String8("x")), AString("x"));
+}
+
+TEST(AStringTest, printfHasNoLimit) {
+    const std::string text(5000, 'y');
+    EXPECT_EQ(AStringPrintf("%s-%d", text.c_str(), 7).c_str(), text + "-7");
+}
+
+TEST(AMessageTest, findsNeedTheExactType) {
+    const sp<AMessage> message = new AMessage;
+    message->setInt32("narrow", 32);
+    message->setInt64("wide", 64);
+    message->setString("text", "abc", 2);
+    message->setRect("rect", 1, 2, 3, 4);
+
+    int32_t narrow = -1;
+    int64_t wide = -1;
+    AString text("old");
+    EXPECT_FALSE(message->findInt32("wide", &narrow));
+    EXPECT_FALSE(message->findInt64("narrow", &wide));
+    EXPECT_FALSE(message->findString("narrow", &text));
+    EXPECT_FALSE(message->findInt32("absent", &narrow));
+    EXPECT_EQ(narrow, -1);
+    EXPECT_EQ(wide, -1);
+    EXPECT_STREQ(text.c_str(), "old");
+
+    EXPECT_TRUE(message->findAsInt64("narrow", &wide));
+    EXPECT_EQ(wide, 32);
+    EXPECT_TRUE(message->findAsInt64("wide", &wide));
+    EXPECT_EQ(wide, 64);
+    EXPECT_TRUE(message->findString("text", &text));
+    EXPECT_STREQ(text.c_str(), "ab");
+    int32_t l, t, r, b;
+    ASSERT_TRUE(message->findRect("rect", &l, &t, &r, &b));
+    EXPECT_THAT((std::vector<int32_t>{l, t, r, b}), testing::ElementsAre(1, 2, 3, 4));
+    EXPECT_TRUE(message->contains("rect"));
+    EXPECT_FALSE(message->contains("absent"));
+}
+
+TEST(AMessageTest, whenSetAgain_valueAndTypeChangeInPlace) {
+    const sp<AMessage> message = new AMessage;
+    message->setInt32("first", 1);
+    message->setInt32("second", 2);
+    message->setString("first", "text");
+
+    int32_t number = 0;
+    EXPECT_FALSE(message->findInt32("first", &number));
+    EXPECT_EQ(message->countEntries(), 2u);
+    AMessage::Type type;
+    EXPECT_STREQ(message->getEntryNameAt(0, &type), "first");
+    EXPECT_EQ(type, AMessage::kTypeString);
+    EXPECT_STREQ(message->getEntryNameAt(1, &type), "second");
+    EXPECT_EQ(type, AMessage::kTypeInt32);
+    EXPECT_EQ(message->getEntryNameAt(2, &type), nullptr);
+}
+
+TEST(AMessageTest, whenA65thNameIsSet_dies) {
+    const sp<AMessage> message = new AMessage;
+    for (int i = 0; i < 64; ++i) message->setInt32(std::to_string(i).c_str(), i);
+    message->setInt32("63", -1);
+    EXPECT_EQ(message->countEntries(), 64u);
+    EXPECT_DEATH(message->setInt32("64", 64), "F/AMessage.*\"64\"");
+}
+
+TEST(AMessageTest, copyIsIndependent) {
+    const sp<AMessage> inner = new AMessage;
+    const sp<AMessage> message = new AMessage(7, nullptr);
+    message->setMessage("inner", inner);
+    message->setObject("object", inner);
+    const sp<AMessage> copy = message->dup();
+    message->clear();
+    inner->setInt32("late", 1);
+
+    EXPECT_EQ(copy->what(), 7u);
+    sp<AMessage> innerCopy;
+    sp<RefBase> object;
+    ASSERT_TRUE(copy->findMessage("inner", &innerCopy));
+    ASSERT_TRUE(copy->findObject("object", &object));
+    EXPECT_FALSE(innerCopy->contains("late"));
+    EXPECT_EQ(object, inner);
+}
+
+}  // namespace
+}  // namespace android

@@ -1,0 +1,150 @@
+// SPDX-License-Identifier: Apache-2.0
+// Reference counting as libutils defines it. Under ThreadSanitizer the counts are our own, so that
+// the same cases compare the two implementations.
+
+#include <gtest/gtest.h>
+#include <stdint.h>
+
+#include <atomic>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <tests/support/LogCapture.h>
+#include <utils/RefBase.h>
+
+namespace android {
+namespace {
+
+/** Writes down what happens to it. */
+class Object : public RefBase {
+  public:
+    explicit Object(std::string* events, int32_t lifetime = OBJECT_LIFETIME_STRONG)
+        : mEvents(events) {
+        extendObjectLifetime(lifetime);
+    }
+    ~Object() override { *mEvents += "destroyed "; }
+
+    static constexpr int32_t kWeakLifetime = OBJECT_LIFETIME_WEAK;
+
+  protected:
+    void onFirstRef() override { *mEvents += "first "; }
+    void onLastStrongRef(const void*) override { *mEvents += "lastStrong "; }
+    void onLastWeakRef(const void*) override { *mEvents += "lastWeak "; }
+    bool onIncStrongAttempted(uint32_t flags, const void* id) override {
+        *mEvents += "attempted ";
+        return RefBase::onIncStrongAttempted(flags, id);
+    }
+
+  private:
+    std::string* const mEvents;
+};
+
+TEST(RefBaseTest, objectGoesWithItsLastStrongReference) {
+    std::string events;
+    wp<Object> weak;
+    {
+        sp<Object> strong = new Object(&events);
+        weak = strong;
+        sp<Object> second = strong;
+        EXPECT_EQ(strong->getStrongCount(), 2);
+        // The two strong references, and weak.
+        EXPECT_EQ(strong->getWeakRefs()->getWeakCount(), 3);
+        EXPECT_EQ(strong->getWeakRefs()->refBase(), strong.get());
+        second.clear();
+        EXPECT_EQ(weak.promote(), strong);
+        EXPECT_EQ(events, "first ");
+    }
+    EXPECT_EQ(events, "first lastStrong destroyed ");
+    EXPECT_EQ(weak.promote(), nullptr);
+}
+
+TEST(RefBaseTest, whenNeverHeldStrongly_ownerDestroysIt) {
+    // libutils reports this way of life with a stack trace.
+    const test::LogCapture log;
+    std::string events;
+    {
+        Object onStack(&events);
+        { wp<Object> weak(&onStack); }
+        EXPECT_EQ(onStack.getStrongCount(), 1 << 28);
+    }
+    EXPECT_EQ(events, "destroyed ");
+}
+
+TEST(RefBaseTest, whenPromotedFirst_objectLivesWithoutFirstRef) {
+    std::string events;
+    wp<Object> weak(new Object(&events));
+    sp<Object> strong = weak.promote();
+    EXPECT_EQ(strong->getStrongCount(), 1);
+    strong.clear();
+    EXPECT_EQ(events, "lastStrong destroyed ");
+}
+
+TEST(RefBaseTest, whenLifetimeIsExtended_objectGoesWithItsLastWeakReference) {
+    std::string events;
+    wp<Object> weak;
+    {
+        sp<Object> strong = new Object(&events, Object::kWeakLifetime);
+        weak = strong;
+    }
+    EXPECT_EQ(events, "first lastStrong ");
+    weak.promote();
+    EXPECT_EQ(events, "first lastStrong attempted lastStrong ");
+    EXPECT_TRUE(weak.get_refs()->attemptIncWeak(nullptr));
+    weak.get_refs()->decWeak(nullptr);
+    weak.clear();
+    EXPECT_EQ(events, "first lastStrong attempted lastStrong lastWeak destroyed ");
+}
+
+TEST(RefBaseTest, forcedReferenceRevivesAnExtendedObject) {
+    std::string events;
+    wp<Object> weak(new Object(&events, Object::kWeakLifetime));
+    Object* const object = weak.unsafe_get();
+    object->forceIncStrong(nullptr);
+    object->decStrong(nullptr);
+    object->forceIncStrong(nullptr);
+    object->decStrong(nullptr);
+    EXPECT_EQ(events, "first lastStrong first lastStrong ");
+    weak.clear();
+    EXPECT_EQ(events, "first lastStrong first lastStrong lastWeak destroyed ");
+}
+
+class Payload : public RefBase {
+  public:
+    explicit Payload(std::atomic<int>* destroyed) : mDestroyed(destroyed) {}
+    ~Payload() override {
+        // Plain memory that the other threads used until they let go.
+        mValue = 0;
+        mDestroyed->fetch_add(1);
+    }
+
+    int mValue = 1;
+
+  private:
+    std::atomic<int>* const mDestroyed;
+};
+
+TEST(RefBaseTest, whenLastReferencesRace_objectGoesOnce) {
+    constexpr int kRounds = 500;
+    std::atomic<int> destroyed{0};
+    std::atomic<int> sum{0};
+    for (int round = 0; round < kRounds; ++round) {
+        sp<Payload> payload = new Payload(&destroyed);
+        std::vector<std::thread> threads;
+        for (int t = 0; t < 3; ++t) {
+            threads.emplace_back([&sum, own = payload, weak = wp<Payload>(payload)]() mutable {
+                sum += own->mValue;
+                own.clear();
+                const sp<Payload> promoted = weak.promote();
+                if (promoted != nullptr) sum += promoted->mValue - 1;
+            });
+        }
+        payload.clear();
+        for (std::thread& thread : threads) thread.join();
+    }
+    EXPECT_EQ(destroyed, kRounds);
+    EXPECT_EQ(sum, 3 * kRounds);
+}
+
+}  // namespace
+}  // namespace android
