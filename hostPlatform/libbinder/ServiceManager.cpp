@@ -1,0 +1,112 @@
+// SPDX-License-Identifier: Apache-2.0
+#define LOG_TAG "ServiceManager"
+
+#include <binder/IServiceManager.h>
+
+#include <ctype.h>
+#include <unistd.h>
+
+#include <map>
+
+#include <log/log.h>
+#include <utils/Mutex.h>
+#include <utils/String8.h>
+
+namespace android {
+
+IServiceManager::IServiceManager() = default;
+IServiceManager::~IServiceManager() = default;
+
+const String16& IServiceManager::getInterfaceDescriptor() const {
+    static const String16& descriptor = *new String16(u"android.os.IServiceManager");
+    return descriptor;
+}
+
+namespace {
+
+constexpr size_t kMaxNameLength = 127;
+constexpr useconds_t kWaitPollUs = 100 * 1000;
+// The exception code with which a device's service manager refuses a service.
+constexpr status_t kIllegalArgument = -3;
+
+bool isValidName(const std::string& name) {
+    if (name.empty() || name.size() > kMaxNameLength) return false;
+    for (const char c : name) {
+        if (!isalnum(static_cast<unsigned char>(c)) && strchr("_-./", c) == nullptr) return false;
+    }
+    return true;
+}
+
+class HostServiceManager : public IServiceManager {
+  public:
+    // A name that is not there now is not waited for: on a host nothing brings services up later.
+    sp<IBinder> getService(const String16& name) const override { return checkService(name); }
+
+    sp<IBinder> checkService(const String16& name) const override {
+        Mutex::Autolock lock(mLock);
+        const auto found = mServices.find(name);
+        return found != mServices.end() ? found->second : nullptr;
+    }
+
+    status_t addService(const String16& name, const sp<IBinder>& service, bool, int) override {
+        if (service == nullptr || !isValidName(String8(name).string())) return kIllegalArgument;
+        Mutex::Autolock lock(mLock);
+        mServices[name] = service;
+        return OK;
+    }
+
+    Vector<String16> listServices(int) override {
+        Vector<String16> names;
+        Mutex::Autolock lock(mLock);
+        for (const auto& service : mServices) names.add(service.first);
+        return names;
+    }
+
+    sp<IBinder> waitForService(const String16& name) override {
+        for (;;) {
+            const sp<IBinder> service = checkService(name);
+            if (service != nullptr) return service;
+            usleep(kWaitPollUs);
+        }
+    }
+
+    bool isDeclared(const String16&) override { return false; }
+
+  protected:
+    IBinder* onAsBinder() override { return nullptr; }
+
+  private:
+    mutable Mutex mLock;
+    std::map<String16, sp<IBinder>> mServices GUARDED_BY(mLock);
+};
+
+struct DefaultManager {
+    Mutex lock;
+    sp<IServiceManager> manager GUARDED_BY(lock);
+};
+
+// Never destroyed: threads may ask for services while the process exits.
+DefaultManager& theDefault() {
+    static DefaultManager& instance = *new DefaultManager();
+    return instance;
+}
+
+}  // namespace
+
+sp<IServiceManager> defaultServiceManager() {
+    DefaultManager& current = theDefault();
+    Mutex::Autolock lock(current.lock);
+    if (current.manager == nullptr) current.manager = new HostServiceManager();
+    return current.manager;
+}
+
+void setDefaultServiceManager(const sp<IServiceManager>& sm) {
+    DefaultManager& current = theDefault();
+    Mutex::Autolock lock(current.lock);
+    LOG_ALWAYS_FATAL_IF(
+            current.manager != nullptr,
+            "setDefaultServiceManager() may not be called after defaultServiceManager()");
+    current.manager = sm;
+}
+
+}  // namespace android
