@@ -104,19 +104,17 @@ class ZephraMediaAnalytic::FrameTracker : public RefBase {
 
     /** Index of the first record with this timestamp, -1 if there is none. */
     ssize_t indexOfTsInfo_l(long timeUs) const REQUIRES(mLock);
-    void removeTsInfo_l(size_t index) REQUIRES(mLock);
     /** Frames that went in and have not come out. */
     int64_t framesInCodec_l() const REQUIRES(mLock);
     /** A warning of the output and render paths is due; at most a set number between flushes. */
     bool takeErrorFrame_l() REQUIRES(mLock);
 
-    bool appendTsInfo_l(long timeUs, int64_t preQueueTimeMs) REQUIRES(mLock);
-    void logInputBytes_l(const uint8_t* data, size_t size, const uint8_t* iv, size_t numSubSamples,
-                         const CryptoPlugin::SubSample* subSamples, long timeUs,
-                         bool encrypted) const REQUIRES(mLock);
+    bool appendTsInfo_l(long timeUs) REQUIRES(mLock);
+    void logSubSamples_l(const uint8_t* data, size_t size, size_t numSubSamples,
+                         const CryptoPlugin::SubSample* subSamples, long timeUs) REQUIRES(mLock);
     void logOmxInput_l(size_t size, long timeUs, int framesOwned, unsigned flags) const
             REQUIRES(mLock);
-    void markDecoded_l(AnalyticTsInfo& rec) REQUIRES(mLock);
+    const AnalyticTsInfo& markDecoded_l(size_t index) REQUIRES(mLock);
 
     /**
      * Logs where the frame spent its time, with histories of its neighbours when a stage took too
@@ -126,17 +124,21 @@ class ZephraMediaAnalytic::FrameTracker : public RefBase {
 
     struct FrameLatency;
     FrameLatency frameLatency_l(const AnalyticTsInfo& rec) const REQUIRES(mLock);
-    void appendLatency_l(const AnalyticTsInfo& rec, const FrameLatency& latency, const char* label,
-                         size_t index) REQUIRES(mLock);
-    void appendDelayHistory_l(const AnalyticTsInfo& rec) REQUIRES(mLock);
-    void appendDecodeHistory_l(const AnalyticTsInfo& rec) REQUIRES(mLock);
-    void appendFillHistory_l(const AnalyticTsInfo& rec) REQUIRES(mLock);
+    void appendLatency_l(std::string& line, const AnalyticTsInfo& rec, const FrameLatency& latency,
+                         const char* label, size_t index) const REQUIRES(mLock);
+    void appendDelayHistory_l(std::string& line, const AnalyticTsInfo& rec) const REQUIRES(mLock);
+    void appendDecodeHistory_l(std::string& line, const AnalyticTsInfo& rec) const REQUIRES(mLock);
+    void appendFillHistory_l(std::string& line, const AnalyticTsInfo& rec) const REQUIRES(mLock);
     void retire_l(size_t index) REQUIRES(mLock);
 
-    void foldRender_l(const AnalyticTsInfo& rec, int64_t renderLeadMs) REQUIRES(mLock);
-    void logAvSync_l(const AnalyticTsInfo& rec, int64_t renderLeadMs, long renderTimeNs)
-            REQUIRES(mLock);
+    void foldRender_l(const AnalyticTsInfo& rec, int64_t leadMs) REQUIRES(mLock);
+    void logAvSync_l(int64_t leadMs, long renderTimeNs) const REQUIRES(mLock);
     void resetRenderStatusInfo_l() REQUIRES(mLock);
+
+    void judgeQueue_l(const QueueBufInfo& queued, long mediaTimeUs) const REQUIRES(mLock);
+    struct Dequeue;
+    /** Takes the buffer off those queued and finds out when it could come back at the earliest. */
+    void takeQueued_l(const void* buffer, int64_t startMs, Dequeue& dequeue) REQUIRES(mLock);
 
     // Process-wide label of the next frame. Trackers race on it, which at worst repeats a number.
     static Relaxed<uint64_t> mFrameCounter;

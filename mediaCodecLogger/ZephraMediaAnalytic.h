@@ -181,7 +181,9 @@ class ZephraMediaAnalytic : public Singleton<ZephraMediaAnalytic> {
     /** The tracker of the first codec registered with `value` as `key`; null as above. */
     sp<FrameTracker> trackerOf(long CodecItem::*key, long value);
 
-    sp<FrameTracker> trackerOf_l(const sp<CodecBase>& codec) const REQUIRES(mLock);
+    /** The tracker of a codec whether or not the analytics are on; null for an unknown codec. */
+    sp<FrameTracker> lookUp(const sp<CodecBase>& codec);
+    sp<FrameTracker> lookUp_l(const sp<CodecBase>& codec) const REQUIRES(mLock);
 
     /** Guards the members below and writes of the flag. */
     Mutex mLock;
