@@ -16,9 +16,6 @@ namespace android {
 
 class IMediaCodecLoggerService;
 
-/** Under this name the logger service is registered. */
-inline constexpr char kLoggerServiceName[] = "zephra_media_codec_logger";
-
 /**
  * Looks the logger service up; `service` is null when it is not registered.
  *
