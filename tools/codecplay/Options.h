@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <stdint.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace android::codecplay {
+
+/** Exit codes, as --help and the manual page list them. */
+enum ExitCode {
+    EXIT_PLAYED = 0,
+    EXIT_NOT_PLAYABLE = 1,
+    EXIT_USAGE = 2,
+    EXIT_DAMAGED = 3,
+    EXIT_CANNOT_WRITE = 4,
+    EXIT_INTERRUPTED = 130,
+};
+
+/** Something that interrupts playback when it has reached a media time. */
+struct Interruption {
+    enum Kind { SEEK, FLUSH, RECONFIGURE };
+    Kind kind;
+    int64_t atUs;
+    /** Where playback goes on: for a flush or a reconfiguration, where it was. */
+    int64_t toUs;
+};
+
+/** Pictures of the first video stream, by output order from 1, both ends included. */
+struct FrameRange {
+    int64_t first;
+    int64_t last;
+    int64_t delayMs;
+
+    bool contains(int64_t frame) const { return first <= frame && frame <= last; }
+};
+
+struct DecoderError {
+    int type;
+    int64_t atUs;
+};
+
+struct Options {
+    std::vector<std::string> files;
+
+    /** Presentation pace times this; 0 plays as fast as it decodes. */
+    double speed = 1.0;
+    int loops = 1;
+    int instances = 1;
+
+    bool omx = false;
+    bool tunneled = false;
+    bool secure = false;
+    /** What component names begin with; empty for the default of the road. */
+    std::string component;
+    std::string package;
+
+    std::vector<std::pair<std::string, std::string>> properties;
+    int displayWidth = 0;
+    int displayHeight = 0;
+    double vsyncHz = 60.0;
+    int buffers = 8;
+
+    std::vector<Interruption> interruptions;
+    std::vector<FrameRange> stalls;
+    std::vector<FrameRange> slowDecodes;
+    std::vector<FrameRange> drops;
+    std::vector<DecoderError> errors;
+
+    std::string logFile;
+    std::string metricsFile;
+    bool json = false;
+    bool quiet = false;
+
+    bool paced() const { return speed > 0; }
+};
+
+/** What to do after the command line was read. */
+struct ParseResult {
+    bool run = false;
+    int exitCode = EXIT_PLAYED;
+};
+
+/** Reads the command line; prints help, version or a complaint where it ends there. */
+ParseResult parseOptions(int argc, char** argv, Options* options);
+
+}  // namespace android::codecplay

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <atomic>
+#include <deque>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "CodecSession.h"
+#include "Demuxer.h"
+#include "MediaClock.h"
+#include "Options.h"
+#include "Summary.h"
+
+namespace android::codecplay {
+
+/** Plays one file once: feeds its packets to a session each stream and interrupts them. */
+class Player {
+  public:
+    /** @param stop set by somebody else to end playback early, reports included */
+    Player(const Options& options, std::string file, int instance, const std::atomic<bool>& stop);
+
+    /** Plays to the end and says on standard error what went wrong. */
+    FileResult play();
+
+  private:
+    bool open();
+    void feed();
+    bool feedNext();
+    void push(Packet packet);
+    bool interruptIfDue();
+    bool interruptionDue() const;
+    void interrupt(CodecSession::Command::Kind kind, int64_t toUs);
+    void endInput();
+    bool allFinished();
+    void finish();
+    void judge();
+    void warn(const std::string& text);
+    void showProgress();
+
+    template <typename F>
+    void forEachSession(F&& f);
+
+    const Options& mOptions;
+    const std::atomic<bool>& mStop;
+    FileResult mResult;
+    Demuxer mDemuxer;
+    MediaClock mClock;
+    /** By stream; null where there is no decoder. */
+    std::vector<std::unique_ptr<CodecSession>> mSessions;
+    /** The one whose position is that of playback: the first video, else the first. */
+    CodecSession* mPrimary = nullptr;
+    std::deque<Interruption> mInterruptions;
+    int mLoopsLeft;
+    bool mInputEnded = false;
+    int64_t mProgressShownNs = 0;
+};
+
+}  // namespace android::codecplay
