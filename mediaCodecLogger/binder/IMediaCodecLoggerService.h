@@ -103,13 +103,6 @@ class BnMediaCodecLoggerService : public BnInterface<IMediaCodecLoggerService> {
   protected:
     status_t onTransact(uint32_t code, const Parcel& data, Parcel* reply,
                         uint32_t flags = 0) override;
-
-  private:
-    template <typename T>
-    void answerAboutClient(const Parcel& data, Parcel* reply,
-                           binder::Status (IMediaCodecLoggerService::*method)(int64_t, T*));
-    void answerUpdateHidlMediaMetrics(const Parcel& data);
-    void answerSetMitigateFrameDropAllowlist(const Parcel& data);
 };
 
 }  // namespace android

@@ -92,9 +92,6 @@ class BnMediaCodecLoggerService : public BnInterface<IMediaCodecLoggerService> {
 
   private:
     status_t dispatch(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags);
-    template <typename T>
-    status_t answerAboutClient(const Parcel& data, Parcel* reply,
-                               binder::Status (IMediaCodecLoggerService::*method)(int64_t, T*));
 };
 
 }  // namespace media
