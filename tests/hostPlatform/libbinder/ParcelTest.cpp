@@ -1,0 +1,307 @@
+// SPDX-License-Identifier: Apache-2.0
+// Every expected byte is written down by hand from the layout of Android 11's Parcel.
+#include "tests/hostPlatform/libbinder/ParcelHex.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <utils/String8.h>
+
+#include <functional>
+
+#include "tests/support/LogCapture.h"
+
+namespace android::test {
+namespace {
+
+using ::testing::ElementsAre;
+
+constexpr status_t kUnexpectedNull = -2147483640;
+constexpr status_t kNotEnoughData = -61;
+
+struct WriteCase {
+    const char* name;
+    std::function<status_t(Parcel&)> write;
+    const char* hex;
+};
+
+std::ostream& operator<<(std::ostream& out, const WriteCase& c) {
+    return out << c.name;
+}
+
+class ParcelWriteTest : public ::testing::TestWithParam<WriteCase> {};
+
+TEST_P(ParcelWriteTest, givesTheBytesOfAndroid11) {
+    Parcel parcel;
+    EXPECT_EQ(OK, GetParam().write(parcel));
+    EXPECT_EQ(GetParam().hex, hexOf(parcel));
+    EXPECT_EQ(parcel.dataSize(), parcel.dataPosition());
+}
+
+const WriteCase kWrites[] = {
+        {"int32", [](Parcel& p) { return p.writeInt32(-2); }, "feffffff"},
+        {"int64 without padding before it",
+         [](Parcel& p) {
+             p.writeInt32(1);
+             return p.writeInt64(0x0102030405060708);
+         },
+         "01000000 08070605 04030201"},
+        {"bools",
+         [](Parcel& p) {
+             p.writeBool(true);
+             return p.writeBool(false);
+         },
+         "01000000 00000000"},
+        {"empty C string", [](Parcel& p) { return p.writeCString(""); }, "00000000"},
+        {"C string of 3", [](Parcel& p) { return p.writeCString("abc"); }, "61626300"},
+        {"C string of 4", [](Parcel& p) { return p.writeCString("abcd"); }, "61626364 00000000"},
+        {"empty String8", [](Parcel& p) { return p.writeString8(String8()); }, "00000000 00000000"},
+        {"String8 of 3", [](Parcel& p) { return p.writeString8(String8("abc")); },
+         "03000000 61626300"},
+        {"String8 of 4", [](Parcel& p) { return p.writeString8(String8("abcd")); },
+         "04000000 61626364 00000000"},
+        {"empty String16", [](Parcel& p) { return p.writeString16(String16()); },
+         "00000000 00000000"},
+        {"String16 of 1", [](Parcel& p) { return p.writeString16(String16("a")); },
+         "01000000 61000000"},
+        {"String16 of 2", [](Parcel& p) { return p.writeString16(String16("ab")); },
+         "02000000 61006200 00000000"},
+        {"empty UTF-8", [](Parcel& p) { return p.writeUtf8AsUtf16(std::string()); },
+         "00000000 00000000"},
+        {"UTF-8 with NUL inside and a surrogate pair",
+         [](Parcel& p) { return p.writeUtf8AsUtf16(std::string("a\0\xf0\x9f\x98\x80", 6)); },
+         "04000000 61000000 3dd800de 00000000"},
+        {"null UTF-8", [](Parcel& p) { return p.writeUtf8AsUtf16(std::unique_ptr<std::string>()); },
+         "ffffffff"},
+        {"UTF-8 pointer",
+         [](Parcel& p) { return p.writeUtf8AsUtf16(std::make_unique<std::string>("a")); },
+         "01000000 61000000"},
+        {"empty UTF-8 vector",
+         [](Parcel& p) { return p.writeUtf8VectorAsUtf16Vector(std::vector<std::string>()); },
+         "00000000"},
+        {"UTF-8 vector",
+         [](Parcel& p) {
+             return p.writeUtf8VectorAsUtf16Vector(std::vector<std::string>{"a", ""});
+         },
+         "02000000 01000000 61000000 00000000 00000000"},
+        {"int64 vector",
+         [](Parcel& p) {
+             return p.writeInt64Vector(std::vector<int64_t>{1, -1});
+         },
+         "02000000 01000000 00000000 ffffffff ffffffff"},
+        {"interface token", [](Parcel& p) { return p.writeInterfaceToken(String16("a.b")); },
+         "00000080 ffffffff 54535953 03000000 61002e00 62000000"},
+        {"no exception", [](Parcel& p) { return p.writeNoException(); }, "00000000"},
+};
+INSTANTIATE_TEST_SUITE_P(, ParcelWriteTest, ::testing::ValuesIn(kWrites));
+
+TEST(ParcelTest, whenUtf8IsInvalid_nothingIsWritten) {
+    Parcel parcel;
+    EXPECT_EQ(BAD_VALUE, parcel.writeUtf8AsUtf16(std::string("\xff\xfe")));
+    EXPECT_EQ(0u, parcel.dataSize());
+}
+
+struct ReadCase {
+    const char* name;
+    const char* hex;
+    // Returns what is worth comparing, as text.
+    std::function<std::string(const Parcel&)> read;
+    const char* expected;
+    size_t position;
+};
+
+std::ostream& operator<<(std::ostream& out, const ReadCase& c) {
+    return out << c.name;
+}
+
+std::string text(status_t status, const std::string& value) {
+    return std::to_string(status) + "|" + value;
+}
+
+template <typename T, status_t (Parcel::*Read)(T*) const>
+std::string readNumber(const Parcel& parcel) {
+    T value = 7;
+    const status_t status = (parcel.*Read)(&value);
+    return text(status, std::to_string(value));
+}
+
+std::string readInt64s(const Parcel& parcel) {
+    std::vector<int64_t> values = {5};
+    const status_t status = parcel.readInt64Vector(&values);
+    std::string joined;
+    for (const int64_t value : values) joined += std::to_string(value) + ",";
+    return text(status, joined);
+}
+
+std::string readUtf8(const Parcel& parcel) {
+    std::string value = "old";
+    const status_t status = parcel.readUtf8FromUtf16(&value);
+    return text(status, value);
+}
+
+std::string readUtf8Pointer(const Parcel& parcel) {
+    auto value = std::make_unique<std::string>("old");
+    const status_t status = parcel.readUtf8FromUtf16(&value);
+    return text(status, value == nullptr ? "null" : *value);
+}
+
+std::string readString8Value(const Parcel& parcel) {
+    return parcel.readString8().string();
+}
+
+std::string readString8Status(const Parcel& parcel) {
+    String8 value("old");
+    const status_t status = parcel.readString8(&value);
+    return text(status, value.string());
+}
+
+std::string readCString(const Parcel& parcel) {
+    const char* const value = parcel.readCString();
+    return value == nullptr ? "null" : value;
+}
+
+const std::string kNull = std::to_string(kUnexpectedNull) + "|";
+constexpr auto readI32 = readNumber<int32_t, &Parcel::readInt32>;
+constexpr auto readI64 = readNumber<int64_t, &Parcel::readInt64>;
+
+class ParcelReadTest : public ::testing::TestWithParam<ReadCase> {};
+
+TEST_P(ParcelReadTest, givesWhatAndroid11Gives) {
+    LogCapture log;
+    Parcel parcel;
+    setHex(&parcel, GetParam().hex);
+    EXPECT_EQ(GetParam().expected, GetParam().read(parcel));
+    EXPECT_EQ(GetParam().position, parcel.dataPosition());
+}
+
+const ReadCase kReads[] = {
+        {"int32 at the end", "", readI32, "-61|7", 0},
+        {"int64 with four bytes left", "01000000", readI64, "-61|7", 0},
+        {"int64", "01000000 00000080", readI64, "0|-9223372036854775807", 8},
+        {"bool of any other word", "00000040",
+         [](const Parcel& p) { return std::to_string(p.readBool()); }, "1", 4},
+        {"bool at the end", "",
+         [](const Parcel& p) {
+             bool value = true;
+             const status_t status = p.readBool(&value);
+             return text(status, std::to_string(value));
+         },
+         "-61|0", 0},
+        {"value forms at the end", "",
+         [](const Parcel& p) {
+             return text(p.readInt32(),
+                         std::to_string(p.readInt64()) + std::to_string(p.readBool()));
+         },
+         "0|00", 0},
+        {"C string", "61626364 00000000 07000000", readCString, "abcd", 8},
+        {"C string without NUL", "61626364", readCString, "null", 0},
+        {"C string at the end", "", readCString, "null", 0},
+        {"C string whose padding is cut off", "616200", readCString, "ab", 3},
+        {"String8", "03000000 61626300", readString8Value, "abc", 8},
+        {"String8 at the end", "", readString8Value, "", 0},
+        {"String8 of length -1", "ffffffff 00000000", readString8Value, "", 4},
+        {"String8 past the end", "05000000 61626300", readString8Value, "", 4},
+        {"String8 without its NUL", "03000000 61626364", readString8Value, "", 8},
+        {"String8 with status, past the end", "05000000 61626300", readString8Status,
+         "-2147483640|", 4},
+        {"C strings read as String8", "66697273 74000000 7365636f 6e640000",
+         [](const Parcel& p) { return readString8Value(p) + readString8Value(p); }, "", 8},
+        {"empty C strings read as String8", "00000000 00000000",
+         [](const Parcel& p) { return readString8Value(p) + readString8Value(p); }, "", 8},
+        {"UTF-8 at the end keeps the value", "", readUtf8, "-2147483640|old", 0},
+        {"UTF-8 of length -1", "ffffffff", readUtf8, "-2147483640|old", 4},
+        {"UTF-8", "03000000 61003dd8 00de0000", readUtf8, "0|a\xf0\x9f\x98\x80", 12},
+        {"UTF-8 pointer of length -1", "ffffffff", readUtf8Pointer, "0|null", 4},
+        {"UTF-8 pointer at the end", "", readUtf8Pointer, "-61|null", 0},
+        {"UTF-8 pointer", "01000000 61000000", readUtf8Pointer, "0|a", 8},
+        {"vector at the end is unchanged", "", readInt64s, "-61|5,", 0},
+        {"vector of negative count is unchanged", "ffffffff", readInt64s, "-2147483640|5,", 4},
+        {"vector with too few elements is resized", "02000000 01000000 00000000", readInt64s,
+         "-61|1,0,", 12},
+        {"vector", "01000000 01000000 00000000", readInt64s, "0|1,", 12},
+        {"vector of a count that no memory holds", "ffffff7f 01000000", readInt64s, "-61|5,", 4},
+};
+INSTANTIATE_TEST_SUITE_P(, ParcelReadTest, ::testing::ValuesIn(kReads));
+
+TEST(ParcelTest, whenAString8IsNull_aLineSaysSo) {
+    LogCapture log;
+    Parcel parcel;
+    parcel.readString8();
+    EXPECT_THAT(log.lines(), ElementsAre(LogLine{ANDROID_LOG_ERROR, "Parcel",
+                                                 "Reading a NULL string not supported here."}));
+}
+
+TEST(ParcelTest, whenTheNamesOfTokensHaveTheirLengths_tokensHaveTheirs) {
+    const std::pair<const char*, size_t> cases[] = {
+            {"android.media.IMediaCodecLoggerClient", 92},
+            {"android.media.IMediaCodecLoggerService", 96},
+            {"android.media.IMediaCodecLoggerListener", 96},
+    };
+    for (const auto& [name, size] : cases) {
+        Parcel parcel;
+        parcel.writeInterfaceToken(String16(name));
+        EXPECT_EQ(size, parcel.dataSize()) << name;
+    }
+}
+
+TEST(ParcelTest, enforceInterfaceTakesOnlyTheWholeToken) {
+    constexpr char kWrongHeader[] =
+            "Expecting header 0x53595354 but found 0x564e4452. Mixing copies of libbinder?";
+    constexpr char kWrongName[] = "**** enforceInterface() expected 'a.b' but read 'a.c'";
+    const struct {
+        const char* hex;
+        bool accepted;
+        size_t position;
+        const char* line;
+    } cases[] = {
+            {"00000080 ffffffff 54535953 03000000 61002e00 62000000", true, 24, ""},
+            {"12345678 00000000 54535953 03000000 61002e00 62000000", true, 24, ""},
+            {"00000080 ffffffff 52444e56 03000000 61002e00 62000000", false, 12, kWrongHeader},
+            {"00000080 ffffffff 54535953 03000000 61002e00 63000000", false, 24, kWrongName},
+            {"", false, 0,
+             "Expecting header 0x53595354 but found 0x0. Mixing copies of libbinder?"},
+    };
+    for (const auto& c : cases) {
+        LogCapture log;
+        Parcel parcel;
+        setHex(&parcel, c.hex);
+        EXPECT_EQ(c.accepted, parcel.enforceInterface(String16("a.b"))) << c.hex;
+        EXPECT_EQ(c.position, parcel.dataPosition()) << c.hex;
+        const std::vector<std::string> texts = log.texts();
+        EXPECT_EQ(c.line, texts.empty() ? "" : texts.front()) << c.hex;
+    }
+}
+
+TEST(ParcelTest, whenItIsWrittenInTheMiddle_theSizeStays) {
+    Parcel parcel;
+    parcel.writeInt64(-1);
+    parcel.setDataPosition(4);
+    parcel.writeInt32(2);
+    EXPECT_EQ("ffffffff 02000000", hexOf(parcel));
+    parcel.setDataPosition(12);
+    parcel.writeInt32(3);
+    EXPECT_EQ("ffffffff 02000000 00000000 03000000", hexOf(parcel));
+}
+
+TEST(ParcelTest, appendFromCopiesOnlyWhatExists) {
+    Parcel from;
+    from.writeInt64(0x0000000200000001);
+    Parcel to;
+    EXPECT_EQ(BAD_VALUE, to.appendFrom(&from, 4, 8));
+    EXPECT_EQ(BAD_VALUE, to.appendFrom(&from, 12, 4));
+    EXPECT_EQ(OK, to.appendFrom(&from, 4, 4));
+    EXPECT_EQ("02000000", hexOf(to));
+}
+
+TEST(ParcelTest, readInPlaceStaysInside) {
+    Parcel parcel;
+    setHex(&parcel, "01020304 05060708");
+    EXPECT_EQ(nullptr, parcel.readInplace(9));
+    EXPECT_EQ(nullptr, parcel.readInplace(SIZE_MAX));
+    EXPECT_NE(nullptr, parcel.readInplace(5));
+    EXPECT_EQ(8u, parcel.dataPosition());
+    uint8_t byte;
+    EXPECT_EQ(kNotEnoughData, parcel.read(&byte, 1));
+}
+
+}  // namespace
+}  // namespace android::test
