@@ -1,0 +1,113 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <limits>
+#include <memory>
+
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <mediaCodecLogger/binder/IMediaCodecLoggerClient.h>
+#include <mediaCodecLogger/binder/IMediaCodecLoggerService.h>
+
+namespace android::test {
+
+/**
+ * A logger service that writes down what it is told, one text a call. The id of the client that
+ * registered last shows as "client", any other as "other", because an address says nothing.
+ * Thread-safe.
+ */
+class RecordingService : public BnMediaCodecLoggerService {
+  public:
+    /** The calls since the last take(). */
+    std::vector<std::string> take() {
+        std::lock_guard<std::mutex> lock(mMutex);
+        return std::exchange(mCalls, {});
+    }
+    sp<IMediaCodecLoggerClient> client() {
+        std::lock_guard<std::mutex> lock(mMutex);
+        return mClient;
+    }
+
+    // What the service answers.
+    String8 oldestAudioCodec;
+    bool allowlisted = false;
+
+    void registerClient(int64_t id, const sp<IMediaCodecLoggerClient>& client) override {
+        {
+            std::lock_guard<std::mutex> lock(mMutex);
+            mId = id;
+            mClient = client;
+        }
+        record("registerClient(" + nameOf(id) + ")");
+    }
+    void unregisterClient(int64_t id) override { record("unregisterClient(" + nameOf(id) + ")"); }
+    sp<IMediaCodecLoggerClient> getActiveVideoClient(int64_t& id) override {
+        std::lock_guard<std::mutex> lock(mMutex);
+        id = mId;
+        return mClient;
+    }
+    void updateHidlMediaMetrics(const char* first, const char* second, const bool& flagA,
+                                const bool& flagB) override {
+        const auto text = [](const char* t) { return std::string(t != nullptr ? t : "null"); };
+        record("updateHidlMediaMetrics(" + text(first) + ", " + text(second) + ", " +
+               (flagA ? "true" : "false") + ", " + (flagB ? "true" : "false") + ")");
+    }
+    void onFirstFrameRendered(int64_t id) override {
+        record("onFirstFrameRendered(" + nameOf(id) + ")");
+    }
+    void onOutBufferAvailableAfterDelay(int64_t id, int64_t delayMs) override {
+        record("onOutBufferAvailableAfterDelay(" + nameOf(id) + ", " + std::to_string(delayMs) +
+               ")");
+    }
+    binder::Status registerListener(const sp<media::IMediaCodecLoggerListener>&,
+                                    int64_t*) override {
+        return binder::Status::ok();
+    }
+    binder::Status unregisterListener(int64_t) override { return binder::Status::ok(); }
+    binder::Status getTimeSinceLastFrameRendered(int64_t, int64_t*) override {
+        return binder::Status::ok();
+    }
+    binder::Status getActiveVideoClients(std::vector<int64_t>*) override {
+        return binder::Status::ok();
+    }
+    binder::Status getUid(int64_t, int32_t*) override { return binder::Status::ok(); }
+    binder::Status getBufferCountSinceLastFlush(int64_t, int64_t*) override {
+        return binder::Status::ok();
+    }
+    binder::Status isVideoClientUsingSecureMem(int64_t, bool*) override {
+        return binder::Status::ok();
+    }
+    binder::Status setMitigateFrameDropAllowlist(const std::unique_ptr<std::string>&,
+                                                 const std::vector<std::string>&,
+                                                 const std::vector<std::string>&) override {
+        return binder::Status::ok();
+    }
+    int32_t isInMitigateFrameDropAllowlist(const char* packageName) override {
+        record(std::string("isInMitigateFrameDropAllowlist(") + packageName + ")");
+        return allowlisted;
+    }
+    String8 getOldestAudioClientCodec() override {
+        record("getOldestAudioClientCodec()");
+        return oldestAudioCodec;
+    }
+
+  private:
+    std::string nameOf(int64_t id) {
+        std::lock_guard<std::mutex> lock(mMutex);
+        return id == mId ? "client" : "other";
+    }
+    void record(std::string call) {
+        std::lock_guard<std::mutex> lock(mMutex);
+        mCalls.push_back(std::move(call));
+    }
+
+    std::mutex mMutex;
+    std::vector<std::string> mCalls;
+    int64_t mId = 0;
+    sp<IMediaCodecLoggerClient> mClient;
+};
+
+}  // namespace android::test
