@@ -54,19 +54,7 @@ void AMessage::setInt64(const char* name, int64_t value) {
     set(name, value);
 }
 
-void AMessage::setSize(const char* name, size_t value) {
-    set(name, Size{value});
-}
-
 void AMessage::setFloat(const char* name, float value) {
-    set(name, value);
-}
-
-void AMessage::setDouble(const char* name, double value) {
-    set(name, value);
-}
-
-void AMessage::setPointer(const char* name, void* value) {
     set(name, value);
 }
 
@@ -76,14 +64,6 @@ void AMessage::setString(const char* name, const char* s, ssize_t len) {
 
 void AMessage::setString(const char* name, const AString& s) {
     set(name, s);
-}
-
-void AMessage::setObject(const char* name, const sp<RefBase>& obj) {
-    set(name, obj);
-}
-
-void AMessage::setMessage(const char* name, const sp<AMessage>& obj) {
-    set(name, obj);
 }
 
 void AMessage::setRect(const char* name, int32_t left, int32_t top, int32_t right, int32_t bottom) {
@@ -98,34 +78,12 @@ bool AMessage::findInt64(const char* name, int64_t* value) const {
     return copyOut(name, value);
 }
 
-bool AMessage::findSize(const char* name, size_t* value) const {
-    const Size* const size = findAs<Size>(name);
-    if (size != nullptr) *value = size->value;
-    return size != nullptr;
-}
-
 bool AMessage::findFloat(const char* name, float* value) const {
-    return copyOut(name, value);
-}
-
-bool AMessage::findDouble(const char* name, double* value) const {
-    return copyOut(name, value);
-}
-
-bool AMessage::findPointer(const char* name, void** value) const {
     return copyOut(name, value);
 }
 
 bool AMessage::findString(const char* name, AString* value) const {
     return copyOut(name, value);
-}
-
-bool AMessage::findObject(const char* name, sp<RefBase>* obj) const {
-    return copyOut(name, obj);
-}
-
-bool AMessage::findMessage(const char* name, sp<AMessage>* obj) const {
-    return copyOut(name, obj);
 }
 
 bool AMessage::findRect(const char* name, int32_t* left, int32_t* top, int32_t* right,
@@ -160,10 +118,6 @@ sp<AMessage> AMessage::dup() const {
     sp<AMessage> copy = new AMessage();
     copy->mWhat = mWhat;
     copy->mItems = mItems;
-    for (Item& item : copy->mItems) {
-        auto* const message = std::get_if<sp<AMessage>>(&item.value);
-        if (message != nullptr && *message != nullptr) *message = (*message)->dup();
-    }
     return copy;
 }
 

@@ -116,7 +116,7 @@ TEST(ColorUtilsTest, withoutTheDisplayStep_conversionGivesBackWhatCame) {
     }
 }
 
-TEST(ColorUtilsTest, whenFormatSaysNothing_allIsUnspecified) {
+TEST(ColorUtilsTest, whenFormatSaysNothing_aspectsAre0) {
     ColorAspects aspects;
     ColorUtils::getColorAspectsFromFormat(new AMessage, aspects);
     EXPECT_EQ(aspects.mRange, ColorAspects::RangeUnspecified);

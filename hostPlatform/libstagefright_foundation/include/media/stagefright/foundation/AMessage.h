@@ -27,13 +27,8 @@ struct AMessage : public RefBase {
     enum Type {
         kTypeInt32,
         kTypeInt64,
-        kTypeSize,
         kTypeFloat,
-        kTypeDouble,
-        kTypePointer,
         kTypeString,
-        kTypeObject,
-        kTypeMessage,
         kTypeRect,
     };
 
@@ -46,27 +41,17 @@ struct AMessage : public RefBase {
     /** A name that is set already takes the new value and type in its old place. */
     void setInt32(const char* name, int32_t value);
     void setInt64(const char* name, int64_t value);
-    void setSize(const char* name, size_t value);
     void setFloat(const char* name, float value);
-    void setDouble(const char* name, double value);
-    void setPointer(const char* name, void* value);
     /** len is the length of s; -1 takes it up to its NUL. */
     void setString(const char* name, const char* s, ssize_t len = -1);
     void setString(const char* name, const AString& s);
-    void setObject(const char* name, const sp<RefBase>& obj);
-    void setMessage(const char* name, const sp<AMessage>& obj);
     void setRect(const char* name, int32_t left, int32_t top, int32_t right, int32_t bottom);
 
     /** A find is true only for the very type that was set; otherwise the result is untouched. */
     bool findInt32(const char* name, int32_t* value) const;
     bool findInt64(const char* name, int64_t* value) const;
-    bool findSize(const char* name, size_t* value) const;
     bool findFloat(const char* name, float* value) const;
-    bool findDouble(const char* name, double* value) const;
-    bool findPointer(const char* name, void** value) const;
     bool findString(const char* name, AString* value) const;
-    bool findObject(const char* name, sp<RefBase>* obj) const;
-    bool findMessage(const char* name, sp<AMessage>* obj) const;
     bool findRect(const char* name, int32_t* left, int32_t* top, int32_t* right,
                   int32_t* bottom) const;
     /** Either integer type, widened. */
@@ -79,7 +64,6 @@ struct AMessage : public RefBase {
     const char* getEntryNameAt(size_t index, Type* type) const;
 
     void clear() { mItems.clear(); }
-    /** A copy; contained messages are copied too, other objects shared. */
     sp<AMessage> dup() const;
 
   protected:
@@ -89,12 +73,8 @@ struct AMessage : public RefBase {
     struct Rect {
         int32_t left, top, right, bottom;
     };
-    struct Size {
-        size_t value;
-    };
     // The order is that of Type.
-    using Value = std::variant<int32_t, int64_t, Size, float, double, void*, AString, sp<RefBase>,
-                               sp<AMessage>, Rect>;
+    using Value = std::variant<int32_t, int64_t, float, AString, Rect>;
     struct Item {
         std::string name;
         Value value;

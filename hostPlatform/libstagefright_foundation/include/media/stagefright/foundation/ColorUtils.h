@@ -57,7 +57,7 @@ struct ColorUtils {
         kColorRangeVendorStart = 0x10000,
     };
 
-    /** Fills all four aspects; what the message lacks counts as unspecified. */
+    /** Fills all four aspects; what the message lacks counts as 0. */
     static void getColorAspectsFromFormat(const sp<AMessage>& format, ColorAspects& aspects);
 
     /**
