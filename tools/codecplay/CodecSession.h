@@ -126,6 +126,7 @@ class CodecSession {
     void stopCodec();
     void queueInput(const Packet& packet);
     void queueInputBuffer(const uint8_t* data, size_t size, int64_t timeUs, unsigned flags);
+    void announceFormat(const StreamFormat& format);
     void onFrame(ComponentEvent frame);
     void onEnd(int64_t timeUs);
     void releaseFront();
@@ -157,6 +158,7 @@ class CodecSession {
     std::vector<StreamFormat> mFormats;
     std::vector<std::string> mReports;
     bool mMitigatesDrops = false;
+    bool mFormatAnnounced = false;
     bool mClockReady = false;
     bool mRenderedSinceFlush = false;
     bool mEndQueued = false;

@@ -44,6 +44,7 @@ void CodecSession::configure() {
     // What a tunnel shows does not pass the framework, so its frames cannot be followed.
     if (!mOptions.omx) analytics.updateCCodecConfigs(mCodec, mStream.video, tunneled(), true);
     mLogger->profileP2End();
+    mFormatAnnounced = false;
     mMitigatesDrops = mLogger->isInMitigateFrameDropAllowlist();
 
     mLogger->profileP3Start();
@@ -124,18 +125,22 @@ void CodecSession::queueInputBuffer(const uint8_t* data, size_t size, int64_t ti
                                                    static_cast<int>(owned), flags);
 }
 
+void CodecSession::announceFormat(const StreamFormat& format) {
+    const bool reallocated =
+            mFormatAnnounced && mStream.video &&
+            (format.width != mFormats.back().width || format.height != mFormats.back().height);
+    if (reallocated) reportBuffers();
+    sp<AMessage> message = format.toMessage(
+            mFormatName.mime, mCodec->reportsMtkKeys() ? VendorKeys::MTK : VendorKeys::DEFAULT);
+    mLogger->updateFormatChanged(message);
+    mFormatAnnounced = true;
+}
+
 void CodecSession::onFrame(ComponentEvent frame) {
     ++mCounts.frames;
-    if (mFormats.empty() || frame.format != mFormats.back()) {
-        const bool reallocated = !mFormats.empty() && mStream.video &&
-                                 (frame.format.width != mFormats.back().width ||
-                                  frame.format.height != mFormats.back().height);
-        if (reallocated) reportBuffers();
-        sp<AMessage> message = frame.format.toMessage(
-                mFormatName.mime, mCodec->reportsMtkKeys() ? VendorKeys::MTK : VendorKeys::DEFAULT);
-        mLogger->updateFormatChanged(message);
-        mFormats.push_back(frame.format);
-    }
+    const bool changed = mFormats.empty() || frame.format != mFormats.back();
+    if (changed || !mFormatAnnounced) announceFormat(frame.format);
+    if (changed) mFormats.push_back(frame.format);
     if (mOptions.omx) {
         ZephraMediaAnalytic::instance().updateACodecOutput(
                 mCodec, frame.bytes.empty() ? nullptr : frame.bytes.data(), nullptr, frame.size);

@@ -99,7 +99,8 @@ void Demuxer::addStream(const AVStream& stream) {
     mStreams.push_back(
             {stream.index, video, std::move(parameters), av_q2d(stream.avg_frame_rate),
              av_stream_get_side_data(&stream, AV_PKT_DATA_DOVI_CONF, nullptr) != nullptr});
-    mTimestamps.emplace_back(stream.time_base, defaultDurationUs(stream), mOffsetUs);
+    mTimestamps.emplace_back(stream.time_base, defaultDurationUs(stream), mOffsetUs,
+                             (mFormat->iformat->flags & AVFMT_NOTIMESTAMPS) != 0);
     mAwaitSync.push_back(false);
 }
 
@@ -112,6 +113,13 @@ int64_t Demuxer::durationUs() const {
 }
 
 Demuxer::Result Demuxer::read(Packet* packet, std::string* error) {
+    if (mReadAhead.empty()) return readNext(packet, error);
+    *packet = std::move(mReadAhead.front());
+    mReadAhead.pop_front();
+    return Result::PACKET;
+}
+
+Demuxer::Result Demuxer::readNext(Packet* packet, std::string* error) {
     for (;;) {
         PacketPtr data(av_packet_alloc());
         const int result = av_read_frame(mFormat.get(), data.get());
@@ -136,8 +144,33 @@ Demuxer::Result Demuxer::read(Packet* packet, std::string* error) {
 }
 
 bool Demuxer::seek(int64_t timeUs) {
-    for (size_t i = 0; i < mStreams.size(); ++i) mAwaitSync[i] = mStreams[i].video;
-    return av_seek_frame(mFormat.get(), -1, timeUs + mOffsetUs, AVSEEK_FLAG_BACKWARD) >= 0;
+    // Files without an index find a place by its time, which is not always a sync frame.
+    static constexpr int64_t kStepsBackUs[] = {0, 1000000, 2000000, 5000000, 10000000, 30000000};
+    for (const int64_t backUs : kStepsBackUs) {
+        for (size_t i = 0; i < mStreams.size(); ++i) mAwaitSync[i] = mStreams[i].video;
+        mReadAhead.clear();
+        const int64_t fromUs = std::max<int64_t>(timeUs - backUs, 0);
+        if (av_seek_frame(mFormat.get(), -1, fromUs + mOffsetUs, AVSEEK_FLAG_BACKWARD) < 0) {
+            return false;
+        }
+        if (startsAtOrBefore(timeUs) || fromUs == 0) break;
+    }
+    return true;
+}
+
+/** Reads up to the first picture and tells whether it comes early enough. */
+bool Demuxer::startsAtOrBefore(int64_t timeUs) {
+    const bool anyVideo = std::any_of(mStreams.begin(), mStreams.end(),
+                                      [](const StreamInfo& stream) { return stream.video; });
+    std::string error;
+    Packet packet;
+    while (anyVideo && readNext(&packet, &error) == Result::PACKET) {
+        const bool video = mStreams[packet.stream].video;
+        const int64_t foundUs = packet.timeUs;
+        mReadAhead.push_back(std::move(packet));
+        if (video) return foundUs <= timeUs;
+    }
+    return true;
 }
 
 int64_t Demuxer::missingUs() const {

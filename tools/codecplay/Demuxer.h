@@ -3,6 +3,7 @@
 
 #include <stdint.h>
 
+#include <deque>
 #include <string>
 #include <vector>
 
@@ -43,8 +44,14 @@ struct Packet {
  */
 class TimestampMaker {
   public:
-    TimestampMaker(AVRational timeBase, int64_t defaultDurationUs, int64_t offsetUs)
-        : mTimeBase(timeBase), mDefaultDurationUs(defaultDurationUs), mOffsetUs(offsetUs) {}
+    /**
+     * @param untimed the container has no times; what the demuxer gives is in decode order
+     */
+    TimestampMaker(AVRational timeBase, int64_t defaultDurationUs, int64_t offsetUs, bool untimed)
+        : mTimeBase(timeBase),
+          mDefaultDurationUs(defaultDurationUs),
+          mOffsetUs(offsetUs),
+          mInDecodeOrder(untimed) {}
 
     void stamp(const AVPacket& packet, Packet* out);
     /** Where the stream ends as far as it was seen. */
@@ -54,7 +61,7 @@ class TimestampMaker {
     const AVRational mTimeBase;
     const int64_t mDefaultDurationUs;
     const int64_t mOffsetUs;
-    bool mInDecodeOrder = false;
+    bool mInDecodeOrder;
     int64_t mNextUs = 0;
     int64_t mEndUs = INT64_MIN;
 };
@@ -77,8 +84,9 @@ class Demuxer {
     Result read(Packet* packet, std::string* error);
 
     /**
-     * Goes on at a sync frame at or before timeUs. Where the file cannot do that it goes on where
-     * it is and returns false. Either way video streams start again at a sync frame.
+     * Goes on so that pictures from timeUs on can be shown: at a sync frame at or before it. Where
+     * the file cannot do that it goes on where it is and returns false. Either way video streams
+     * start again at a sync frame.
      */
     bool seek(int64_t timeUs);
 
@@ -91,6 +99,8 @@ class Demuxer {
 
   private:
     void addStream(const AVStream& stream);
+    Result readNext(Packet* packet, std::string* error);
+    bool startsAtOrBefore(int64_t timeUs);
 
     FormatContextPtr mFormat;
     std::vector<StreamInfo> mStreams;
@@ -98,6 +108,8 @@ class Demuxer {
     /** By FFmpeg's stream index: position in mStreams, or -1. */
     std::vector<int> mPositions;
     std::vector<bool> mAwaitSync;
+    /** Read in search of a sync frame, and still to be handed out. */
+    std::deque<Packet> mReadAhead;
     int64_t mOffsetUs = 0;
     uint64_t mCorruptPackets = 0;
 };

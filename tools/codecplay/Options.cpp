@@ -39,7 +39,7 @@ Codecs
   --tunneled           tunneled video: pictures go from the component to the display
   --secure             encrypted input, video in secure memory
   --component PREFIX   what component names begin with (c2.ffmpeg or OMX.ffmpeg)
-  --package NAME       the application's package name (the program's own)
+  --package NAME       the application's package name (codecplay)
 
 Platform
   --prop NAME=VALUE    set a system property, such as mediaanalytic.enable=true

@@ -55,7 +55,7 @@ struct Options {
     bool secure = false;
     /** What component names begin with; empty for the default of the road. */
     std::string component;
-    std::string package;
+    std::string package = "codecplay";
 
     std::vector<std::pair<std::string, std::string>> properties;
     int displayWidth = 0;

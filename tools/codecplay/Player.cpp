@@ -191,9 +191,9 @@ void Player::judge() {
         frames += session.frames;
         errors += session.decodeErrors;
     }
-    if (errors > 0) warn(std::to_string(errors) + " frames are damaged");
+    if (errors > 0) warn("damaged frames: " + std::to_string(errors));
     if (mDemuxer.corruptPackets() > 0) {
-        warn(std::to_string(mDemuxer.corruptPackets()) + " packets are damaged");
+        warn("damaged packets: " + std::to_string(mDemuxer.corruptPackets()));
     }
     const int64_t missingUs = mStop ? 0 : mDemuxer.missingUs();
     if (missingUs > 0) {

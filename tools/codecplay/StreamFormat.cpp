@@ -170,10 +170,11 @@ StreamFormat readFormat(const AVFrame& frame, const AVCodecContext& decoder, boo
         format.channels = frame.ch_layout.nb_channels;
         return format;
     }
-    // The decoder leaves the cropping to us; where the codec has none of its own, the pictures are
-    // those of the coded size without the padding at the right and the bottom.
-    format.width = std::max(frame.width, decoder.coded_width);
-    format.height = std::max(frame.height, decoder.coded_height);
+    // The decoder leaves the cropping to us. Codecs without cropping of their own pad pictures at
+    // the right and the bottom, which only the decoder knows, and it may be at the next size.
+    const bool padded = frame.width == decoder.width && frame.height == decoder.height;
+    format.width = padded ? std::max(frame.width, decoder.coded_width) : frame.width;
+    format.height = padded ? std::max(frame.height, decoder.coded_height) : frame.height;
     format.cropLeft = static_cast<int32_t>(frame.crop_left);
     format.cropTop = static_cast<int32_t>(frame.crop_top);
     format.cropRight = frame.width - static_cast<int32_t>(frame.crop_right) - 1;

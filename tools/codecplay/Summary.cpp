@@ -99,7 +99,7 @@ void printSummary(FILE* out, const FileResult& result) {
                          {"dropped on request", session.droppedOnRequest},
                          {"dropped before a seek's target", session.droppedBeforeTarget},
                          {"flushed", session.flushed},
-                         {"without a picture", session.noPicture},
+                         {"without output", session.noPicture},
                          {"rendered but never shown", session.neverShown},
                          {"damaged", session.decodeErrors}})
                         .c_str());

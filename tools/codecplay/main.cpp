@@ -35,7 +35,7 @@ int cannotWrite(const std::string& file) {
 
 /** The library takes the package name from the command line, so that has to begin with it. */
 void takePackageName(const std::string& package, char** argv) {
-    if (package.empty() || package == argv[0]) return;
+    if (package == argv[0]) return;
     std::string name = package;
     argv[0] = name.data();
     execv("/proc/self/exe", argv);
