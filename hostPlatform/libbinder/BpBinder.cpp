@@ -12,6 +12,8 @@
 
 #include <log/log.h>
 
+#include "transport/Router.h"
+
 namespace android {
 
 BpBinder::ObjectManager::ObjectManager() = default;
@@ -62,6 +64,7 @@ BpBinder::BpBinder(int32_t handle, int32_t trackedUid)
 }
 
 BpBinder::~BpBinder() {
+    transport::Router::instance().forget(mHandle);
     delete mObituaries;
 }
 

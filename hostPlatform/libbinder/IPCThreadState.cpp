@@ -8,9 +8,14 @@
 
 #include <atomic>
 
+#include "transport/Router.h"
+
 namespace android {
 
 namespace {
+
+// Marks every call to another process, as on a device.
+constexpr uint32_t kAcceptFds = 0x10;
 
 std::atomic<bool> gBackgroundSchedulingDisabled(false);
 
@@ -29,6 +34,12 @@ IPCThreadState::IPCThreadState()
       mLastTransactionBinderFlags(0),
       mCallRestriction(ProcessState::CallRestriction::NONE) {
     static_cast<void>(mCallRestriction);
+    // Only this class may look into a Parcel.
+    [[maybe_unused]] static const bool viewerIsSet =
+            transport::Router::setParcelViewer([](const Parcel& parcel) {
+                return transport::ParcelView{parcel.mData, parcel.mDataSize, parcel.mObjects,
+                                             parcel.mObjectsSize};
+            });
 }
 
 IPCThreadState::~IPCThreadState() = default;
@@ -150,8 +161,21 @@ bool IPCThreadState::backgroundSchedulingDisabled() {
     return gBackgroundSchedulingDisabled;
 }
 
-status_t IPCThreadState::transact(int32_t, uint32_t, const Parcel&, Parcel*, uint32_t) {
-    return DEAD_OBJECT;
+status_t IPCThreadState::transact(int32_t handle, uint32_t code, const Parcel& data, Parcel* reply,
+                                  uint32_t flags) {
+    if (const status_t err = data.errorCheck(); err != NO_ERROR) return err;
+    return transport::Router::instance().call(handle, code, flags | kAcceptFds, data, reply);
 }
+
+void IPCThreadState::joinThreadPool(bool) {
+    transport::Router::instance().pool().join();
+}
+
+void IPCThreadState::stopProcess(bool) {
+    transport::Router::instance().stop();
+}
+
+// Nothing is kept back, so there is nothing to flush.
+void IPCThreadState::flushCommands() {}
 
 }  // namespace android

@@ -4,6 +4,8 @@
 
 #include <binder/ProcessState.h>
 
+#include "transport/Router.h"
+
 namespace android {
 
 ProcessState::ProcessState(const char* driver)
@@ -34,12 +36,16 @@ sp<ProcessState> ProcessState::selfOrNull() {
 }
 
 void ProcessState::startThreadPool() {
-    Mutex::Autolock lock(mLock);
-    mThreadPoolStarted = true;
+    transport::Router::instance().pool().start();
 }
 
-sp<IBinder> ProcessState::getStrongProxyForHandle(int32_t) {
-    return nullptr;
+status_t ProcessState::setThreadPoolMaxThreadCount(size_t maxThreads) {
+    transport::Router::instance().pool().setMaxThreads(maxThreads);
+    return NO_ERROR;
+}
+
+sp<IBinder> ProcessState::getStrongProxyForHandle(int32_t handle) {
+    return transport::Router::instance().proxyOf(handle);
 }
 
 }  // namespace android

@@ -1,16 +1,24 @@
 // SPDX-License-Identifier: Apache-2.0
 #define LOG_TAG "ServiceManager"
 
+#include <limits>
+#include <memory>
+
 #include <binder/IServiceManager.h>
 
 #include <ctype.h>
+#include <string.h>
 #include <unistd.h>
 
 #include <map>
+#include <set>
+#include <string>
 
 #include <log/log.h>
 #include <utils/Mutex.h>
 #include <utils/String8.h>
+
+#include "transport/Router.h"
 
 namespace android {
 
@@ -23,6 +31,8 @@ const String16& IServiceManager::getInterfaceDescriptor() const {
 }
 
 namespace {
+
+using transport::Router;
 
 constexpr size_t kMaxNameLength = 127;
 constexpr useconds_t kWaitPollUs = 100 * 1000;
@@ -37,29 +47,47 @@ bool isValidName(const std::string& name) {
     return true;
 }
 
+// The services of this process and, through the runtime directory, those of all others.
 class HostServiceManager : public IServiceManager {
   public:
     // A name that is not there now is not waited for: on a host nothing brings services up later.
     sp<IBinder> getService(const String16& name) const override { return checkService(name); }
 
     sp<IBinder> checkService(const String16& name) const override {
+        Router& router = Router::instance();
+        sp<IBinder> service;
+        if (router.reachesOthers()) service = router.find(String8(name).string());
+        if (service != nullptr) return service;
         Mutex::Autolock lock(mLock);
-        const auto found = mServices.find(name);
-        return found != mServices.end() ? found->second : nullptr;
+        const auto own = mOwn.find(name);
+        return own != mOwn.end() ? own->second : nullptr;
     }
 
     status_t addService(const String16& name, const sp<IBinder>& service, bool, int) override {
-        if (service == nullptr || !isValidName(String8(name).string())) return kIllegalArgument;
+        const std::string text = String8(name).string();
+        if (service == nullptr || !isValidName(text)) return kIllegalArgument;
+        Router& router = Router::instance();
+        if (router.reachesOthers()) {
+            if (const status_t err = router.publish(text, service); err != OK) return err;
+        }
         Mutex::Autolock lock(mLock);
-        mServices[name] = service;
+        mOwn[name] = service;
         return OK;
     }
 
     Vector<String16> listServices(int) override {
-        Vector<String16> names;
-        Mutex::Autolock lock(mLock);
-        for (const auto& service : mServices) names.add(service.first);
-        return names;
+        std::set<String16> names;
+        for (const std::string& name : Router::instance().names())
+            names.insert(String16(name.c_str()));
+        {
+            Mutex::Autolock lock(mLock);
+            for (const auto& service : mOwn) names.insert(service.first);
+        }
+        Vector<String16> living;
+        for (const String16& name : names) {
+            if (checkService(name) != nullptr) living.add(name);
+        }
+        return living;
     }
 
     sp<IBinder> waitForService(const String16& name) override {
@@ -77,7 +105,7 @@ class HostServiceManager : public IServiceManager {
 
   private:
     mutable Mutex mLock;
-    std::map<String16, sp<IBinder>> mServices GUARDED_BY(mLock);
+    std::map<String16, sp<IBinder>> mOwn GUARDED_BY(mLock);
 };
 
 struct DefaultManager {

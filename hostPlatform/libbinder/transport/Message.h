@@ -1,0 +1,126 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include <tuple>
+#include <vector>
+
+namespace android::transport {
+
+/**
+ * The messages between host processes.
+ *
+ * A link is one Unix-domain stream socket and has a direction: the process that connected asks (the
+ * client), the one that listened answers (the server). Two processes that call each other have two
+ * links. Every message is a header and a body, all numbers little-endian:
+ *
+ *     u32 size of the body, u32 kind, u64 id | body
+ *
+ * | kind      | from   | body                                    | id                             |
+ * |-----------|--------|-----------------------------------------|--------------------------------|
+ * | kHello    | client | u32 version, peer                       | 0; the first message           |
+ * | kWelcome  | server | u32 version, peer                       | 0; the answer to it            |
+ * | kAcquire  | client | u64 object                              | new                            |
+ * | kAcquired | server | i32 status                              | that of the kAcquire           |
+ * | kRelease  | client | u64 object                              | 0                              |
+ * | kCall     | client | u64 object, u32 code, u32 flags,        | new                            |
+ * |           |        | u64 nestedIn, payload                   |                                |
+ * | kReply    | server | i32 status, payload                     | that of a two-way kCall        |
+ * | kTaken    | client | -                                       | of a kReply that held objects  |
+ * | kDone     | server | -                                       | of a one-way kCall, once served|
+ *
+ *     peer    = u32 pid, u64 nonce
+ *     payload = u32 bytes, u32 count, the Parcel's bytes, count x (u32 offset, peer, u64 object)
+ *
+ * Objects. An object's address is the process that hosts it and a number, which that process never
+ * uses twice. Whoever holds a proxy has a link to the host and has acquired the object on it, once
+ * for each proxy; the host keeps the object alive until that is released or the link is gone. A
+ * sender keeps what a payload names alive until the receiver has acquired it, which is what the
+ * reply, kTaken and kDone tell. So an object may be passed on to a third process as well, and the
+ * death of one process is noticed by all that hold its objects: their link to it closes.
+ *
+ * Calls. nestedIn is the id of the call, made by the receiver, that the sender is serving at
+ * present (0 if none): the receiver serves the new call on the thread that waits for the other.
+ * One-way calls of one object are served in the order of their arrival, one at a time. What a
+ * client has sent one-way and the server has not yet served is limited, as on a device, and the
+ * client refuses to send more.
+ */
+constexpr uint32_t kProtocolVersion = 1;
+
+/** Of a Parcel's bytes in one message, as on a device. */
+constexpr size_t kMaxParcelSize = (1024 - 8) * 1024;
+/** Of a whole message: a Parcel can be objects from end to end. */
+constexpr size_t kMaxMessageSize = 2 * kMaxParcelSize + 4096;
+/** Of the one-way calls under way on one link. */
+constexpr size_t kMaxOnewaySize = kMaxParcelSize / 2;
+
+/** A process: two that have the same pid one after the other differ in the nonce. */
+struct PeerId {
+    uint32_t pid = 0;
+    uint64_t nonce = 0;
+
+    bool operator==(const PeerId& o) const { return pid == o.pid && nonce == o.nonce; }
+    bool operator!=(const PeerId& o) const { return !(*this == o); }
+    bool operator<(const PeerId& o) const {
+        return std::tie(pid, nonce) < std::tie(o.pid, o.nonce);
+    }
+};
+
+struct ObjectAddress {
+    PeerId peer;
+    uint64_t object = 0;
+};
+
+/** What a Parcel holds, with addresses in place of pointers and handles. */
+struct Payload {
+    struct Object {
+        uint32_t offset = 0;
+        ObjectAddress address;
+    };
+
+    std::vector<uint8_t> data;
+    /** By ascending offset; none overlaps another or reaches past the data. */
+    std::vector<Object> objects;
+};
+
+enum class MessageKind : uint32_t {
+    kHello = 1,
+    kWelcome,
+    kAcquire,
+    kAcquired,
+    kRelease,
+    kCall,
+    kReply,
+    kTaken,
+    kDone,
+};
+
+/** One message; fields that its kind does not have are not sent and read back as 0. */
+struct Message {
+    MessageKind kind = MessageKind::kHello;
+    uint64_t id = 0;
+
+    uint32_t version = 0;
+    PeerId peer;
+    uint64_t object = 0;
+    int32_t status = 0;
+    uint32_t code = 0;
+    uint32_t flags = 0;
+    uint64_t nestedIn = 0;
+    Payload payload;
+};
+
+std::vector<uint8_t> encodeMessage(const Message& message);
+
+enum class Decoded {
+    kMessage,     // |message| is whole, |used| its size
+    kIncomplete,  // a good beginning
+    kInvalid,     // no continuation makes it a message
+};
+
+/** Decodes the message at the beginning of |bytes|. A pure function, safe for any bytes. */
+Decoded decodeMessage(const uint8_t* bytes, size_t size, Message* message, size_t* used);
+
+}  // namespace android::transport
