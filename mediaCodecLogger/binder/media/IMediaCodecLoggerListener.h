@@ -35,8 +35,6 @@ class IMediaCodecLoggerListenerDefault : public IMediaCodecLoggerListener {
     binder::Status notifyFirstFrameRendered(int64_t clientId) override;
     binder::Status notifyOutBufferAvailableAfterDelay(int64_t clientId, int64_t delayMs) override;
     binder::Status notifyVideoClientUnregistered(int32_t value) override;
-
-  protected:
     IBinder* onAsBinder() override { return nullptr; }
 };
 

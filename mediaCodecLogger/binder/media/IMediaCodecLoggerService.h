@@ -60,8 +60,6 @@ class IMediaCodecLoggerServiceDefault : public IMediaCodecLoggerService {
     binder::Status setMitigateFrameDropAllowlist(const std::unique_ptr<std::string>& text,
                                                  const std::vector<std::string>& listA,
                                                  const std::vector<std::string>& listB) override;
-
-  protected:
     IBinder* onAsBinder() override { return nullptr; }
 };
 

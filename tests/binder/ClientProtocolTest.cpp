@@ -1,0 +1,191 @@
+// SPDX-License-Identifier: Apache-2.0
+// IMediaCodecLoggerClient on the wire: every request and reply, failing peers, defaults.
+#include "WireTest.h"
+
+#include <functional>
+
+#include <mediaCodecLogger/binder/IMediaCodecLoggerClient.h>
+#include <tests/support/LogCapture.h>
+
+namespace android::test {
+
+namespace {
+
+/** A client that overrides only what it must. */
+class PlainClient : public BnMediaCodecLoggerClient {
+  public:
+    int initializations = 0;
+
+    String8 getStatus() override { return String8("\tHW: YES\n"); }
+    String8 getPackageName() override { return String8("a.bc"); }
+    bool isVideoClient() override { return true; }
+    int32_t getPid() override { return 4711; }
+    void initialize(int, bool, String8) override { ++initializations; }
+    void getClientResolution(int& width, int& height) override {
+        width = 1920;
+        height = 1080;
+    }
+    void getClientColorProperties(int& value) override { value = -2; }
+};
+
+class FullClient : public PlainClient {
+  public:
+    String8 getClientHDRType() override { return String8("HDR10+"); }
+    int32_t getClientBitDepth() override { return 10; }
+    String8 getClientScanType() override { return String8("p"); }
+    int64_t getTimeSinceLastFrameRendered() override { return 0x0102030405060708; }
+    int32_t getUid() override { return 10057; }
+    int64_t getBufferCountSinceLastFlush() override { return -1; }
+    bool isVideoClientUsingSecureMem() override { return true; }
+    String8 getClientCodecFormat() override { return String8("hevc"); }
+};
+
+struct Call {
+    uint32_t code;
+    const char* reply;  // of a FullClient
+    const char* full;   // what a proxy of a FullClient reads from it
+    const char* plain;  // what a proxy of a PlainClient reads
+    const char* dead;   // what a proxy reads whose peer is dead
+    std::function<std::string(IMediaCodecLoggerClient&)> call;
+};
+
+std::string resolution(IMediaCodecLoggerClient& client) {
+    int width = 7;
+    int height = 8;
+    client.getClientResolution(width, height);
+    return std::to_string(width) + "x" + std::to_string(height);
+}
+
+std::string color(IMediaCodecLoggerClient& client) {
+    int value = 9;
+    client.getClientColorProperties(value);
+    return std::to_string(value);
+}
+
+template <String8 (IMediaCodecLoggerClient::*method)()>
+std::string text(IMediaCodecLoggerClient& client) {
+    return (client.*method)().string();
+}
+
+template <auto method>
+std::string number(IMediaCodecLoggerClient& client) {
+    return std::to_string((client.*method)());
+}
+
+using Client = IMediaCodecLoggerClient;
+const Call kCalls[] = {
+        {1, "09000000 0948573a 20594553 0a000000", "\tHW: YES\n", "\tHW: YES\n", "",
+         text<&Client::getStatus>},
+        {2, "04000000 612e6263 00000000", "a.bc", "a.bc", "", text<&Client::getPackageName>},
+        {3, "01000000", "1", "1", "0", number<&Client::isVideoClient>},
+        {4, "67120000", "4711", "4711", "0", number<&Client::getPid>},
+        {6, "80070000 38040000", "1920x1080", "1920x1080", "7x8", resolution},
+        {7, "06000000 48445231 302b0000", "HDR10+", "", "", text<&Client::getClientHDRType>},
+        {8, "0a000000", "10", "0", "0", number<&Client::getClientBitDepth>},
+        {9, "01000000 70000000", "p", "", "", text<&Client::getClientScanType>},
+        {10, "feffffff", "-2", "-2", "9", color},
+        {11, "08070605 04030201", "72623859790382856", "0", "0",
+         number<&Client::getTimeSinceLastFrameRendered>},
+        {12, "49270000", "10057", "-1", "0", number<&Client::getUid>},
+        {13, "ffffffff ffffffff", "-1", "0", "0", number<&Client::getBufferCountSinceLastFlush>},
+        {14, "01000000", "1", "0", "0", number<&Client::isVideoClientUsingSecureMem>},
+        {15, "04000000 68657663 00000000", "hevc", "other", "",
+         text<&Client::getClientCodecFormat>},
+};
+
+sp<IMediaCodecLoggerClient> proxyOf(const sp<IBinder>& binder) {
+    return new BpMediaCodecLoggerClient(binder);
+}
+
+}  // namespace
+
+TEST(ClientProtocol, everyCall_hasTheseBytes) {
+    const sp<Boundary> boundary = new Boundary(new FullClient);
+    for (const Call& call : kCalls) {
+        SCOPED_TRACE(call.code);
+        EXPECT_EQ(call.call(*proxyOf(boundary)), call.full);
+        EXPECT_EQ(boundary->last().code, call.code);
+        EXPECT_EQ(boundary->last().flags, 0u);
+        EXPECT_EQ(boundary->last().request, CLIENT_TOKEN);
+        EXPECT_EQ(boundary->last().reply, call.reply);
+    }
+}
+
+TEST(ClientProtocol, clientThatOverridesNothing_answersWithTheDefaults) {
+    const sp<Boundary> boundary = new Boundary(new PlainClient);
+    for (const Call& call : kCalls) {
+        EXPECT_EQ(call.call(*proxyOf(boundary)), call.plain) << call.code;
+    }
+}
+
+TEST(ClientProtocol, deadClient_yieldsFallbacksInSilence) {
+    LogCapture log;
+    // The bytes that a failing peer leaves behind are not a reply.
+    for (const char* leftover : {"", "01000000 61000000"}) {
+        const sp<CannedPeer> dead = new CannedPeer(DEAD_OBJECT, leftover);
+        for (const Call& call : kCalls) {
+            EXPECT_EQ(call.call(*proxyOf(dead)), call.dead) << call.code;
+        }
+    }
+    EXPECT_THAT(log.lines(), testing::IsEmpty());
+}
+
+TEST(ClientProtocol, foreignToken_isRefused) {
+    const sp<FullClient> client = new FullClient;
+    for (const Call& call : kCalls) {
+        for (const char* request : {SERVICE_TOKEN, "", "00000080 ffffffff 54535953"}) {
+            const Transaction sent = sendRaw(client, call.code, request);
+            EXPECT_EQ(sent.result, PERMISSION_DENIED) << call.code << " " << request;
+            EXPECT_EQ(sent.reply, "");
+        }
+    }
+}
+
+TEST(ClientProtocol, codesThatAreNoCalls_areUnknown) {
+    const sp<FullClient> client = new FullClient;
+    for (const uint32_t code : {0u, 5u, 16u, 0x00ffffffu}) {
+        EXPECT_EQ(sendRaw(client, code, CLIENT_TOKEN).result, UNKNOWN_TRANSACTION) << code;
+    }
+    EXPECT_EQ(client->initializations, 0);
+    EXPECT_EQ(sendRaw(client, IBinder::PING_TRANSACTION, "").result, OK);
+    Parcel data;
+    Parcel reply;
+    ASSERT_EQ(client->transact(IBinder::INTERFACE_TRANSACTION, data, &reply), OK);
+    EXPECT_EQ(reply.readString16(), String16("android.media.IMediaCodecLoggerClient"));
+}
+
+TEST(ClientProtocol, initialize_isNeverSent) {
+    const sp<CannedPeer> peer = new CannedPeer(OK);
+    proxyOf(peer)->initialize(1, true, String8("a"));
+    EXPECT_EQ(peer->last.code, 0u);
+}
+
+TEST(ClientProtocol, asInterface_findsTheLocalObjectOrMakesAProxy) {
+    EXPECT_EQ(IMediaCodecLoggerClient::asInterface(nullptr), nullptr);
+    const sp<FullClient> client = new FullClient;
+    EXPECT_EQ(IMediaCodecLoggerClient::asInterface(client).get(), client.get());
+    const sp<IBinder> foreign = new Boundary(client);
+    const sp<IMediaCodecLoggerClient> proxy = IMediaCodecLoggerClient::asInterface(foreign);
+    ASSERT_NE(proxy, nullptr);
+    EXPECT_EQ(IInterface::asBinder(proxy), foreign);
+}
+
+TEST(ClientProtocol, defaultImplementation_isReplacedButNeverRemovedNorAsked) {
+    struct Default : PlainClient {
+        explicit Default(int* destroyed) : destroyed(destroyed) {}
+        ~Default() override { ++*destroyed; }
+        int* const destroyed;
+    };
+    static int destroyed = 0;
+    EXPECT_FALSE(IMediaCodecLoggerClient::setDefaultImpl(nullptr));
+    EXPECT_TRUE(IMediaCodecLoggerClient::setDefaultImpl(std::make_unique<Default>(&destroyed)));
+    auto second = std::make_unique<Default>(&destroyed);
+    const Default* const kept = second.get();
+    EXPECT_TRUE(IMediaCodecLoggerClient::setDefaultImpl(std::move(second)));
+    EXPECT_EQ(destroyed, 1);
+    EXPECT_FALSE(IMediaCodecLoggerClient::setDefaultImpl(nullptr));
+    EXPECT_EQ(IMediaCodecLoggerClient::getDefaultImpl().get(), kept);
+    EXPECT_EQ(proxyOf(new CannedPeer(UNKNOWN_TRANSACTION))->getPid(), 0);
+}
+
+}  // namespace android::test

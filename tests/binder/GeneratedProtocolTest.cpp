@@ -1,0 +1,406 @@
+// SPDX-License-Identifier: Apache-2.0
+// The interfaces of observers: our form and the generator's exchange every call in all four
+// combinations, with the same bytes; and both keep the generator's rules when a call fails.
+#include "WireTest.h"
+
+#include <functional>
+
+#include <mediaCodecLogger/binder/media/IMediaCodecLoggerListener.h>
+#include <mediaCodecLogger/binder/media/IMediaCodecLoggerService.h>
+#include <tests/binder/FakeServices.h>
+#include <tests/binder/GeneratedInterfaces.h>
+
+namespace android::test {
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr int64_t kId = 0x7f00'0000'1234;
+#define ID " 34120000 007f0000"
+
+/** The classes of one form. */
+struct ByHand {
+    using Service = media::IMediaCodecLoggerService;
+    using ServiceProxy = media::BpMediaCodecLoggerService;
+    using ServiceDefault = media::IMediaCodecLoggerServiceDefault;
+    using Listener = media::IMediaCodecLoggerListener;
+    using ListenerProxy = media::BpMediaCodecLoggerListener;
+    using ListenerDefault = media::IMediaCodecLoggerListenerDefault;
+    using FakeService = FakeObserverService<media::BnMediaCodecLoggerService, Listener>;
+    using FakeListener = FakeListenerOf<media::BnMediaCodecLoggerListener>;
+};
+
+struct Generated {
+    using Service = generated::IMediaCodecLoggerService;
+    using ServiceProxy = generated::BpMediaCodecLoggerService;
+    using ServiceDefault = generated::IMediaCodecLoggerServiceDefault;
+    using Listener = generated::IMediaCodecLoggerListener;
+    using ListenerProxy = generated::BpMediaCodecLoggerListener;
+    using ListenerDefault = generated::IMediaCodecLoggerListenerDefault;
+    using FakeService = FakeObserverService<generated::BnMediaCodecLoggerService, Listener>;
+    using FakeListener = FakeListenerOf<generated::BnMediaCodecLoggerListener>;
+};
+
+/** Stands for a listener of either form; the binder is what travels. */
+template <typename Form>
+sp<typename Form::Listener> listenerProxy(const sp<IBinder>& binder) {
+    return new typename Form::ListenerProxy(binder);
+}
+
+template <typename Service>
+struct ServiceCall {
+    uint32_t code;
+    uint32_t flags;
+    const char* arguments;
+    const char* reply;
+    const char* received;
+    const char* result;
+    /** The caller's out-value starts as 5 or false and is part of the text. */
+    std::function<std::string(Service&)> call;
+};
+
+template <typename T, typename Service>
+std::string about(Service& service, binder::Status (Service::*method)(int64_t, T*)) {
+    T value{};
+    if constexpr (!std::is_same_v<T, bool>) value = 5;
+    const binder::Status status = (service.*method)(kId, &value);
+    return textOf(status) + " " + std::to_string(value);
+}
+
+template <typename Form>
+std::vector<ServiceCall<typename Form::Service>> serviceCalls() {
+    using Service = typename Form::Service;
+    return {
+            {7, 0, " " LOCAL_BINDER, "00000000 2b000000 00000000", "registerListener 0", "ok 43",
+             [](auto& service) {
+                 // Either form's stub must see a foreign binder, as from another process.
+                 const auto listener =
+                         listenerProxy<Form>(new Boundary(new typename Form::FakeListener));
+                 int64_t id = 5;
+                 const auto status = service.registerListener(listener, &id);
+                 return textOf(status) + " " + std::to_string(id);
+             }},
+            {8, 1, " 2b000000 00000000", "", "unregisterListener 43", "ok",
+             [](auto& service) { return textOf(service.unregisterListener(43)); }},
+            {9, 0, "", "00000000 02000000 01000000 00000000 ffffffff ffffffff",
+             "getActiveVideoClients", "ok {1 -1}",
+             [](auto& service) {
+                 std::vector<int64_t> ids{5};
+                 const auto status = service.getActiveVideoClients(&ids);
+                 return textOf(status) + " " + listOf(ids);
+             }},
+            {10, 0, ID, "00000000 2c000000 00000000",
+             "getTimeSinceLastFrameRendered 139637976732212 0", "ok 44",
+             [](auto& service) { return about(service, &Service::getTimeSinceLastFrameRendered); }},
+            {11, 0, ID, "00000000 2d000000", "getUid 139637976732212 0", "ok 45",
+             [](auto& service) { return about(service, &Service::getUid); }},
+            {12, 0, ID, "00000000 2e000000 00000000",
+             "getBufferCountSinceLastFlush 139637976732212 0", "ok 46",
+             [](auto& service) { return about(service, &Service::getBufferCountSinceLastFlush); }},
+            {13, 0, ID, "00000000 01000000", "isVideoClientUsingSecureMem 139637976732212 0",
+             "ok 1",
+             [](auto& service) { return about(service, &Service::isVideoClientUsingSecureMem); }},
+            {14, 0,
+             " 02000000 e9000a26 00000000 02000000 01000000 61000000 00000000 00000000 00000000",
+             "00000000", "setMitigateFrameDropAllowlist 'é☊' {a } {}", "ok",
+             [](auto& service) {
+                 return textOf(service.setMitigateFrameDropAllowlist(
+                         std::make_unique<std::string>("é☊"), {"a", ""}, {}));
+             }},
+            {14, 0, " ffffffff 00000000 01000000 02000000 62006300 00000000", "00000000",
+             "setMitigateFrameDropAllowlist null {} {bc}", "ok",
+             [](auto& service) {
+                 return textOf(service.setMitigateFrameDropAllowlist(nullptr, {}, {"bc"}));
+             }},
+    };
+}
+
+template <typename Listener>
+struct ListenerCall {
+    uint32_t code;
+    const char* arguments;
+    const char* received;
+    std::function<binder::Status(Listener&)> call;
+};
+
+template <typename Form>
+std::vector<ListenerCall<typename Form::Listener>> listenerCalls() {
+    return {
+            {1, ID, "notifyFirstFrameRendered 139637976732212",
+             [](auto& listener) { return listener.notifyFirstFrameRendered(kId); }},
+            {2, ID " e8030000 00000000", "notifyOutBufferAvailableAfterDelay 139637976732212 1000",
+             [](auto& listener) { return listener.notifyOutBufferAvailableAfterDelay(kId, 1000); }},
+            {3, " ffffffff", "notifyVideoClientUnregistered -1",
+             [](auto& listener) { return listener.notifyVideoClientUnregistered(-1); }},
+    };
+}
+
+template <typename Caller, typename Callee>
+void exchangeServiceCalls() {
+    const sp<typename Callee::FakeService> service = new typename Callee::FakeService;
+    const sp<Boundary> boundary = new Boundary(service);
+    const sp<typename Caller::Service> proxy = Caller::Service::asInterface(boundary);
+    for (const auto& call : serviceCalls<Caller>()) {
+        SCOPED_TRACE(call.received);
+        EXPECT_EQ(call.call(*proxy), call.result);
+        EXPECT_EQ(boundary->last().code, call.code);
+        EXPECT_EQ(boundary->last().flags, call.flags);
+        EXPECT_THAT(boundary->last().request,
+                    HasBytes(std::string(SERVICE_TOKEN) + call.arguments));
+        EXPECT_EQ(boundary->last().reply, call.reply);
+        EXPECT_THAT(service->takeCalls(), ElementsAre(call.received));
+    }
+    // The listener that was registered is one that can be called.
+    ASSERT_NE(service->lastListener, nullptr);
+    EXPECT_TRUE(service->lastListener->notifyFirstFrameRendered(1).isOk());
+}
+
+template <typename Caller, typename Callee>
+void exchangeListenerCalls() {
+    const sp<typename Callee::FakeListener> listener = new typename Callee::FakeListener;
+    const sp<Boundary> boundary = new Boundary(listener);
+    const sp<typename Caller::Listener> proxy = Caller::Listener::asInterface(boundary);
+    for (const auto& [code, arguments, received, call] : listenerCalls<Caller>()) {
+        SCOPED_TRACE(received);
+        EXPECT_TRUE(call(*proxy).isOk());
+        EXPECT_EQ(boundary->last().code, code);
+        EXPECT_EQ(boundary->last().flags, 1u);
+        EXPECT_EQ(boundary->last().request, std::string(LISTENER_TOKEN) + arguments);
+        EXPECT_THAT(listener->takeCalls(), ElementsAre(received));
+        // What a one-way method returns has nowhere to go.
+        listener->status = binder::Status::fromStatusT(NO_MEMORY);
+    }
+}
+
+template <typename Form>
+class GeneratedProtocol : public testing::Test {};
+using Forms = testing::Types<ByHand, Generated>;
+
+struct FormNames {
+    template <typename Form>
+    static std::string GetName(int) {
+        return std::is_same_v<Form, ByHand> ? "byHand" : "generated";
+    }
+};
+TYPED_TEST_SUITE(GeneratedProtocol, Forms, FormNames);
+
+}  // namespace
+
+TYPED_TEST(GeneratedProtocol, callerOfThisForm_isUnderstoodByBothStubs) {
+    exchangeServiceCalls<TypeParam, ByHand>();
+    exchangeServiceCalls<TypeParam, Generated>();
+    exchangeListenerCalls<TypeParam, ByHand>();
+    exchangeListenerCalls<TypeParam, Generated>();
+}
+
+TYPED_TEST(GeneratedProtocol, codecsService_answersObserversToo) {
+    const sp<FakeCodecService> service = new FakeCodecService;
+    const sp<Boundary> boundary = new Boundary(service);
+    const sp<typename TypeParam::Service> proxy = TypeParam::Service::asInterface(boundary);
+    for (const auto& call : serviceCalls<TypeParam>()) {
+        SCOPED_TRACE(call.received);
+        // That stub replies nothing to code 14, so there is no status to read.
+        EXPECT_EQ(call.call(*proxy), call.code == 14 ? "failed -61" : call.result);
+        EXPECT_THAT(service->takeCalls(), ElementsAre(call.received));
+    }
+}
+
+TYPED_TEST(GeneratedProtocol, codecsProxy_isAnsweredByThisFormsStub) {
+    const sp<typename TypeParam::FakeService> service = new typename TypeParam::FakeService;
+    const sp<Boundary> boundary = new Boundary(service);
+    const sp<android::IMediaCodecLoggerService> proxy =
+            android::IMediaCodecLoggerService::asInterface(boundary);
+    int64_t ms = 5;
+    EXPECT_TRUE(proxy->getTimeSinceLastFrameRendered(kId, &ms).isOk());
+    EXPECT_EQ(ms, 44);
+    EXPECT_TRUE(proxy->setMitigateFrameDropAllowlist(nullptr, {}, {}).isOk());
+    EXPECT_TRUE(proxy->unregisterListener(43).isOk());
+    EXPECT_EQ(boundary->last().flags, 0u);  // two-way, unlike an observer's
+    EXPECT_THAT(service->takeCalls(),
+                ElementsAre("getTimeSinceLastFrameRendered 139637976732212 0",
+                            "setMitigateFrameDropAllowlist null {} {}", "unregisterListener 43"));
+    // Codes that only the codecs' interface has.
+    EXPECT_EQ(proxy->isInMitigateFrameDropAllowlist("a"), 0);
+    EXPECT_EQ(boundary->last().result, UNKNOWN_TRANSACTION);
+}
+
+TYPED_TEST(GeneratedProtocol, methodThatFails_sendsItsStatusAlone) {
+    const struct {
+        binder::Status status;
+        status_t result;
+        const char* reply;
+        const char* read;
+    } kStatuses[] = {
+            {binder::Status::fromExceptionCode(binder::Status::EX_ILLEGAL_STATE, String8("no")), OK,
+             "fbffffff 02000000 6e006f00 00000000 00000000", "-5 no"},
+            {binder::Status::fromServiceSpecificError(7), OK,
+             "f8ffffff 00000000 00000000 00000000 07000000", "-8 "},
+            {binder::Status::fromStatusT(NO_MEMORY), NO_MEMORY, "", "failed -12"},
+            {binder::Status::fromStatusT(UNEXPECTED_NULL), OK, EX_NULL_POINTER_REPLY, "-4 "},
+    };
+    const sp<typename TypeParam::FakeService> service = new typename TypeParam::FakeService;
+    const sp<Boundary> boundary = new Boundary(service);
+    const sp<typename TypeParam::Service> proxy = TypeParam::Service::asInterface(boundary);
+    for (const auto& [status, result, reply, read] : kStatuses) {
+        service->status = status;
+        for (const auto& call : serviceCalls<TypeParam>()) {
+            SCOPED_TRACE(std::string(call.received) + " " + read);
+            const std::string outcome = call.call(*proxy);
+            if (call.code == 8) {
+                EXPECT_EQ(outcome, "ok");
+                continue;
+            }
+            const char* unchanged = call.code == 9 ? " {5}" : call.code == 13 ? " 0" : " 5";
+            EXPECT_EQ(outcome, std::string(read) + (call.code == 14 ? "" : unchanged));
+            EXPECT_EQ(boundary->last().result, result);
+            EXPECT_EQ(boundary->last().reply, reply);
+        }
+    }
+}
+
+TYPED_TEST(GeneratedProtocol, badRequest_reachesNoMethod) {
+    const sp<typename TypeParam::FakeService> service = new typename TypeParam::FakeService;
+    const sp<typename TypeParam::FakeListener> listener = new typename TypeParam::FakeListener;
+    const struct {
+        sp<IBinder> stub;
+        uint32_t code;
+        const char* request;
+        status_t result;
+        const char* reply;
+    } kRequests[] = {
+            {service, 10, CLIENT_TOKEN ID, BAD_TYPE, ""},
+            {service, 10, "", BAD_TYPE, ""},
+            {service, 10, SERVICE_TOKEN, NOT_ENOUGH_DATA, ""},
+            {service, 10, SERVICE_TOKEN " 01000000", NOT_ENOUGH_DATA, ""},
+            {service, 8, SERVICE_TOKEN, NOT_ENOUGH_DATA, ""},
+            {service, 7, SERVICE_TOKEN, BAD_TYPE, ""},
+            {service, 7, SERVICE_TOKEN " " NULL_BINDER, OK, EX_NULL_POINTER_REPLY},
+            {service, 14, SERVICE_TOKEN, NOT_ENOUGH_DATA, ""},
+            {service, 14, SERVICE_TOKEN " ffffffff", NOT_ENOUGH_DATA, ""},
+            {service, 14, SERVICE_TOKEN " ffffffff ffffffff 00000000", OK, EX_NULL_POINTER_REPLY},
+            {service, 14, SERVICE_TOKEN " ffffffff 01000000 ffffffff 00000000", OK,
+             EX_NULL_POINTER_REPLY},
+            {service, 6, SERVICE_TOKEN ID, UNKNOWN_TRANSACTION, ""},
+            {service, 15, SERVICE_TOKEN ID, UNKNOWN_TRANSACTION, ""},
+            {listener, 1, SERVICE_TOKEN ID, BAD_TYPE, ""},
+            {listener, 2, LISTENER_TOKEN ID, NOT_ENOUGH_DATA, ""},
+            {listener, 3, LISTENER_TOKEN, NOT_ENOUGH_DATA, ""},
+            {listener, 4, LISTENER_TOKEN ID, UNKNOWN_TRANSACTION, ""},
+    };
+    for (const auto& [stub, code, request, result, reply] : kRequests) {
+        const Transaction sent = sendRaw(stub, code, request);
+        EXPECT_EQ(sent.result, result) << code << " " << request;
+        EXPECT_EQ(sent.reply, reply) << code << " " << request;
+    }
+    EXPECT_THAT(service->takeCalls(), IsEmpty());
+    EXPECT_THAT(listener->takeCalls(), IsEmpty());
+}
+
+TYPED_TEST(GeneratedProtocol, nullListener_comesBackAsAnException) {
+    const sp<typename TypeParam::FakeService> service = new typename TypeParam::FakeService;
+    const sp<Boundary> boundary = new Boundary(service);
+    int64_t id = 5;
+    const sp<typename TypeParam::Service> proxy = TypeParam::Service::asInterface(boundary);
+    EXPECT_EQ(textOf(proxy->registerListener(nullptr, &id)), "-4 ");
+    EXPECT_EQ(boundary->last().request, SERVICE_TOKEN " " NULL_BINDER);
+    EXPECT_EQ(id, 5);
+    EXPECT_THAT(service->takeCalls(), IsEmpty());
+}
+
+TYPED_TEST(GeneratedProtocol, badReply_leavesTheOutValueAlone) {
+    const struct {
+        uint32_t code;
+        status_t result;
+        const char* reply;
+        const char* outcome;
+    } kReplies[] = {
+            {7, DEAD_OBJECT, "", "failed -32 5"},
+            {8, DEAD_OBJECT, "", "failed -32"},
+            {9, DEAD_OBJECT, "", "failed -32 {5}"},
+            {14, DEAD_OBJECT, "", "failed -32"},
+            {10, OK, "", "failed -61 5"},
+            {10, OK, "00000000", "failed -61 5"},
+            {10, OK, "00000000 01000000", "failed -61 5"},
+            {10, OK, "fcffffff", "failed -2147483640 5"},
+            {10, OK, "fcffffff 00000000 00000000", "failed -61 5"},
+            {10, OK, "fcffffff 00000000 00000000 10000000", "failed -2147483648 5"},
+            {10, OK, "80ffffff 04000000 2c000000 00000000", "ok 44"},
+            {9, OK, "00000000 ffffffff", "failed -2147483640 {5}"},
+            {13, OK, "00000000 07000000", "ok 1"},
+            {13, OK, "00000000", "failed -61 0"},
+            {8, OK, EX_NULL_POINTER_REPLY, "ok"},
+            {14, OK, "", "failed -61"},
+            {14, OK, EX_NULL_POINTER_REPLY, "-4 "},
+    };
+    for (const auto& [code, result, reply, outcome] : kReplies) {
+        const sp<typename TypeParam::Service> proxy =
+                TypeParam::Service::asInterface(new CannedPeer(result, reply));
+        for (const auto& call : serviceCalls<TypeParam>()) {
+            if (call.code != code) continue;
+            EXPECT_EQ(call.call(*proxy), outcome) << code << " " << result << " " << reply;
+        }
+    }
+}
+
+// Only the answer "unknown" leads to the default implementation; it stays for the whole process.
+TYPED_TEST(GeneratedProtocol, serviceThatPredatesACall_isReplacedByTheDefault) {
+    using Service = typename TypeParam::Service;
+    EXPECT_FALSE(Service::setDefaultImpl(nullptr));
+    ASSERT_EQ(Service::getDefaultImpl(), nullptr);
+    const sp<Service> old = Service::asInterface(new CannedPeer(UNKNOWN_TRANSACTION));
+    const sp<Service> dead = Service::asInterface(new CannedPeer(DEAD_OBJECT));
+    for (const auto& call : serviceCalls<TypeParam>()) {
+        EXPECT_THAT(call.call(*old), testing::StartsWith("failed -74")) << call.received;
+    }
+
+    auto implementation = std::make_unique<typename TypeParam::FakeService>();
+    typename TypeParam::FakeService* const service = implementation.get();
+    ASSERT_TRUE(Service::setDefaultImpl(std::move(implementation)));
+
+    for (const auto& call : serviceCalls<TypeParam>()) {
+        SCOPED_TRACE(call.received);
+        std::string received = call.received;
+        // The default implementation gets the caller's own out-value, 5 or false.
+        if (received.back() == '0' && call.code != 13) received.back() = '5';
+        EXPECT_EQ(call.call(*old), call.result);
+        EXPECT_THAT(service->takeCalls(), ElementsAre(received));
+        call.call(*dead);
+        EXPECT_THAT(service->takeCalls(), IsEmpty());
+    }
+
+    using Listener = typename TypeParam::Listener;
+    auto fakeListener = std::make_unique<typename TypeParam::FakeListener>();
+    typename TypeParam::FakeListener* const listener = fakeListener.get();
+    ASSERT_TRUE(Listener::setDefaultImpl(std::move(fakeListener)));
+    const sp<Listener> oldListener = Listener::asInterface(new CannedPeer(UNKNOWN_TRANSACTION));
+    for (const auto& [code, arguments, received, call] : listenerCalls<TypeParam>()) {
+        EXPECT_TRUE(call(*oldListener).isOk());
+        EXPECT_THAT(listener->takeCalls(), ElementsAre(received));
+    }
+}
+
+TEST(HandWrittenProtocol, defaultClasses_failEveryCall) {
+    media::IMediaCodecLoggerServiceDefault service;
+    for (const auto& call : serviceCalls<ByHand>()) {
+        EXPECT_THAT(call.call(service), testing::StartsWith("failed -74")) << call.received;
+    }
+    media::IMediaCodecLoggerListenerDefault listener;
+    for (const auto& [code, arguments, received, call] : listenerCalls<ByHand>()) {
+        EXPECT_EQ(textOf(call(listener)), "failed -74") << received;
+    }
+    EXPECT_EQ(IInterface::asBinder(&service), nullptr);
+}
+
+TEST(HandWrittenProtocol, laterDefault_replacesTheEarlier) {
+    using Listener = media::IMediaCodecLoggerListener;
+    for (int i = 0; i < 2; ++i) {
+        auto implementation = std::make_unique<media::IMediaCodecLoggerListenerDefault>();
+        Listener* const expected = implementation.get();
+        EXPECT_TRUE(Listener::setDefaultImpl(std::move(implementation)));
+        EXPECT_EQ(Listener::getDefaultImpl().get(), expected);
+    }
+}
+
+}  // namespace android::test

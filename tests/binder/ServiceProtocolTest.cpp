@@ -1,0 +1,361 @@
+// SPDX-License-Identifier: Apache-2.0
+// The service interface of the codecs on the wire: every request and reply, and failing peers.
+#include "WireTest.h"
+
+#include <functional>
+
+#include <mediaCodecLogger/binder/IMediaCodecLoggerService.h>
+#include <tests/binder/FakeServices.h>
+#include <tests/support/LogCapture.h>
+
+namespace android::test {
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr int64_t kId = 0x7f00'0000'1234;
+#define ID " 34120000 007f0000"
+
+struct Call {
+    uint32_t code;
+    uint32_t flags;
+    const char* arguments;  // of the request, after the token
+    const char* reply;
+    const char* received;  // by the service
+    const char* result;    // for the caller
+    std::function<std::string(IMediaCodecLoggerService&)> call;
+};
+
+const Call kCalls[] = {
+        {1, 0, ID " " LOCAL_BINDER, "", "registerClient 139637976732212 a.bc", "",
+         [](auto& service) {
+             service.registerClient(kId, new FakeClient);
+             return "";
+         }},
+        {1, 0, ID " " NULL_BINDER, "", "registerClient 139637976732212 null", "",
+         [](auto& service) {
+             service.registerClient(kId, nullptr);
+             return "";
+         }},
+        {2, 0, " ffffffff ffffffff", "", "unregisterClient -1", "",
+         [](auto& service) {
+             service.unregisterClient(-1);
+             return "";
+         }},
+        {3, 0, "", "2a000000 00000000 " LOCAL_BINDER, "getActiveVideoClient 0", "42 a.bc",
+         [](auto& service) {
+             int64_t id = 5;
+             const auto client = service.getActiveVideoClient(id);
+             return std::to_string(id) + " " + client->getPackageName().string();
+         }},
+        // The flags are swapped on the wire. The texts travel without a length, so that the stub
+        // takes their first letters for one.
+        {4, 0, " 00000000 01000000 66697273 74000000 7365636f 6e640000", "",
+         "updateHidlMediaMetrics '' '' 1 0", "",
+         [](auto& service) {
+             service.updateHidlMediaMetrics("first", "second", true, false);
+             return "";
+         }},
+        {4, 0, " 00000000 00000000 00000000 00000000", "", "updateHidlMediaMetrics '' '' 0 0", "",
+         [](auto& service) {
+             service.updateHidlMediaMetrics(nullptr, nullptr, false, false);
+             return "";
+         }},
+        {4, 0, " 01000000 00000000", "", "updateHidlMediaMetrics null null 0 1", "",
+         [](auto& service) {
+             service.updateHidlMediaMetrics("first", "second", false, true);
+             return "";
+         }},
+        {5, 1, ID, "", "onFirstFrameRendered 139637976732212", "",
+         [](auto& service) {
+             service.onFirstFrameRendered(kId);
+             return "";
+         }},
+        {6, 1, ID " e8030000 00000000", "", "onOutBufferAvailableAfterDelay 139637976732212 1000",
+         "",
+         [](auto& service) {
+             service.onOutBufferAvailableAfterDelay(kId, 1000);
+             return "";
+         }},
+        {7, 0, " " LOCAL_BINDER, "00000000 2b000000 00000000", "registerListener 0", "ok 43",
+         [](auto& service) {
+             int64_t id = 5;
+             const auto status = service.registerListener(new FakeListener, &id);
+             return textOf(status) + " " + std::to_string(id);
+         }},
+        {8, 0, " 2b000000 00000000", "", "unregisterListener 43", "ok",
+         [](auto& service) { return textOf(service.unregisterListener(43)); }},
+        {9, 0, "", "00000000 02000000 01000000 00000000 ffffffff ffffffff", "getActiveVideoClients",
+         "ok {1 -1}",
+         [](auto& service) {
+             std::vector<int64_t> ids{5};
+             const auto status = service.getActiveVideoClients(&ids);
+             return textOf(status) + " " + listOf(ids);
+         }},
+        {10, 0, ID, "00000000 2c000000 00000000", "getTimeSinceLastFrameRendered 139637976732212 0",
+         "ok 44",
+         [](auto& service) {
+             int64_t ms = 5;
+             const auto status = service.getTimeSinceLastFrameRendered(kId, &ms);
+             return textOf(status) + " " + std::to_string(ms);
+         }},
+        {11, 0, ID, "00000000 2d000000", "getUid 139637976732212 0", "ok 45",
+         [](auto& service) {
+             int32_t uid = 5;
+             const auto status = service.getUid(kId, &uid);
+             return textOf(status) + " " + std::to_string(uid);
+         }},
+        {12, 0, ID, "00000000 2e000000 00000000", "getBufferCountSinceLastFlush 139637976732212 0",
+         "ok 46",
+         [](auto& service) {
+             int64_t count = 5;
+             const auto status = service.getBufferCountSinceLastFlush(kId, &count);
+             return textOf(status) + " " + std::to_string(count);
+         }},
+        {13, 0, ID, "00000000 01000000", "isVideoClientUsingSecureMem 139637976732212 0", "ok 1",
+         [](auto& service) {
+             bool secure = false;
+             const auto status = service.isVideoClientUsingSecureMem(kId, &secure);
+             return textOf(status) + " " + std::to_string(secure);
+         }},
+        {14, 0, " 02000000 e9000a26 00000000 02000000 01000000 61000000 00000000 00000000 00000000",
+         "", "setMitigateFrameDropAllowlist 'é☊' {a } {}", "ok",
+         [](auto& service) {
+             return textOf(service.setMitigateFrameDropAllowlist(
+                     std::make_unique<std::string>("é☊"), {"a", ""}, {}));
+         }},
+        {14, 0, " ffffffff 00000000 01000000 02000000 62006300 00000000", "",
+         "setMitigateFrameDropAllowlist null {} {bc}", "ok",
+         [](auto& service) {
+             return textOf(service.setMitigateFrameDropAllowlist(nullptr, {}, {"bc"}));
+         }},
+        {15, 0, " 612e6263 00000000", "2f000000", "isInMitigateFrameDropAllowlist a.bc", "47",
+         [](auto& service) {
+             return std::to_string(service.isInMitigateFrameDropAllowlist("a.bc"));
+         }},
+        {15, 0, " 00000000", "2f000000", "isInMitigateFrameDropAllowlist ", "47",
+         [](auto& service) {
+             return std::to_string(service.isInMitigateFrameDropAllowlist(nullptr));
+         }},
+        {16, 0, "", "03000000 61616300", "getOldestAudioClientCodec", "aac",
+         [](auto& service) { return std::string(service.getOldestAudioClientCodec().string()); }},
+};
+
+sp<IMediaCodecLoggerService> proxyOf(const sp<IBinder>& binder) {
+    return new BpMediaCodecLoggerService(binder);
+}
+
+LogLine warning(const char* text) {
+    return {ANDROID_LOG_WARN, "IMediaCodecLoggerService", text};
+}
+
+LogLine info(const char* text) {
+    return {ANDROID_LOG_INFO, "IMediaCodecLoggerService", text};
+}
+
+}  // namespace
+
+TEST(ServiceProtocol, everyCall_hasTheseBytes) {
+    const sp<FakeCodecService> service = new FakeCodecService;
+    const sp<Boundary> boundary = new Boundary(service);
+    for (const Call& call : kCalls) {
+        SCOPED_TRACE(call.received);
+        EXPECT_EQ(call.call(*proxyOf(boundary)), call.result);
+        EXPECT_EQ(boundary->last().code, call.code);
+        EXPECT_EQ(boundary->last().flags, call.flags);
+        EXPECT_THAT(boundary->last().request,
+                    HasBytes(std::string(SERVICE_TOKEN) + call.arguments));
+        EXPECT_THAT(boundary->last().reply, HasBytes(call.reply));
+        EXPECT_THAT(service->takeCalls(), ElementsAre(call.received));
+    }
+}
+
+TEST(ServiceProtocol, noActiveClient_isANullBinder) {
+    const sp<FakeCodecService> service = new FakeCodecService;
+    service->activeClient = nullptr;
+    const sp<Boundary> boundary = new Boundary(service);
+    int64_t id = 5;
+    EXPECT_EQ(proxyOf(boundary)->getActiveVideoClient(id), nullptr);
+    EXPECT_EQ(id, 42);
+    EXPECT_EQ(boundary->last().reply, "2a000000 00000000 " NULL_BINDER);
+}
+
+// Unlike the generator's stubs this one sends the out-value with every status.
+TEST(ServiceProtocol, exception_isFollowedByTheOutValueAllTheSame) {
+    const sp<FakeCodecService> service = new FakeCodecService;
+    service->status =
+            binder::Status::fromExceptionCode(binder::Status::EX_ILLEGAL_STATE, String8("no"));
+#define ILLEGAL_STATE_NO "fbffffff 02000000 6e006f00 00000000 00000000"
+    const struct {
+        uint32_t code;
+        const char* reply;
+    } kReplies[] = {
+            {7, ILLEGAL_STATE_NO " 2b000000 00000000"},
+            {9, ILLEGAL_STATE_NO " 02000000 01000000 00000000 ffffffff ffffffff"},
+            {10, ILLEGAL_STATE_NO " 2c000000 00000000"},
+            {11, ILLEGAL_STATE_NO " 2d000000"},
+            {12, ILLEGAL_STATE_NO " 2e000000 00000000"},
+            {13, ILLEGAL_STATE_NO " 01000000"},
+    };
+    const sp<Boundary> boundary = new Boundary(service);
+    for (const auto& [code, reply] : kReplies) {
+        SCOPED_TRACE(code);
+        for (const Call& call : kCalls) {
+            if (call.code != code) continue;
+            // What the caller passed in is unchanged: 5, or false.
+            const std::string unchanged = code == 9 ? "{5}" : code == 13 ? "0" : "5";
+            EXPECT_EQ(call.call(*proxyOf(boundary)), "-5 no " + unchanged);
+            EXPECT_EQ(boundary->last().reply, reply);
+        }
+    }
+}
+
+// A status made from an error of the transport cannot be written; only the out-value is there.
+TEST(ServiceProtocol, transportStatus_leavesTheOutValueAlone) {
+    const sp<FakeCodecService> service = new FakeCodecService;
+    service->status = binder::Status::fromStatusT(DEAD_OBJECT);
+    const Transaction sent = sendRaw(service, 11, SERVICE_TOKEN ID);
+    EXPECT_EQ(sent.result, NO_ERROR);
+    EXPECT_EQ(sent.reply, "2d000000");
+}
+
+TEST(ServiceProtocol, deadService_isLoggedAndLeavesOutValuesAlone) {
+    const struct {
+        uint32_t code;
+        const char* result;
+        std::vector<LogLine> log;
+    } kOutcomes[] = {
+            {1, "", {warning("registerClient fail id:139637976732212")}},
+            {2, "", {warning("unregisterClient fail id:-1")}},
+            {4, "", {}},
+            {5, "", {}},
+            {6, "", {}},
+            {7, "failed -32 5", {warning("registerListener Transaction failed")}},
+            {8, "failed -32", {warning("unregisterListener Transaction failed")}},
+            {9,
+             "failed -32 {5}",
+             {info("getActiveVideoClients start"), info("getActiveVideoClients returning empty")}},
+            {10, "failed -32 5", {}},
+            {11, "failed -32 5", {}},
+            {12, "failed -32 5", {}},
+            {13, "failed -32 0", {}},
+            {14, "failed -32", {warning("setMitigateFrameDropAllowlist Transaction failed")}},
+            {15, "0", {warning("isInMitigateFrameDropAllowlist failed!")}},
+            {16,
+             "",
+             {warning("getOldestAudioClientCodec Transaction failed"),
+              {ANDROID_LOG_ERROR, "Parcel", "Reading a NULL string not supported here."}}},
+    };
+    const sp<IMediaCodecLoggerService> service = proxyOf(new CannedPeer(DEAD_OBJECT));
+    LogCapture log;
+    for (const auto& [code, result, lines] : kOutcomes) {
+        for (const Call& call : kCalls) {
+            if (call.code != code) continue;
+            SCOPED_TRACE(call.received);
+            EXPECT_EQ(call.call(*service), result);
+            EXPECT_EQ(log.take(), lines);
+        }
+    }
+    int64_t id = 5;
+    EXPECT_EQ(service->getActiveVideoClient(id), nullptr);
+    EXPECT_EQ(id, 5);
+    EXPECT_THAT(log.take(), IsEmpty());
+}
+
+TEST(ServiceProtocol, callsThatSucceed_areLoggedWhereTheProxySaysSo) {
+    const sp<IMediaCodecLoggerService> service = proxyOf(new Boundary(new FakeCodecService));
+    LogCapture log;
+    service->updateHidlMediaMetrics(nullptr, nullptr, true, true);
+    std::vector<int64_t> ids;
+    service->getActiveVideoClients(&ids);
+    service->onFirstFrameRendered(kId);
+    service->unregisterClient(kId);
+    EXPECT_THAT(log.take(),
+                ElementsAre(info("Transaction successfull"), info("getActiveVideoClients start"),
+                            info("getActiveVideoClients returning the value 2")));
+}
+
+TEST(ServiceProtocol, damagedReply_neverReachesTheCaller) {
+    const struct {
+        uint32_t code;
+        const char* reply;
+        const char* result;
+    } kDamages[] = {
+            {7, "", "failed -61 5"},
+            {7, "00000000 2b000000", "ok 5"},  // half an id
+            {7, EX_NULL_POINTER_REPLY " 2b000000 00000000", "-4  5"},
+            {9, "", "failed -61 {5}"},
+            {9, "00000000 ffffffff", "ok {5}"},
+            {10, "fcffffff", "failed -2147483640 5"},
+            {11, "00000000", "ok 5"},
+            {12, "00000000 2e000000", "ok 5"},
+            {15, "", "0"},
+            {16, "ffffffff", ""},
+            {16, "40000000 61000000", ""},
+    };
+    LogCapture log;
+    for (const auto& [code, reply, result] : kDamages) {
+        for (const Call& call : kCalls) {
+            if (call.code != code) continue;
+            EXPECT_EQ(call.call(*proxyOf(new CannedPeer(OK, reply))), result)
+                    << code << " " << reply;
+        }
+    }
+    // Logged with the caller's own ids although the service answered with an exception.
+    std::vector<int64_t> ids{1, 2, 3};
+    log.take();
+    proxyOf(new CannedPeer(OK, EX_NULL_POINTER_REPLY))->getActiveVideoClients(&ids);
+    EXPECT_EQ(log.take().back(), info("getActiveVideoClients returning the value 3"));
+}
+
+TEST(ServiceProtocol, requestsThatAreTooShort_arriveAsZerosAndEmptyTexts) {
+    const sp<FakeCodecService> service = new FakeCodecService;
+    const struct {
+        uint32_t code;
+        const char* arguments;
+        const char* received;
+    } kRequests[] = {
+            {1, "", "registerClient 0 null"},
+            {2, " 01000000", "unregisterClient 0"},
+            {4, "", "updateHidlMediaMetrics '' '' 0 0"},
+            {4, " 05000000", "updateHidlMediaMetrics null null 0 1"},
+            {4, " 00000000 00000000 01000000 61000000 01000000 62000000",
+             "updateHidlMediaMetrics 'a' 'b' 0 0"},
+            {6, ID, "onOutBufferAvailableAfterDelay 139637976732212 0"},
+            {7, "", "registerListener 0 null"},
+            {14, "", "setMitigateFrameDropAllowlist null {} {}"},
+            {14, " 01000000 61000000", "setMitigateFrameDropAllowlist 'a' {} {}"},
+            {15, "", "isInMitigateFrameDropAllowlist "},
+            {15, " 61626364", "isInMitigateFrameDropAllowlist "},
+    };
+    for (const auto& [code, arguments, received] : kRequests) {
+        EXPECT_EQ(sendRaw(service, code, std::string(SERVICE_TOKEN) + arguments).result, NO_ERROR);
+        EXPECT_THAT(service->takeCalls(), ElementsAre(received)) << code << arguments;
+    }
+}
+
+TEST(ServiceProtocol, foreignTokensAndCodes_reachNoMethod) {
+    const sp<FakeCodecService> service = new FakeCodecService;
+    for (uint32_t code = 1; code <= 16; ++code) {
+        const Transaction sent = sendRaw(service, code, CLIENT_TOKEN ID);
+        EXPECT_EQ(sent.result, PERMISSION_DENIED) << code;
+        EXPECT_EQ(sent.reply, "");
+    }
+    for (const uint32_t code : {0u, 17u}) {
+        EXPECT_EQ(sendRaw(service, code, SERVICE_TOKEN ID).result, UNKNOWN_TRANSACTION) << code;
+    }
+    EXPECT_THAT(service->takeCalls(), IsEmpty());
+}
+
+// A device adds bits of its own to the flags; only the bit for one-way means anything.
+TEST(ServiceProtocol, otherFlags_areIgnored) {
+    const sp<FakeCodecService> service = new FakeCodecService;
+    sendRaw(service, 5, SERVICE_TOKEN ID, IBinder::FLAG_ONEWAY | 0x10);
+    sendRaw(service, 2, SERVICE_TOKEN ID, 0x10);
+    EXPECT_THAT(service->takeCalls(), ElementsAre("onFirstFrameRendered 139637976732212",
+                                                  "unregisterClient 139637976732212"));
+}
+
+}  // namespace android::test
