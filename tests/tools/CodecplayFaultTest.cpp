@@ -1,0 +1,169 @@
+// SPDX-License-Identifier: Apache-2.0
+// Faults that were asked for, and faults of the files.
+#include <gtest/gtest.h>
+
+#include "CodecplayTest.h"
+
+namespace android::test {
+
+namespace {
+
+/** 8 s at 30 frames a second; at four times its pace it lasts two seconds. */
+std::string longClip() {
+    return clip("long.mp4", picture(8) + "-c:v libx264 -preset ultrafast -bf 2 -g 30");
+}
+
+/** At four times the pace of longClip() the display has to keep up with 120 pictures a second. */
+const std::vector<std::string> kFast = {"--speed", "4", "--vsync", "240"};
+
+/**
+ * Plays until no picture is late, which on a busy machine may take more than one try: a picture
+ * that is dropped because of the machine is no fault of the player.
+ */
+Played playUndisturbed(const std::vector<std::string>& arguments) {
+    Played played;
+    for (int tries = 0; tries < 5; ++tries) {
+        played = play(arguments);
+        if (played.video()["dropped"]["late"] == 0 && played.video()["never_shown"] == 0) break;
+    }
+    return played;
+}
+
+}  // namespace
+
+TEST(CodecplayFaultTest, requestedDropsAreExactlyTheReportedOnes) {
+    const std::string metrics = scratchFile("metrics");
+    // Settled from 0.5 s of wall time on, that is picture 60 and a few; 13 + 2 pictures in two
+    // runs.
+    const Played played =
+            playUndisturbed(kFast + analysis("0x4") +
+                            std::vector<std::string>{"--drop", "120-132", "--drop", "180-181",
+                                                     "--metrics", metrics, longClip()});
+    EXPECT_EQ(played.video()["dropped"]["requested"], 15);
+    EXPECT_EQ(played.video()["rendered"], 225);
+    // 13 = 10 + 2 + 1, and another 2.
+    EXPECT_EQ(numberBehind(played.log, "TenConsecutiveFramesDropped = "), 1);
+    EXPECT_EQ(countLines(played.log, "FiveConsecutiveFramesDropped"), 0U);
+    EXPECT_EQ(numberBehind(played.log, "TwoConsecutiveFramesDropped = "), 2);
+    EXPECT_EQ(numberBehind(played.log, "OneConsecutiveFramesDropped = "), 1);
+    EXPECT_EQ(numberBehind(played.log, "TotalFramesDropped = "), 15);
+    EXPECT_EQ(numberBehind(played.log, "MaxConsecutiveFramesDropped = "), 13);
+    EXPECT_NE(readFile(metrics).find("\"TotalFramesDropped\""), std::string::npos);
+    const std::string report = played.video()["reports"][0];
+    EXPECT_NE(report.find(":TotalFramesDropped=15:MaxConsecutiveFramesDropped=13:"),
+              std::string::npos)
+            << report;
+    // Each of them left the tracker with a line of its own; 30 pictures a second, so number n
+    // has the time (n - 1) / 30 s.
+    EXPECT_EQ(countLines(played.log, ": Drop:"), 15U);
+    EXPECT_NE(findLine(played.log, ": Drop:3966667("), "");
+    EXPECT_NE(findLine(played.log, ": Drop:5966667("), "");
+}
+
+TEST(CodecplayFaultTest, stallShowsAsApplicationLatencyAndLatePictures) {
+    const Played played = play(kFast + analysis("0x4") +
+                               std::vector<std::string>{"--stall", "120:400", longClip()});
+    // 400 ms at 120 pictures a second, less 30 ms of tolerance and what waits in the buffers.
+    EXPECT_GE(played.video()["dropped"]["late"], 20);
+    const std::string line = findLine(played.log, ": Drop:3966667(");
+    ASSERT_NE(line, "") << "picture 120 was not dropped";
+    EXPECT_GE(atoi(line.c_str() + line.find(" AL:") + 4), 400) << line;
+    EXPECT_EQ(accountedFrames(played.video()), 240U);
+}
+
+TEST(CodecplayFaultTest, slowDecodingShowsAsLatencyOfTheCodec) {
+    const Played played =
+            play(analysis("0x2") + std::vector<std::string>{"--speed", "0", "--slow-decode",
+                                                            "30-31:80", ordinaryClip()});
+    for (const char* frame : {"966667", "1000000"}) {
+        const std::string line = findLine(played.log, std::string(" mediaTs:") + frame + " f:0");
+        ASSERT_NE(line, "");
+        EXPECT_GE(atoi(line.c_str() + line.find("FL:") + 3), 80) << line;
+    }
+}
+
+TEST(CodecplayFaultTest, displayThatRefreshesTooSeldomLosesPictures) {
+    const Played played = play({"--speed", "2", "--vsync", "15", ordinaryClip()});
+    // 60 pictures a second and 15 refreshes: about three of four are never shown.
+    EXPECT_GT(played.video()["never_shown"], 60);
+    EXPECT_NE(findLine(played.log, "I/MediaCodecLogger: " + played.video()["never_shown"].dump() +
+                                           " frames were dropped in SurfaceFlinger or HWC."),
+              "");
+}
+
+TEST(CodecplayFaultTest, decoderErrorsEndTheReportOnce) {
+    const Played played = play({"--speed", "0", "--error", "fatal@1", "--error", "recoverable@2",
+                                "--error", "7@3", ordinaryClip()});
+    EXPECT_EQ(missingInOrder(played.log, {"codecplay.HW", "HW.c2.video.avc.DecoderErrorFatal = 1",
+                                          "HW.c2.video.avc.BRISK-P2Ms = ",
+                                          "HW.c2.video.avc..DecoderErrorFatal = 1",
+                                          "HW.c2.video.avc.DecoderErrorRecov = 1",
+                                          "HW.c2.video.avc.DecoderErrorTrans = 1"}),
+              "codecplay.HW");
+    EXPECT_EQ(countLines(played.log, "HW.c2.video.avc.BRISK-P2Ms = "), 1U);
+    EXPECT_EQ(played.process.exitCode, 0);
+}
+
+namespace {
+
+void cutAtSixTenths(std::string* bytes) {
+    bytes->resize(bytes->size() * 6 / 10);
+}
+
+void damageTheMiddle(std::string* bytes) {
+    for (size_t i = bytes->size() * 4 / 10; i < bytes->size() * 5 / 10; ++i) {
+        (*bytes)[i] = static_cast<char>(i * 2654435761U >> 13);
+    }
+}
+
+/** A file that was whole once, and what a reader is told. */
+struct BadFile {
+    const char* name;
+    void (*change)(std::string*);
+    int exitCode;
+    const char* complaint;
+};
+
+constexpr BadFile kBadFiles[] = {
+        {"cut.mp4", cutAtSixTenths, 3, "is cut off: "},
+        {"cut.mkv", cutAtSixTenths, 3, "is cut off: "},
+        {"cut.ts", cutAtSixTenths, 3, "damaged"},
+        {"damaged.mp4", damageTheMiddle, 3, "damaged frames: "},
+        {"damaged.ts", damageTheMiddle, 3, "damaged"},
+        {"headless.mp4", [](std::string* bytes) { bytes->erase(0, 6000); }, 1, "is no media file"},
+        {"empty.mp4", [](std::string* bytes) { bytes->clear(); }, 1, "is no media file"},
+        {"text.txt", [](std::string* bytes) { *bytes = std::string(5000, 'a'); }, 1, "media"},
+};
+
+}  // namespace
+
+TEST(CodecplayFaultTest, badFilesArePlayedAsFarAsTheyGo) {
+    for (const BadFile& bad : kBadFiles) {
+        SCOPED_TRACE(bad.name);
+        const std::string name = bad.name;
+        const std::string whole = clip("whole" + name.substr(name.find('.')),
+                                       picture(4, "320x180") + tone(4) +
+                                               "-c:v libx264 -preset ultrafast -bf 2 -g 30 -c:a "
+                                               "aac -movflags +faststart -f " +
+                                               (name.find(".mkv") != std::string::npos  ? "matroska"
+                                                : name.find(".ts") != std::string::npos ? "mpegts"
+                                                                                        : "mp4"));
+        const std::string file = changedClip(whole, name, bad.change);
+        const Played played =
+                play(analysis("0x4") + std::vector<std::string>{"--speed", "0", file});
+        EXPECT_EQ(played.process.exitCode, bad.exitCode) << played.process.err;
+        EXPECT_NE(played.process.err.find("codecplay: " + file + ": "), std::string::npos);
+        EXPECT_NE(played.process.err.find(bad.complaint), std::string::npos) << played.process.err;
+        if (bad.exitCode != 3) continue;
+        // What there was is reported, and all of it accounted for.
+        EXPECT_GT(played.video()["rendered"], 40);
+        EXPECT_EQ(accountedFrames(played.video()), played.video()["packets"]);
+        EXPECT_EQ(played.video()["reports"].size(), 1U);
+        const ProcessResult probe =
+                runProcess({"ffprobe", "-v", "quiet", "-count_frames", "-select_streams", "v",
+                            "-show_entries", "stream=nb_read_frames", "-of", "csv=p=0", file});
+        EXPECT_EQ(played.video()["frames"], std::stoull(probe.out));
+    }
+}
+
+}  // namespace android::test

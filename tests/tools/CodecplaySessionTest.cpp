@@ -1,0 +1,179 @@
+// SPDX-License-Identifier: Apache-2.0
+// The course of sessions without faults.
+#include <gtest/gtest.h>
+
+#include "CodecplayTest.h"
+
+namespace android::test {
+
+namespace {
+
+/** What must be the same in two unpaced runs: all but the program's own measurements. */
+Json timeless(const Played& played) {
+    Json sessions = played.json["files"][0]["sessions"];
+    for (Json& session : sessions) session.erase("reports");
+    return sessions;
+}
+
+}  // namespace
+
+TEST(CodecplaySessionTest, logTellsTheLifeOfACodecInOrder) {
+    const Played played = play({"--speed", "0", ordinaryClip()});
+    EXPECT_EQ(missingInOrder(
+                      played.log,
+                      {"I/MediaCodecLogger: [BRISK] HW.c2.video.avc P2 + ",
+                       "I/MediaCodecLogger: [BRISK] HW.c2.video.avc P2 - ",
+                       "I/MediaCodecLogger: [BRISK] HW.c2.video.avc P3 + ",
+                       "I/MediaCodecLogger: [BRISK] HW.c2.video.avc P3 - ",
+                       "I/MediaCodecLogger: [BRISK] HW.c2.video.avc Got First Input Frame ",
+                       "updateFormatChanged width = 64 height = 48",
+                       "updatePTSTime [HW.c2.video.avc] First PTS after Flush or reset = 0",
+                       "[BRISK] HW.c2.video.avc Got First Frame Ready ",
+                       "Rendering first frame after starting or flushing.",
+                       "[BRISK] HW.c2.video.avc Got First Frame Render ",
+                       "updatePTSTime [HW.c2.video.avc] EOS pts:4000000", "MC Stop Time(start: ",
+                       ".HW.c2.video.avc.BRISK-P2Ms = ", ".HW.c2.video.avc.FirstFrameReadyMs = "}),
+              "");
+    EXPECT_EQ(missingInOrder(played.log, {"[BRISK] VND.c2.audio.mp4a P2 + ",
+                                          "[BRISK] VND.c2.audio.mp4a Got First Input Frame ",
+                                          "[BRISK] VND.c2.audio.mp4a Got First Frame Ready ",
+                                          "updatePTSTime [VND.c2.audio.mp4a] EOS pts:"}),
+              "");
+}
+
+TEST(CodecplaySessionTest, analysisFollowsAFrameOnBothRoads) {
+    const std::vector<std::string> common = {"avc queue:0 s:", "avc Frame:1 Decrypt cost:"};
+    const std::vector<std::string> omx =
+            common +
+            std::vector<std::string>{"avc Omx ETB:0 size:", "avc OMX FBD FL:", "avc FBD mediaTs:0,",
+                                     "avc Render R-S:", " First min:-1(-1 )("};
+    std::vector<std::string> codec2 =
+            common + std::vector<std::string>{"avc C2 OWD FL:", "avc OWD mediaTs:0,",
+                                              "avc Render R-S:", " First min:-1(-1 )("};
+    std::vector<std::string> omxWithOwnName = omx;
+    omxWithOwnName[0] = "avc ETB:0 s:";
+    const auto run = [](const char* road) {
+        return play(analysis("0x407") +
+                    std::vector<std::string>{road, "--speed", "0", ordinaryClip()});
+    };
+    EXPECT_EQ(missingInOrder(run("--codec2").log, codec2), "");
+    EXPECT_EQ(missingInOrder(run("--omx").log, omxWithOwnName), "");
+}
+
+TEST(CodecplaySessionTest, fullReportHasPlaybackTimeAndRecords) {
+    const std::string metrics = scratchFile("metrics");
+    // Two rounds of 4 s: 3966 ms between first and last picture, each.
+    const Played played =
+            play({"--speed", "0", "--loop", "2", "--metrics", metrics, ordinaryClip()});
+    EXPECT_EQ(played.video()["packets"], 240);
+    EXPECT_EQ(played.video()["rendered"], 240);
+    EXPECT_EQ(numberBehind(played.log, "TotalVideoPlaybackTimeMs = "), 7932);
+    EXPECT_EQ(missingInOrder(played.log, {"EOS pts:4000000", "Possible seek found! last pts:",
+                                          "EOS pts:4000000", "TotalVideoPlaybackTimeMs"}),
+              "");
+    const std::string report = played.video()["reports"][0];
+    EXPECT_NE(report.find("codecplay.HW.c2.video.avc:videoResolution.SD=7932:BRISK-P5Ms="),
+              std::string::npos)
+            << report;
+    size_t records = 0;
+    for (const std::string& line : splitLines(readFile(metrics))) {
+        const Json record = Json::parse(line, nullptr, false);
+        ASSERT_FALSE(record.is_discarded()) << line;
+        if (record["name"] != "TotalVideoPlaybackTimeMs") continue;
+        ++records;
+        EXPECT_EQ(record["value"], 7932.0);
+        EXPECT_EQ(record["package"], "codecplay");
+    }
+    EXPECT_EQ(records, 1U);
+}
+
+TEST(CodecplaySessionTest, unpacedRunsWithSeekAndFlushAreAllTheSame) {
+    const std::vector<std::string> arguments = {"--speed", "0",   "--seek",      "1.5@3",
+                                                "--flush", "3.5", ordinaryClip()};
+    const Played first = play(arguments);
+    EXPECT_EQ(timeless(first), timeless(play(arguments)));
+    EXPECT_EQ(missingInOrder(first.log, {"First PTS after Flush or reset = 0",
+                                         // From the sync frame before the target.
+                                         "First PTS after Flush or reset = 1000000",
+                                         "Possible seek found! last pts:",
+                                         "First PTS after Flush or reset = 3000000"}),
+              "");
+    // From 1.0 s to the target at 1.5 s, and from 3.0 s to 3.5 s: 15 pictures each.
+    EXPECT_EQ(first.video()["dropped"]["before_target"], 30);
+    EXPECT_GT(first.video()["flushed"], 0);
+    EXPECT_EQ(accountedFrames(first.video()), first.video()["packets"]);
+    EXPECT_EQ(first.process.err, "");
+}
+
+TEST(CodecplaySessionTest, seekInATransportStreamWithoutIndexFindsTheSyncFrameBefore) {
+    const std::string file = clip("seek.ts", picture(6) + tone(6) +
+                                                     "-c:v libx264 -preset ultrafast -bf 2 -g 60 "
+                                                     "-c:a aac");
+    const Played played = play({"--speed", "0", "--seek", "3@5", file});
+    // Times count from the start of the stream. Sync frames every 2 s, so 2 s to 3 s is skipped.
+    EXPECT_EQ(played.video()["dropped"]["before_target"], 30);
+    EXPECT_EQ(accountedFrames(played.video()), played.video()["packets"]);
+    EXPECT_EQ(played.process.exitCode, 0) << played.process.err;
+}
+
+TEST(CodecplaySessionTest, seekInARawStreamGoesOnAtTheNextSyncFrame) {
+    const std::string file = clip("seek.h264", picture(2) + "-c:v libx264 -preset ultrafast -g 15");
+    const Played played = play({"--speed", "0", "--flush", "0.5", file});
+    EXPECT_NE(played.process.err.find("cannot be sought in"), std::string::npos);
+    EXPECT_EQ(played.process.exitCode, 0);
+    EXPECT_EQ(accountedFrames(played.video()), played.video()["packets"]);
+}
+
+TEST(CodecplaySessionTest, reconfigurationGivesAReportEach) {
+    const Played played = play({"--speed", "0", "--reconfigure", "2", ordinaryClip()});
+    EXPECT_EQ(played.video()["reports"].size(), 2U);
+    EXPECT_EQ(countLines(played.log, "[BRISK] HW.c2.video.avc P2 + "), 2U);
+    EXPECT_EQ(countLines(played.log, "width = 64 height = 48"), 2U);
+    EXPECT_EQ(countLines(played.log, "HW.c2.video.avc.BRISK-P2Ms = "), 2U);
+    EXPECT_EQ(accountedFrames(played.video()), played.video()["packets"]);
+}
+
+TEST(CodecplaySessionTest, tunneledSecureSessionsSaySo) {
+    const Played played = play(analysis("0x40017") +
+                               std::vector<std::string>{"--tunneled", "--secure", "--speed", "0",
+                                                        "--loop", "2", ordinaryClip()});
+    EXPECT_EQ(played.video()["component"], "c2.ffmpeg.avc.decoder.secure");
+    EXPECT_EQ(played.video()["rendered"], 240);
+    const std::string report = played.video()["reports"][0];
+    EXPECT_EQ(report.find("codecplay.secure.tunneled.HW.c2.video.avc:videoResolution.SD=7932"), 0U)
+            << report;
+    // Encrypted input is described; the tunnel's pictures are not followed to the display.
+    EXPECT_NE(findLine(played.log, "iv:01 00 00"), "");
+    EXPECT_NE(findLine(played.log, "s:0 v:0 t:0 c:32 e:"), "");
+    EXPECT_EQ(countLines(played.log, "FirstFrameReadyMs"), 0U);
+    EXPECT_EQ(countLines(played.log, " Render R-S:"), 0U);
+}
+
+TEST(CodecplaySessionTest, instancesPlaySideBySide) {
+    const Played played =
+            play(analysis("0x4") +
+                 std::vector<std::string>{"--instances", "4", "--speed", "0", ordinaryClip()});
+    ASSERT_EQ(played.json["files"].size(), 4U);
+    for (const Json& file : played.json["files"]) {
+        EXPECT_EQ(file["sessions"][0]["rendered"], 120) << file;
+    }
+    EXPECT_EQ(countLines(played.log, " Render R-S:"), 480U);
+}
+
+TEST(CodecplaySessionTest, pacedPlaybackTakesItsTimeAndLosesNothing) {
+    const std::string file =
+            clip("short.mp4", picture(1.5) + tone(1.5) + "-c:v libx264 -preset ultrafast -c:a aac");
+    const Played played = play(analysis("0x4") + std::vector<std::string>{"--buffers", "3", file});
+    EXPECT_EQ(accountedFrames(played.video()), 45U);
+    const std::string line = findLine(played.log, "AVSYNC_V:");
+    EXPECT_NE(line, "");
+    // Pictures go out two refreshes before they are due, so the lead is positive and small.
+    const long lead = numberBehind(played.log, "avc Render R-S:");
+    EXPECT_GT(lead, 0);
+    EXPECT_LE(lead, 34);
+    const long firstReady = numberBehind(played.log, "HW.c2.video.avc Got First Input Frame ");
+    const long stop = numberBehind(played.log, "MC Stop Time(start: ");
+    EXPECT_GE(stop - firstReady, 1400);
+}
+
+}  // namespace android::test

@@ -1,0 +1,132 @@
+// SPDX-License-Identifier: Apache-2.0
+// codecplay as a command: options, streams, exit codes, signals.
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <regex>
+
+#include "CodecplayTest.h"
+
+namespace android::test {
+
+namespace {
+
+ProcessResult codecplay(const std::vector<std::string>& arguments) {
+    return runProcess(std::vector<std::string>{CODECPLAY} + arguments);
+}
+
+}  // namespace
+
+TEST(CodecplayUsageTest, wrongCommandLinesAreRefused) {
+    const std::vector<std::vector<std::string>> wrong = {
+            {},
+            {"--no-such-option", "f"},
+            {"--speed", "-1", "f"},
+            {"--speed", "fast", "f"},
+            {"--speed"},
+            {"--seek", "5", "f"},
+            {"--seek", "5@", "f"},
+            {"--seek", "1:2:3:4@5", "f"},
+            {"--flush", "", "f"},
+            {"--drop", "0", "f"},
+            {"--drop", "9-3", "f"},
+            {"--stall", "3", "f"},
+            {"--stall", "3:-5", "f"},
+            {"--slow-decode", "3:", "f"},
+            {"--error", "3", "f"},
+            {"--error", "bad@3", "f"},
+            {"--display", "1920", "f"},
+            {"--display", "0x5", "f"},
+            {"--prop", "name", "f"},
+            {"--prop", "=value", "f"},
+            {"--prop", "name=" + std::string(92, 'x'), "f"},
+            {"--vsync", "0", "f"},
+            {"--buffers", "1", "f"},
+            {"--instances", "0", "f"},
+            {"--loop", "99999999999999999999", "f"},
+    };
+    for (const auto& arguments : wrong) {
+        const ProcessResult result = codecplay(arguments);
+        EXPECT_EQ(result.exitCode, 2) << testing::PrintToString(arguments) << result.err;
+        EXPECT_NE(result.err, "");
+        EXPECT_EQ(result.out, "");
+    }
+}
+
+TEST(CodecplayUsageTest, helpNamesEveryOptionAndExitCode) {
+    const ProcessResult help = codecplay({"--help"});
+    EXPECT_EQ(help.exitCode, 0);
+    for (const char* option :
+         {"--speed",        "--seek",    "--flush",       "--reconfigure", "--loop",
+          "--instances",    "--codec2",  "--omx",         "--tunneled",    "--secure",
+          "--component",    "--package", "--prop",        "--display",     "--vsync",
+          "--buffers",      "--stall",   "--slow-decode", "--drop",        "--error",
+          "--log",          "--metrics", "--json",        "--quiet",       "--version",
+          "130 interrupted"}) {
+        EXPECT_NE(help.out.find(option), std::string::npos) << option;
+    }
+    for (const std::string& line : splitLines(help.out)) EXPECT_LE(line.size(), 100U) << line;
+    EXPECT_TRUE(std::regex_match(codecplay({"--version"}).out, std::regex("codecplay [0-9.]+\n")));
+}
+
+TEST(CodecplayUsageTest, missingFileIsNamedAndTheOthersArePlayed) {
+    const ProcessResult result = codecplay({"--speed", "0", "/no/such/file", ordinaryClip()});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_NE(result.err.find("codecplay: /no/such/file: No such file or directory"),
+              std::string::npos)
+            << result.err;
+    EXPECT_NE(result.err.find("packets 120, frames 120, rendered 120"), std::string::npos);
+}
+
+TEST(CodecplayUsageTest, standardOutputIsTheLogAndNothingElse) {
+    const ProcessResult result = codecplay({"--speed", "0", ordinaryClip()});
+    const std::regex line(
+            R"(\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} [ \d]{5} [ \d]{5} [VDIWEF] MediaCodecLogger: .*)");
+    for (const std::string& text : splitLines(result.out)) {
+        EXPECT_TRUE(std::regex_match(text, line)) << text;
+    }
+    EXPECT_GT(splitLines(result.out).size(), 20U);
+
+    EXPECT_EQ(codecplay({"--speed", "0", "--quiet", ordinaryClip()}).out, "");
+    const std::string log = scratchFile("log");
+    const ProcessResult apart = codecplay({"--speed", "0", "--log", log, ordinaryClip()});
+    EXPECT_NE(apart.out.find("rendered 120"), std::string::npos);
+    EXPECT_EQ(apart.out.find("[BRISK]"), std::string::npos);
+    EXPECT_NE(readFile(log).find("[BRISK]"), std::string::npos);
+}
+
+TEST(CodecplayUsageTest, unwritableOutputEndsWithItsOwnCode) {
+    for (const char* option : {"--log", "--metrics"}) {
+        const ProcessResult result = codecplay({option, "/no/such/folder/file", ordinaryClip()});
+        EXPECT_EQ(result.exitCode, 4) << option;
+        EXPECT_NE(result.err.find("/no/such/folder/file: cannot be written"), std::string::npos);
+    }
+    EXPECT_EQ(codecplay({"--speed", "0", "--log", "/dev/full", ordinaryClip()}).exitCode, 4);
+}
+
+TEST(CodecplayUsageTest, interruptEndsPlaybackWithItsReports) {
+    const std::string log = scratchFile("log");
+    Process process({CODECPLAY, "--json", "--log", log, ordinaryClip()});
+    for (int i = 0; i < 2000 && readFile(log).find("First Frame Render") == std::string::npos;
+         ++i) {
+        usleep(10'000);
+    }
+    process.signal(SIGINT);
+    const ProcessResult result = process.wait();
+    EXPECT_EQ(result.exitCode, 130) << result.err;
+    const Json json = Json::parse(result.out, nullptr, false);
+    ASSERT_FALSE(json.is_discarded()) << result.out;
+    const Json& video = json["files"][0]["sessions"][0];
+    EXPECT_LT(video["rendered"], 120);
+    EXPECT_EQ(accountedFrames(video), video["packets"]);
+    EXPECT_NE(readFile(log).find("HW.c2.video.avc.BRISK-P2Ms = "), std::string::npos);
+}
+
+TEST(CodecplayUsageTest, displayAndPackageReachTheLibrary) {
+    const Played played = play({"--display", "3840x2160", "--package", "com.example.tv", "--loop",
+                                "2", "--speed", "0", ordinaryClip()});
+    const std::string report = played.video()["reports"][0];
+    EXPECT_EQ(report.find("com.example.tv.4K.HW.c2.video.avc:"), 0U) << report;
+}
+
+}  // namespace android::test
