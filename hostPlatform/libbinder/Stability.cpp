@@ -17,8 +17,9 @@ namespace {
 
 const char kLevelKey = 0;  // its address is the key
 
+// Never destroyed: objects may be passed on while the process exits.
 Mutex& levelLock() {
-    static Mutex lock;
+    static Mutex& lock = *new Mutex();
     return lock;
 }
 

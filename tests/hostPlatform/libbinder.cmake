@@ -1,4 +1,11 @@
 # SPDX-License-Identifier: Apache-2.0
 mcl_add_test(host_binder_test
-    SOURCES libbinder/ParcelTest.cpp
+    SOURCES libbinder/CrossProcessTest.cpp libbinder/ParcelTest.cpp libbinder/PeerProcess.cpp
+        libbinder/TestService.cpp
     LIBS test_support hostPlatform)
+
+# The other process, which the tests start.
+add_executable(binder_test_peer libbinder/TestPeer.cpp libbinder/TestService.cpp)
+target_include_directories(binder_test_peer PRIVATE ${CMAKE_SOURCE_DIR})
+target_link_libraries(binder_test_peer PRIVATE binder)
+add_dependencies(host_binder_test binder_test_peer)

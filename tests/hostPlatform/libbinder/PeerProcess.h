@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <android-base/unique_fd.h>
+#include <sys/types.h>
+
+#include <functional>
+#include <string>
+
+#include "tests/hostPlatform/libbinder/TestService.h"
+
+namespace android::test {
+
+/** A binder_test_peer, killed with this object. */
+class PeerProcess {
+  public:
+    /** Started and ready. */
+    explicit PeerProcess(const std::string& serviceName);
+    ~PeerProcess();
+
+    pid_t pid() const { return mPid; }
+    /** Its TestService; fails the test if it is not found. */
+    sp<IBinder> service() const;
+
+    void kill();
+    /** Lets it exit by itself; gives its wait status. */
+    int leave();
+
+  private:
+    const std::string mName;
+    pid_t mPid = -1;
+    base::unique_fd mStdin;
+};
+
+/** $HOSTBINDER_DIR, a new folder for the whole test program. */
+const std::string& runtimePath();
+
+/** True once |condition| is; false if that takes ten seconds. */
+bool eventually(const std::function<bool()>& condition);
+
+}  // namespace android::test

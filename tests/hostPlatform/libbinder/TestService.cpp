@@ -1,0 +1,121 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tests/hostPlatform/libbinder/TestService.h"
+
+#include <binder/IPCThreadState.h>
+#include <unistd.h>
+
+namespace android::test {
+
+namespace {
+
+std::atomic<int> gAlive(0);
+
+}  // namespace
+
+TestService::TestService() {
+    gAlive++;
+}
+
+TestService::~TestService() {
+    gAlive--;
+}
+
+int TestService::alive() {
+    return gAlive;
+}
+
+const String16& TestService::getInterfaceDescriptor() const {
+    static const String16& descriptor = *new String16("test.ITestService");
+    return descriptor;
+}
+
+status_t TestService::callOther(const Parcel& data, Parcel* reply) {
+    const sp<IBinder> other = data.readStrongBinder();
+    const int32_t code = data.readInt32();
+    const int32_t depth = data.readInt32();
+    if (other == nullptr) return BAD_TYPE;
+    Parcel request;
+    if (code == kCall && depth > 0) {
+        request.writeStrongBinder(this);
+        request.writeInt32(depth == 1 ? int32_t{kEcho} : code);
+    }
+    request.writeInt32(depth - 1);
+    Parcel answer;
+    const status_t status = other->transact(static_cast<uint32_t>(code), request, &answer);
+    if (status != OK) return status;
+    return reply->appendFrom(&answer, 0, answer.dataSize());
+}
+
+status_t TestService::onTransact(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags) {
+    switch (code) {
+        case kEcho:
+            if (onEcho) onEcho();
+            return reply->writeInt32(data.readInt32());
+        case kIdentify: {
+            const IPCThreadState* const thread = IPCThreadState::self();
+            reply->writeInt32(getpid());
+            reply->writeInt32(thread->getCallingPid());
+            reply->writeInt32(static_cast<int32_t>(thread->getCallingUid()));
+            return reply->writeInt32(static_cast<int32_t>(flags));
+        }
+        case kFail:
+            reply->writeInt32(42);
+            return data.readInt32();
+        case kCall:
+            return callOther(data, reply);
+        case kAppend: {
+            const int32_t value = data.readInt32();
+            usleep(static_cast<useconds_t>(data.readInt32()) * 1000);
+            Mutex::Autolock lock(mLock);
+            mList.push_back(value);
+            return OK;
+        }
+        case kList: {
+            Mutex::Autolock lock(mLock);
+            return reply->writeInt64Vector(mList);
+        }
+        case kSleep:
+            usleep(static_cast<useconds_t>(data.readInt32()) * 1000);
+            return OK;
+        case kKeep: {
+            sp<IBinder> kept = data.readStrongBinder();
+            Mutex::Autolock lock(mLock);
+            std::swap(mKept, kept);
+            return OK;
+        }
+        case kGiveBack: {
+            Mutex::Autolock lock(mLock);
+            return reply->writeStrongBinder(mKept);
+        }
+        case kMake:
+            return reply->writeStrongBinder(new TestService());
+        case kCount:
+            return reply->writeInt32(alive());
+        case kPass:
+            return reply->writeStrongBinder(data.readStrongBinder());
+        case kExit:
+            _exit(3);
+        case kReplySize: {
+            const std::string text(static_cast<size_t>(data.readInt32()), 'x');
+            return reply->write(text.data(), text.size());
+        }
+        default:
+            return BBinder::onTransact(code, data, reply, flags);
+    }
+}
+
+status_t callTest(const sp<IBinder>& target, uint32_t code, Parcel* reply,
+                  const std::function<void(Parcel&)>& arguments, uint32_t flags) {
+    Parcel request;
+    if (arguments) arguments(request);
+    return target->transact(code, request, reply, flags);
+}
+
+int32_t callInt(const sp<IBinder>& target, uint32_t code, int32_t argument) {
+    Parcel reply;
+    const status_t status =
+            callTest(target, code, &reply, [=](Parcel& p) { p.writeInt32(argument); });
+    return status == OK ? reply.readInt32() : status;
+}
+
+}  // namespace android::test
