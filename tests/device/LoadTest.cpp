@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: Apache-2.0
+// The library as a plug-in would bring it into a process. Not linked to it.
+#include <dirent.h>
+#include <dlfcn.h>
+#include <malloc.h>
+
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+bool isMapped() {
+    std::ifstream maps("/proc/self/maps");
+    const std::string text(std::istreambuf_iterator<char>(maps), {});
+    return text.find("libmediacodeclogger.so") != std::string::npos;
+}
+
+size_t entriesOf(const char* folder) {
+    size_t count = 0;
+    DIR* const dir = opendir(folder);
+    while (readdir(dir) != nullptr) ++count;
+    closedir(dir);
+    return count;
+}
+
+void loadAndUnload() {
+    void* const library = dlopen(MCL_LIBRARY, RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(library, nullptr) << dlerror();
+    EXPECT_NE(dlsym(library, "_ZN7android16MediaCodecLogger6CreateEij"), nullptr);
+    EXPECT_TRUE(isMapped());
+    dlclose(library);
+    EXPECT_FALSE(isMapped());
+}
+
+TEST(LoadTest, unloadingLeavesNothingBehind) {
+    // The loader's own bookkeeping grows for some rounds, with any library, and then no more.
+    for (int i = 0; i < 10; ++i) loadAndUnload();
+    const size_t files = entriesOf("/proc/self/fd");
+    const size_t threads = entriesOf("/proc/self/task");
+    const size_t bytes = mallinfo2().uordblks;
+    for (int i = 0; i < 10; ++i) loadAndUnload();
+    EXPECT_EQ(entriesOf("/proc/self/fd"), files);
+    EXPECT_EQ(entriesOf("/proc/self/task"), threads);
+    EXPECT_EQ(mallinfo2().uordblks, bytes);
+}
+
+}  // namespace
