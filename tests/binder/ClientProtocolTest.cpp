@@ -178,8 +178,9 @@ TEST(ClientProtocol, defaultImplementation_isReplacedButNeverRemovedNorAsked) {
     };
     static int destroyed = 0;
     EXPECT_FALSE(IMediaCodecLoggerClient::setDefaultImpl(nullptr));
-    EXPECT_TRUE(IMediaCodecLoggerClient::setDefaultImpl(std::make_unique<Default>(&destroyed)));
-    auto second = std::make_unique<Default>(&destroyed);
+    EXPECT_TRUE(IMediaCodecLoggerClient::setDefaultImpl(
+            std::make_unique<AsDefault<Default>>(&destroyed)));
+    auto second = std::make_unique<AsDefault<Default>>(&destroyed);
     const Default* const kept = second.get();
     EXPECT_TRUE(IMediaCodecLoggerClient::setDefaultImpl(std::move(second)));
     EXPECT_EQ(destroyed, 1);

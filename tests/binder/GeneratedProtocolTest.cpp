@@ -235,8 +235,8 @@ TYPED_TEST(GeneratedProtocol, methodThatFails_sendsItsStatusAlone) {
     } kStatuses[] = {
             {binder::Status::fromExceptionCode(binder::Status::EX_ILLEGAL_STATE, String8("no")), OK,
              "fbffffff 02000000 6e006f00 00000000 00000000", "-5 no"},
-            {binder::Status::fromServiceSpecificError(7), OK,
-             "f8ffffff 00000000 00000000 00000000 07000000", "-8 "},
+            {binder::Status::fromExceptionCode(-8), OK,
+             "f8ffffff 00000000 00000000 00000000 00000000", "-8 "},
             {binder::Status::fromStatusT(NO_MEMORY), NO_MEMORY, "", "failed -12"},
             {binder::Status::fromStatusT(UNEXPECTED_NULL), OK, EX_NULL_POINTER_REPLY, "-4 "},
     };
@@ -355,7 +355,7 @@ TYPED_TEST(GeneratedProtocol, serviceThatPredatesACall_isReplacedByTheDefault) {
         EXPECT_THAT(call.call(*old), testing::StartsWith("failed -74")) << call.received;
     }
 
-    auto implementation = std::make_unique<typename TypeParam::FakeService>();
+    auto implementation = std::make_unique<AsDefault<typename TypeParam::FakeService>>();
     typename TypeParam::FakeService* const service = implementation.get();
     ASSERT_TRUE(Service::setDefaultImpl(std::move(implementation)));
 
@@ -371,7 +371,7 @@ TYPED_TEST(GeneratedProtocol, serviceThatPredatesACall_isReplacedByTheDefault) {
     }
 
     using Listener = typename TypeParam::Listener;
-    auto fakeListener = std::make_unique<typename TypeParam::FakeListener>();
+    auto fakeListener = std::make_unique<AsDefault<typename TypeParam::FakeListener>>();
     typename TypeParam::FakeListener* const listener = fakeListener.get();
     ASSERT_TRUE(Listener::setDefaultImpl(std::move(fakeListener)));
     const sp<Listener> oldListener = Listener::asInterface(new CannedPeer(UNKNOWN_TRANSACTION));
@@ -382,21 +382,23 @@ TYPED_TEST(GeneratedProtocol, serviceThatPredatesACall_isReplacedByTheDefault) {
 }
 
 TEST(HandWrittenProtocol, defaultClasses_failEveryCall) {
-    media::IMediaCodecLoggerServiceDefault service;
+    const sp<media::IMediaCodecLoggerService> service = new media::IMediaCodecLoggerServiceDefault;
     for (const auto& call : serviceCalls<ByHand>()) {
-        EXPECT_THAT(call.call(service), testing::StartsWith("failed -74")) << call.received;
+        EXPECT_THAT(call.call(*service), testing::StartsWith("failed -74")) << call.received;
     }
-    media::IMediaCodecLoggerListenerDefault listener;
+    const sp<media::IMediaCodecLoggerListener> listener =
+            new media::IMediaCodecLoggerListenerDefault;
     for (const auto& [code, arguments, received, call] : listenerCalls<ByHand>()) {
-        EXPECT_EQ(textOf(call(listener)), "failed -74") << received;
+        EXPECT_EQ(textOf(call(*listener)), "failed -74") << received;
     }
-    EXPECT_EQ(IInterface::asBinder(&service), nullptr);
+    EXPECT_EQ(IInterface::asBinder(service), nullptr);
 }
 
 TEST(HandWrittenProtocol, laterDefault_replacesTheEarlier) {
     using Listener = media::IMediaCodecLoggerListener;
     for (int i = 0; i < 2; ++i) {
-        auto implementation = std::make_unique<media::IMediaCodecLoggerListenerDefault>();
+        auto implementation =
+                std::make_unique<AsDefault<media::IMediaCodecLoggerListenerDefault>>();
         Listener* const expected = implementation.get();
         EXPECT_TRUE(Listener::setDefaultImpl(std::move(implementation)));
         EXPECT_EQ(Listener::getDefaultImpl().get(), expected);

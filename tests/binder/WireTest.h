@@ -117,6 +117,15 @@ inline Transaction sendRaw(const sp<IBinder>& stub, uint32_t code, const std::st
     return sent;
 }
 
+/** An object for setDefaultImpl(), whose owner deletes it although it counts references. */
+template <typename Implementation>
+struct AsDefault : Implementation {
+    template <typename... Arguments>
+    explicit AsDefault(Arguments... arguments) : Implementation(arguments...) {
+        this->extendObjectLifetime(RefBase::OBJECT_LIFETIME_WEAK);
+    }
+};
+
 /** "-4 no listener" or "-129 DEAD_OBJECT as a number"; "ok". */
 inline std::string textOf(const binder::Status& status) {
     if (status.isOk()) return "ok";
