@@ -1,0 +1,192 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "hostPlatform/libbinder/transport/RuntimeDir.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <optional>
+
+#include "tests/hostPlatform/libbinder/PeerProcess.h"
+#include "tests/support/LogCapture.h"
+
+namespace android::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+using ::testing::ElementsAre;
+using ::testing::UnorderedElementsAre;
+using transport::ObjectAddress;
+using transport::PeerId;
+using transport::RuntimeDir;
+
+class ScopedEnvironment {
+  public:
+    ScopedEnvironment(const char* name, const char* value) : mName(name) {
+        if (const char* const old = getenv(name); old != nullptr) mOld = old;
+        value != nullptr ? setenv(name, value, 1) : unsetenv(name);
+    }
+    ~ScopedEnvironment() { mOld ? setenv(mName, mOld->c_str(), 1) : unsetenv(mName); }
+
+  private:
+    const char* const mName;
+    std::optional<std::string> mOld;
+};
+
+class RuntimeDirTest : public ::testing::Test {
+  protected:
+    RuntimeDirTest() {
+        char path[] = "/tmp/runtime_dir_XXXXXX";
+        mRoot = mkdtemp(path);
+    }
+    ~RuntimeDirTest() override { fs::remove_all(mRoot); }
+
+    static RuntimeDir dirAt(const fs::path& path) {
+        const ScopedEnvironment chosen("HOSTBINDER_DIR", path.c_str());
+        return RuntimeDir();
+    }
+
+    static size_t filesIn(const fs::path& path) {
+        return static_cast<size_t>(
+                std::distance(fs::directory_iterator(path), fs::directory_iterator()));
+    }
+
+    fs::path mRoot;
+    LogCapture mLog;
+};
+
+TEST_F(RuntimeDirTest, theEnvironmentChoosesTheFolder) {
+    const PeerId self = {1, 1};
+    {
+        const ScopedEnvironment none("HOSTBINDER_DIR", nullptr);
+        const ScopedEnvironment runtime("XDG_RUNTIME_DIR", mRoot.c_str());
+        EXPECT_GE(RuntimeDir().listenAs(self).get(), 0);
+        EXPECT_TRUE(fs::exists(mRoot / "hostbinder/peers"));
+    }
+    const fs::path chosen = mRoot / "chosen";
+    EXPECT_GE(dirAt(chosen).listenAs(self).get(), 0);
+    EXPECT_EQ(fs::perms::owner_all, fs::status(chosen).permissions());
+
+    const RuntimeDir off = dirAt("");
+    EXPECT_FALSE(off.isEnabled());
+    EXPECT_LT(off.listenAs(self).get(), 0);
+    EXPECT_FALSE(off.publish("name", {self, 1}));
+    EXPECT_TRUE(off.names().empty());
+}
+
+TEST_F(RuntimeDirTest, aFolderThatOthersCouldChangeIsRefused) {
+    const fs::path open = mRoot / "open";
+    fs::create_directory(open);
+    chmod(open.c_str(), 0750);
+    const fs::path link = mRoot / "link";
+    fs::create_directory(mRoot / "target");
+    chmod((mRoot / "target").c_str(), 0700);
+    fs::create_directory_symlink(mRoot / "target", link);
+    const fs::path file = mRoot / "file";
+    close(creat(file.c_str(), 0700));
+    for (const fs::path& path : {open, link, file, mRoot / "no/parent"}) {
+        EXPECT_LT(dirAt(path).listenAs({1, 1}).get(), 0) << path;
+        EXPECT_FALSE(dirAt(path).publish("name", {{1, 1}, 1})) << path;
+        EXPECT_FALSE(mLog.take().empty()) << path;
+    }
+}
+
+TEST_F(RuntimeDirTest, namesAreFoundReplacedAndWithdrawn) {
+    const RuntimeDir dir = dirAt(mRoot / "dir");
+    const PeerId first = {1, 0xfedcba9876543210};
+    const PeerId second = {2, 5};
+    const base::unique_fd socket = dir.listenAs(first);
+    EXPECT_TRUE(dir.publish("a/b", {first, 7}));
+    EXPECT_TRUE(dir.publish("..", {first, 8}));
+    EXPECT_TRUE(dir.publish("100%41", {second, 9}));
+    EXPECT_THAT(dir.names(), UnorderedElementsAre("a/b", "..", "100%41"));
+    ObjectAddress found;
+    EXPECT_TRUE(dir.find("a/b", &found));
+    EXPECT_EQ(first, found.peer);
+    EXPECT_EQ(7u, found.object);
+    EXPECT_FALSE(dir.find("a", &found));
+
+    EXPECT_TRUE(dir.publish("a/b", {second, 1}));
+    EXPECT_TRUE(dir.find("a/b", &found));
+    EXPECT_EQ(second, found.peer);
+    dir.withdraw(first);
+    EXPECT_THAT(dir.names(), UnorderedElementsAre("a/b", "100%41"));
+    EXPECT_EQ(0u, filesIn(mRoot / "dir/peers"));
+}
+
+TEST_F(RuntimeDirTest, whatCrashesLeftIsSweptAndNothingElse) {
+    const fs::path path = mRoot / "dir";
+    const RuntimeDir dir = dirAt(path);
+    const base::unique_fd alive = dir.listenAs({1, 1});
+    dir.publish("alive", {{1, 1}, 1});
+    dir.listenAs({2, 2}).reset();  // closed, but its file stays
+    dir.publish("dead", {{2, 2}, 1});
+    dir.publish("never", {{3, 3}, 1});
+    close(creat((path / "names/.new").c_str(), 0600));
+    close(creat((path / "names/garbage").c_str(), 0600));
+    close(creat((path / "peers/garbage").c_str(), 0600));
+    close(open((path / "lock").c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0600));
+
+    const base::unique_fd next = dir.listenAs({4, 4});
+    EXPECT_GE(next.get(), 0);
+    EXPECT_THAT(dir.names(), ElementsAre("alive"));
+    EXPECT_EQ(2u, filesIn(path / "peers"));
+    EXPECT_GE(dir.connectTo({1, 1}).get(), 0);
+    EXPECT_LT(dir.connectTo({2, 2}).get(), 0);
+}
+
+TEST_F(RuntimeDirTest, aPathLongerThanASocketAddressWorks) {
+    const fs::path deep = mRoot / std::string(100, 'a') / std::string(100, 'b');
+    fs::create_directories(deep);
+    const RuntimeDir dir = dirAt(deep / "dir");
+    const base::unique_fd socket = dir.listenAs({1, 1});
+    EXPECT_GE(socket.get(), 0);
+    EXPECT_GE(dir.connectTo({1, 1}).get(), 0);
+}
+
+// Only root can act for another user.
+TEST_F(RuntimeDirTest, anotherUserIsRefusedOnBothSides) {
+    if (geteuid() != 0) GTEST_SKIP() << "needs root";
+    constexpr uid_t kNobody = 65534;
+    const fs::path path = mRoot / "dir";
+    const RuntimeDir dir = dirAt(path);
+    const base::unique_fd listener = dir.listenAs({1, 1});
+    for (const fs::path& open : {mRoot, path, path / "peers", path / "peers/1-0000000000000001"}) {
+        chmod(open.c_str(), 0777);  // as no process of ours leaves it
+    }
+    const pid_t pid = fork();
+    if (pid == 0) {
+        if (setuid(kNobody) != 0) _exit(2);
+        const base::unique_fd socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+        sockaddr_un address = {};
+        address.sun_family = AF_UNIX;
+        strncpy(address.sun_path, (path / "peers/1-0000000000000001").c_str(),
+                sizeof(address.sun_path) - 1);
+        if (connect(socket.get(), reinterpret_cast<sockaddr*>(&address), sizeof(address)) != 0) {
+            _exit(3);
+        }
+        ucred credentials;
+        // The listener is root's.
+        _exit(transport::readPeerCredentials(socket.get(), &credentials) ? 4 : 0);
+    }
+    int status = -1;
+    waitpid(pid, &status, 0);
+    EXPECT_EQ(0, status);
+    pollfd ready = {listener.get(), POLLIN, 0};
+    ASSERT_EQ(1, poll(&ready, 1, 5000));
+    const base::unique_fd accepted(accept4(listener.get(), nullptr, nullptr, SOCK_CLOEXEC));
+    ucred credentials;
+    EXPECT_FALSE(transport::readPeerCredentials(accepted.get(), &credentials));
+    EXPECT_EQ(kNobody, credentials.uid);
+}
+
+}  // namespace
+}  // namespace android::test
