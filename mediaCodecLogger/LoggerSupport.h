@@ -69,29 +69,20 @@ class MetricKey {
     char mText[kMaxLength + 1];
 };
 
-/** Holds the format lock for reading as long as it lives. */
-class ReadLock {
+/** Holds a reader-writer lock, taken by `acquire`, as long as it lives. */
+template <int (*acquire)(pthread_rwlock_t*)>
+class ScopedRwLock {
   public:
-    explicit ReadLock(pthread_rwlock_t& lock) : mLock(lock) { pthread_rwlock_rdlock(&mLock); }
-    ~ReadLock() { pthread_rwlock_unlock(&mLock); }
-    ReadLock(const ReadLock&) = delete;
-    ReadLock& operator=(const ReadLock&) = delete;
+    explicit ScopedRwLock(pthread_rwlock_t& lock) : mLock(lock) { acquire(&mLock); }
+    ~ScopedRwLock() { pthread_rwlock_unlock(&mLock); }
+    ScopedRwLock(const ScopedRwLock&) = delete;
+    ScopedRwLock& operator=(const ScopedRwLock&) = delete;
 
   private:
     pthread_rwlock_t& mLock;
 };
-
-/** Holds the format lock for writing as long as it lives. */
-class WriteLock {
-  public:
-    explicit WriteLock(pthread_rwlock_t& lock) : mLock(lock) { pthread_rwlock_wrlock(&mLock); }
-    ~WriteLock() { pthread_rwlock_unlock(&mLock); }
-    WriteLock(const WriteLock&) = delete;
-    WriteLock& operator=(const WriteLock&) = delete;
-
-  private:
-    pthread_rwlock_t& mLock;
-};
+using ReadLock = ScopedRwLock<pthread_rwlock_rdlock>;
+using WriteLock = ScopedRwLock<pthread_rwlock_wrlock>;
 
 /**
  * Ends the process through the platform's fatal log unless `ok`. `line` and `condition` are what

@@ -37,11 +37,12 @@ enum ResolutionType { RES_SD = 0, RES_HD, RES_FHD, RES_UHD, MAX_RES_TYPES };
  * frame rendered since; repeated timestamps and dropped frames mean nothing while it lasts;
  * - now: CLOCK_MONOTONIC in milliseconds. A stamp of 0 means "not yet".
  *
- * Threads: the logger owns none. Event operations come from the codec's threads and take no lock,
- * but must not run while configure() or logMetrics() does; getStatus() and the format getters may
- * be called from any thread at any time. Scalars are relaxed atomics, so a query may see a stale
- * value and an update that collides with another may be lost. Nothing is called out of the process
- * with a lock held. With the frame analytics off, no event of a frame allocates or takes a lock.
+ * Threads: the logger owns none. Event operations come from the codec's threads, several at once,
+ * but not while configure() or logMetrics() runs; getStatus() and the format getters may be called
+ * from any thread at any time. Only format changes and the format getters take the logger's lock;
+ * no lock is held over a call to the service. Scalars are relaxed atomics, so a query may see a
+ * stale value and of two colliding updates one may be lost. With the frame analytics off, a frame
+ * in steady playback costs no allocation, no lock and three clock reads.
  *
  * Faults are logged and ignored; only a broken precondition, named where it applies, ends the
  * process.

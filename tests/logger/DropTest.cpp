@@ -110,6 +110,9 @@ TEST_F(DropTest, drops_countForLoggedDecodersOnly) {
         logger->updateFrameDropCounters();
         EXPECT_EQ(dropped(), "0\n");
     }
+    configure(kCases[0]);
+    frame(0);
+    EXPECT_THAT(loggedWith("Got First Frame Render"), IsEmpty());
 }
 
 TEST_F(DropTest, aFlush_discardsAYoungRun) {
@@ -120,8 +123,10 @@ TEST_F(DropTest, aFlush_discardsAYoungRun) {
     } kCases[] = {{CodecSetup(), 299, "0\n"}, {CodecSetup(), 300, "8\n"}};
     for (const auto& c : kCases) {
         settle(c.setup);
-        drop(8);
-        after(c.ageMs);
+        drop(4);
+        after(150);
+        drop(4);
+        after(c.ageMs - 150);
         logger->updateMetricsForFlush();
         EXPECT_EQ(dropped(), c.total);
         EXPECT_THAT(loggedWith("Dropped"), SizeIs(c.ageMs == 299 ? 1 : 0));

@@ -170,8 +170,14 @@ TEST_F(FormatTest, aChange_closesTheSegmentAtTheOldClass) {
     play(20, 100000);
     changeFormat(4096, 800);
     play(30, 100000);
+    changeFormat(3840, 2160);
+    // A segment that ends before it began adds nothing, and the next starts where it ended: 3 + 2
+    // s.
+    output(-2000000);
+    changeFormat(3840, 2160);
+    output(0);
     EXPECT_THAT(report(), testing::HasSubstr(":videoResolution.SD=1000:videoResolution.HD=6000:"
-                                             "videoResolution.FHD=2000:videoResolution.UHD=3000:"));
+                                             "videoResolution.FHD=2000:videoResolution.UHD=5000:"));
 }
 
 TEST_F(FormatTest, anEncodersChange_isIgnored) {
@@ -211,6 +217,10 @@ TEST_F(FormatTest, displayDrops_areRenderedButNotShown) {
     // The total grows by each report.
     vendor("HWCRenderFrameCount=90;");
     EXPECT_THAT(status(), testing::HasSubstr("FramesDropped: 20\n"));
+    // The display's share is that of the last one.
+    for (const long pts : {5000000, 10000000}) output(pts);
+    EXPECT_THAT(report(), testing::HasSubstr(":DisplayFramesDropped=10:MediaCodecFramesDropped=10:"
+                                             "TotalFramesDropped=20:"));
 
     settle(kTunneled);
     vendor("HWCRenderFrameCount=90;TunnelFrameDropCount=7");

@@ -44,6 +44,10 @@ TEST_F(LoggerTest, theFramerate_isTheSpreadOf240Timestamps) {
     EXPECT_EQ(framerate(), "0.000");
     input(238 * 33333);
     EXPECT_EQ(framerate(), "30.000");
+    // The first one sets only the minimum, so that here 238 steps remain.
+    input(239 * 33333);
+    for (long i = 0; i < 239; ++i) input(i * 33333);
+    EXPECT_EQ(framerate(), "30.126");
     for (long i = 0; i < 240; ++i) input(i * 16667);
     EXPECT_EQ(framerate(), "59.999");
     for (long i = 0; i < 240; ++i) input(0);

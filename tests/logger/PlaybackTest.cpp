@@ -38,27 +38,30 @@ TEST_F(LoggerTest, jumpsBackOrFarAhead_areSeeks) {
     }
 }
 
-TEST_F(LoggerTest, playbackTime_sumsTheSegmentsOfTheKind) {
+TEST_F(LoggerTest, playback_isTheSumOfItsSegments) {
     const struct {
         CodecSetup setup;
-        const char* played;
+        const char* summary;
     } kCases[] = {
-            // 66 ms up to the seek, 10 s after it.
-            {{}, ":videoResolution.SD=10066"},
-            {kAudio, ":TotalAudioPlaybackTimeMs=10066"},
-            {{"c2.v", "text/x"}, nullptr},
+            // 66 ms before the flush, 10 s up to the seek and 2 s after it.
+            {{}, PKG ".HW.c2.video.avc:videoResolution.SD=12066:BRISK-P5Ms=0:"},
+            {kAudio, PKG ".VND.c2.audio.mp4a:TotalAudioPlaybackTimeMs=12066"},
+            {{"c2.v", "text/x"}, PKG ".VND.c2.unknown.x"},
     };
     for (const auto& c : kCases) {
         configure(c.setup);
+        // What comes before the first frame is not played.
+        output(-7);
+        logger->updateMetricsForFlush();
         frame(0);
-        for (const long pts : {33333, 66666, 10000000, 15000000, 20000000}) output(pts);
-        const std::string summary = report();
-        if (c.played != nullptr) {
-            EXPECT_THAT(summary, testing::HasSubstr(c.played));
-        } else {
-            EXPECT_EQ(summary, PKG ".VND.c2.unknown.x");
-        }
+        for (const long pts : {33333, 66666}) output(pts);
+        logger->updateMetricsForFlush();
+        for (const long pts : {10000000, 15000000, 20000000, 5000000, 7000000}) output(pts);
+        EXPECT_THAT(report(), testing::StartsWith(c.summary));
     }
+    // Frames that continue a segment: 2, 2 and 1 in 12066 ms.
+    EXPECT_THAT(loggedWith("StreamAvgFramerate"),
+                ElementsAre("I " PID ".HW.c2.video.avc.StreamAvgFramerate = 0.414"));
 }
 
 TEST_F(LoggerTest, theEndOfTheStream_changesNothing) {
@@ -89,15 +92,25 @@ TEST_F(LoggerTest, theFirstFrame_isReadyOnceAfterTheFirstInput) {
                             "I [BRISK] HW.c2.video.avc Got First Frame Ready 1050(30)"));
 }
 
-TEST_F(LoggerTest, repeatsCount_fromHalfASecondAfterTheFirstRender) {
-    for (const int settlingMs : {500, 501}) {
-        configure();
-        frame(0);
-        after(settlingMs);
+TEST_F(LoggerTest, repeatsCount_from501MsAfterTheFirstRender) {
+    // With logging off, the release of the buffer does not count as the render.
+    const struct {
+        bool logging;
+        int waitMs;
+        int repeats;
+    } kCases[] = {{true, 400, 0}, {true, 401, 2}, {false, 500, 0}, {false, 501, 2}};
+    for (const auto& c : kCases) {
+        SCOPED_TRACE(c.waitMs);
+        configure({"c2.v", "video/avc", 0, true, c.logging});
+        input(0);
         output(0);
-        EXPECT_THAT(loggedWith("Output"), SizeIs(settlingMs == 501 ? 1 : 0)) << settlingMs;
+        logger->updateFrameDropCounters(0, true);
+        after(100);
+        logger->resetConsecutiveFrameDropFlag(-1, 0, false, 1);
+        after(c.waitMs);
         output(0);
-        EXPECT_THAT(loggedWith("Output"), SizeIs(settlingMs == 501 ? 1 : 0)) << settlingMs;
+        output(0);
+        EXPECT_THAT(loggedWith("Output"), SizeIs(c.repeats));
     }
 }
 

@@ -2,6 +2,8 @@
 // Whole sessions: events in; every line, every record and the summary out.
 #include <math.h>
 
+#include <regex>
+
 #include "LoggerTest.h"
 
 namespace android::test {
@@ -59,7 +61,7 @@ TEST_F(SessionTest, video60fpsWithDrops) {
     // Of 361 rendered frames.
     vendor("CodecNonFatalErrorCount=2;HWCRenderFrameCount=357;MaxConsecutiveFramesDropped=4;");
     logger->profileMCStopBegin();
-    after(600);
+    after(501);
     logger->profileMCStopEnd();
     const std::string summary = report();
     // Bitrate: 299 inputs of 1000 bytes in 5006 ms. Played: 380 x 16.667 ms.
@@ -78,7 +80,7 @@ I 99999999.HW.c2.video.avc Resolution change from 0x0 to 1920x1080 took = 16
 I W.mcfd17.99999999.HW.c2.video.avc Dropped 20 frames
 I W.mcfd17.99999999.HW.c2.video.avc.bitrateInKbps = 477
 I 4 frames were dropped in SurfaceFlinger or HWC.
-I MC Stop Time(start: 7413, stop:8013 :600 <profileMCStopEnd 1462>
+I MC Stop Time(start: 7413, stop:7914 :501 <profileMCStopEnd 1462>
 
 I 99999999.HW.c2.video.avc.TotalVideoPlaybackTimeMs = 6333
 I 99999999.HW.c2.video.avc.StreamAvgFramerate = 60.003
@@ -95,7 +97,7 @@ I 99999999.HW.c2.video.avc.BRISK-P5Ms = 40
 I 99999999.HW.c2.video.avc.BRISK-P2Ms = 5
 I 99999999.HW.c2.video.avc.BRISK-P3Ms = 15
 I 99999999.HW.c2.video.avc.FirstFrameReadyMs = 30
-I 99999999.HW.c2.video.avc.TotalMediaCodecStopTimeMs = 600
+I 99999999.HW.c2.video.avc.TotalMediaCodecStopTimeMs = 501
 I 99999999.HW.c2.video.avc.CodecNonFatalErrorCount = 2
 I 99999999.HW.c2.video.avc.StreamAvgBitrateInKbps = 477
 )");
@@ -124,7 +126,7 @@ jn5x/2/02330410 AvgBitrate 477 kbps [HW_avc] media=video 1
               "TenConsecutiveFramesDropped=1:DisplayFramesDropped=4:"
               "MediaCodecFramesDropped=20:TotalFramesDropped=24:"
               "MaxConsecutiveFramesDropped=17:BRISK-P5Ms=40:BRISK-P2Ms=5:BRISK-P3Ms=15:"
-              "FirstFrameReadyMs=30:TotalMediaCodecStopTimeMs=600:CodecNonFatalErrorCount=2:"
+              "FirstFrameReadyMs=30:TotalMediaCodecStopTimeMs=501:CodecNonFatalErrorCount=2:"
               "StreamAvgBitrateInKbps=477");
     EXPECT_EQ(join(service->take()),
               "registerClient(client)\ngetOldestAudioClientCodec()\n"
@@ -384,6 +386,9 @@ I 99999999.HW.c2.video.avc..DecoderErrorFatal = 1
     vendor("CodecNonFatalErrorCount=2;");
     const int64_t configuredMs = clock.nowMs();
     configure();
+    logger->profileMCStopBegin();
+    after(500);
+    logger->profileMCStopEnd();
     log.take();
     logger->uploadDecoderError(2);
     logger->uploadDecoderError(2);
@@ -397,6 +402,74 @@ I 99999999.HW.c2.video.avc..DecoderErrorFatal = 1
 I 99999999.HW.c2.video.avc.DecoderErrorRecov = 1
 )");
     EXPECT_EQ(join(sent()), "68pc/2/03330470 .DecoderErrorFatal 1 errors [HW_avc] media=video 1\n");
+}
+
+// All that sessions can leave behind: rates, whole and half measured, repeats, drops in an open
+// run, errors, a stop, a pending format change and a settling that lasts. Then the same story
+// twice, by this logger and by a new one.
+TEST_F(SessionTest, aReconfiguredLogger_isLikeANewOne) {
+    const auto service = registerService();
+    const auto story = [&] {
+        configure();
+        logger->profileP2End();
+        std::string told = status() + logger->getFramerate().c_str() +
+                           std::to_string(service->client()->getBufferCountSinceLastFlush());
+        drop(2);
+        input(0);
+        output(0);
+        output(0);
+        logger->updateFrameDropCounters(0, true);
+        after(501);
+        output(1000000);
+        changeFormat(1280, 720);
+        output(5000000);
+        render(5000000);
+        for (int i = 0; i < 239; ++i) input(i * 20000);
+        after(5001);
+        input(240 * 20000);
+        output(10000000);
+        // As many as were rendered.
+        vendor("HWCRenderFrameCount=2;");
+        render(10000000);
+        told += report();
+        told += join(logged());
+        told += join(sent());
+        return std::regex_replace(told, std::regex("for [0-9]+, probably.*|Got zephra.*"), "");
+    };
+    settle({"c2.v", "video/avc", 0, true, true});
+    secure = true;
+    for (int i = 0; i < 245; ++i) input(i * 10000);
+    after(6000);
+    for (int i = 0; i < 13; ++i) input(33333 + i / 2);
+    for (int i = 0; i < 15; ++i) output(33333);
+    changeFormat(1920, 1080);
+    drop(25);
+    render(0);
+    logger->profileP3End();
+    logger->profileMCStopEnd();
+    output(9000000);
+    logger->uploadDecoderError(0);
+    logger->uploadDecoderError(0);
+    // The report was the end of a session; this is the rest.
+    input(33333);
+    after(100);
+    changeFormat(1920, 1080);
+    render(0);
+    render(0);
+    vendor("HWCRenderFrameCount=1;CodecNonFatalErrorCount=3");
+    drop(4);
+    output(60000000);
+    output(60000001);
+    after(501);
+    secure = false;
+    log.take();
+    sent();
+
+    const int64_t start = clock.nowMs();
+    const std::string again = story();
+    after(start - clock.nowMs());
+    create();
+    EXPECT_EQ(again, story());
 }
 
 TEST_F(SessionTest, ratesAndTimes_haveClasses) {
