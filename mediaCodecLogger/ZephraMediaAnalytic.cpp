@@ -100,8 +100,20 @@ sp<FrameTracker> ZephraMediaAnalytic::lookUp(const sp<CodecBase>& codec) {
 }
 
 sp<FrameTracker> ZephraMediaAnalytic::lookUp_l(const sp<CodecBase>& codec) const {
-    const ssize_t index = mTrackers.indexOfKey(codec);
-    return index < 0 ? nullptr : mTrackers.valueAt(index);
+    // Instead of indexOfKey(), which takes and drops a reference to the codec to compare its key.
+    size_t low = 0;
+    size_t high = mTrackers.size();
+    while (low < high) {
+        const size_t middle = (low + high) / 2;
+        const sp<CodecBase>& key = mTrackers.keyAt(middle);
+        if (key == codec) return mTrackers.valueAt(middle);
+        if (key < codec) {
+            low = middle + 1;
+        } else {
+            high = middle;
+        }
+    }
+    return nullptr;
 }
 
 sp<FrameTracker> ZephraMediaAnalytic::trackerOf(const sp<CodecBase>& codec) {
