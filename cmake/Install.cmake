@@ -22,7 +22,6 @@ endforeach()
 foreach(program codecplay codecloggerd codecloggerctl codecreport)
     if(TARGET ${program})
         set(folder ${CMAKE_SOURCE_DIR}/tools/${program})
-        install(TARGETS ${program} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
         install(FILES ${folder}/${program}.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
         install(FILES ${folder}/completion.bash RENAME ${program}
             DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
@@ -31,7 +30,7 @@ foreach(program codecplay codecloggerd codecloggerctl codecreport)
     endif()
 endforeach()
 
-install(FILES README.md LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY docs examples DESTINATION ${CMAKE_INSTALL_DOCDIR})
 
 install(EXPORT mediacodeclogger NAMESPACE mediacodeclogger:: FILE mediacodecloggerTargets.cmake
@@ -49,6 +48,7 @@ list(TRANSFORM hostLibraries PREPEND -l OUTPUT_VARIABLE MCL_HOST_LIBS)
 list(JOIN MCL_HOST_LIBS " " MCL_HOST_LIBS)
 # Relative to the file, as the tree can be moved.
 file(RELATIVE_PATH pc2prefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+string(REGEX REPLACE "/$" "" pc2prefix ${pc2prefix})
 set(MCL_PC_PREFIX "\${pcfiledir}/${pc2prefix}")
 configure_file(cmake/mediacodeclogger.pc.in ${CMAKE_BINARY_DIR}/mediacodeclogger.pc @ONLY)
 install(FILES ${CMAKE_BINARY_DIR}/mediacodeclogger.pc

@@ -8,6 +8,7 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <media/stagefright/CodecBase.h>
 #include <media/stagefright/foundation/AMessage.h>
 #include <mediaCodecLogger/MediaCodecLogger.h>
 
