@@ -86,8 +86,8 @@ const Lines kDequeue = {
 };
 const Lines kQueueBuffer = {info("queueBuffer rendertime:10020000000, mediatime:1000 size:1")};
 
-Lines dumpOpened(DumpFolder& folder, const char* what) {
-    return {info("fopen " + folder.path(what))};
+Lines dumpOpened(const char* what) {
+    return {info("fopen " + DumpFolder::path(what))};
 }
 
 TEST_F(DebugBitsTest, ofAnOmxVideoDecoder) {
@@ -101,7 +101,7 @@ TEST_F(DebugBitsTest, ofAnOmxVideoDecoder) {
             "omx Frame:1 AL: App Latency: time spent by frame after it is ready in MediaCodec but "
             "before app handles it ";
     const Lines counts = {info("omx input:0 output:0 minUndequeue:0 video:1 decoder:1")};
-    Lines output = dumpOpened(folder, "output_video");
+    Lines output = dumpOpened("output_video");
     output.push_back(info("write output size:4"));
     LinesOfBits expected = {
             {0x1,
@@ -114,8 +114,8 @@ TEST_F(DebugBitsTest, ofAnOmxVideoDecoder) {
             {0x8, kDequeue},
             {0x20, kQueueBuffer},
             {0x40, {info("S:0 v:1 t:1000")}},
-            {0x80, dumpOpened(folder, "input_video")},
-            {0x100, dumpOpened(folder, "decrypted_1")},
+            {0x80, dumpOpened("input_video")},
+            {0x100, dumpOpened("decrypted_1")},
             {0x200, output},
             {0x400,
              {info("omx Frame:1 Decrypt cost:2 ts:1000 size:1000"),
@@ -154,7 +154,7 @@ TEST_F(DebugBitsTest, ofACodec2VideoDecoder) {
 
 TEST_F(DebugBitsTest, ofAVideoEncoder) {
     // Nothing stamps its record but the render, so that the stages show the initial values.
-    Lines output = dumpOpened(folder, "output_video");
+    Lines output = dumpOpened("output_video");
     output.push_back(info("write output size:4"));
     LinesOfBits expected = {
             {0x1,
@@ -165,8 +165,8 @@ TEST_F(DebugBitsTest, ofAVideoEncoder) {
             {0x8, kDequeue},
             {0x20, kQueueBuffer},
             {0x40, {info("S:0 v:1 t:1000")}},
-            {0x80, dumpOpened(folder, "input_video")},
-            {0x100, dumpOpened(folder, "decrypted_1")},
+            {0x80, dumpOpened("input_video")},
+            {0x100, dumpOpened("decrypted_1")},
             {0x200, output},
             {0x400,
              {kSlowSurface[0], kSlowSurface[1],
@@ -197,9 +197,9 @@ TEST_F(DebugBitsTest, ofCodecsWithoutRecords) {
                        info(name + " Omx ETB:1000 size:1000 c:3 tsS:0 flag:0")});
         also(0x20000, {info(name + " OMX FBD mediaTs:1000 f:0 s:5000"), info(name + " FBD:1000")});
         also(0x40000, {info("S:0 v:0 t:1000")});
-        also(0x80000, dumpOpened(folder, "input_audio"));
-        also(0x100000, dumpOpened(folder, "decrypted_0"));
-        also(0x200000, dumpOpened(folder, "output_audio"));
+        also(0x80000, dumpOpened("input_audio"));
+        also(0x100000, dumpOpened("decrypted_0"));
+        also(0x200000, dumpOpened("output_audio"));
         also(0x200000, {info("write output size:4")});
         check(kind, expected);
     }

@@ -2,21 +2,21 @@
 #pragma once
 
 #include <fcntl.h>
-#include <stdio.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
-#include <vector>
 
 namespace android::test {
 
 /**
- * The folder that dumps go to, made if it can be and removed again if it was made; cases that run
- * at the same time use it in turn. Without the right to make it, exists() is false.
+ * The folder that dumps go to, made if it can be and removed again if it was made, this process's
+ * dumps in any case; cases that run at the same time use it in turn. Without the right to make it,
+ * exists() is false.
  */
 class DumpFolder {
   public:
@@ -27,7 +27,13 @@ class DumpFolder {
         mMade[1] = mkdir("/data/tmp", 0755) == 0;
     }
     ~DumpFolder() {
-        for (const std::string& path : mPaths) remove(path.c_str());
+        const std::string ours = "_" + std::to_string(getpid()) + "_";
+        std::error_code error;
+        for (const auto& file : std::filesystem::directory_iterator("/data/tmp", error)) {
+            if (file.path().string().find(ours) != std::string::npos) {
+                std::filesystem::remove(file, error);
+            }
+        }
         if (mMade[1]) rmdir("/data/tmp");
         if (mMade[0]) rmdir("/data");
         close(mLock);
@@ -37,11 +43,10 @@ class DumpFolder {
 
     bool exists() const { return access("/data/tmp", W_OK) == 0; }
 
-    /** The dump of this thread, for example "input_video"; removed at the end. */
-    std::string path(const std::string& what) {
-        mPaths.push_back("/data/tmp/dump" + what + "_" + std::to_string(getpid()) + "_" +
-                         std::to_string(gettid()) + ".raw");
-        return mPaths.back();
+    /** The dump of this thread, for example of "input_video". */
+    static std::string path(const std::string& what) {
+        return "/data/tmp/dump" + what + "_" + std::to_string(getpid()) + "_" +
+               std::to_string(gettid()) + ".raw";
     }
 
     static std::string content(const std::string& path) {
@@ -52,7 +57,6 @@ class DumpFolder {
   private:
     int mLock;
     bool mMade[2];
-    std::vector<std::string> mPaths;
 };
 
 }  // namespace android::test
