@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Analysis.h"
+
+#include <stdio.h>
+
+#include "LineReader.h"
+#include "LogcatParser.h"
+
+namespace android::codecreport {
+
+namespace {
+
+constexpr uint64_t kProgressLines = 200'000;
+
+void showProgress(const std::string& file, const LineReader& reader, uint64_t lines) {
+    const double mb = reader.bytesRead() / 1e6;
+    if (reader.bytesTotal() > 0) {
+        fprintf(stderr, "\r%s: %3.0f %%, %.0f MB, %llu lines\033[K", file.c_str(),
+                100.0 * reader.bytesRead() / reader.bytesTotal(), mb,
+                static_cast<unsigned long long>(lines));
+    } else {
+        fprintf(stderr, "\r%s: %.0f MB, %llu lines\033[K", file.c_str(), mb,
+                static_cast<unsigned long long>(lines));
+    }
+}
+
+bool readLog(const std::string& file, SessionBuilder* builder, bool progress, Analysis* analysis) {
+    LineReader reader;
+    if (!reader.open(file)) {
+        analysis->problems.push_back(file + ": " + reader.error());
+        return false;
+    }
+    LogcatParser parser(reader.referenceSeconds());
+    ReadStats& stats = builder->stats();
+    std::string_view text;
+    while (reader.next(&text)) {
+        ++stats.lines;
+        stats.bytes += text.size() + 1;
+        LogLine line;
+        switch (parser.parse(text, &line)) {
+            case LogcatParser::Result::MESSAGE:
+                builder->onLine(line);
+                break;
+            case LogcatParser::Result::NOT_A_LOG_LINE:
+                ++stats.notLogLines;
+                break;
+            case LogcatParser::Result::FRAME:
+                break;
+        }
+        if (progress && stats.lines % kProgressLines == 0) showProgress(file, reader, stats.lines);
+    }
+    if (progress) fprintf(stderr, "\r\033[K");
+    if (!reader.error().empty()) {
+        analysis->problems.push_back(file + ": ends early: " + reader.error());
+    }
+    for (size_t i = 0; i < parser.counts().size(); ++i) analysis->formats[i] += parser.counts()[i];
+    return true;
+}
+
+}  // namespace
+
+bool readLogs(const Reference& reference, const std::vector<std::string>& files,
+              SessionObserver* observer, bool progress, Analysis* analysis) {
+    SessionBuilder builder(reference, observer);
+    bool allOpened = true;
+    for (const std::string& file : files) {
+        analysis->files.push_back(file);
+        allOpened &= readLog(file, &builder, progress, analysis);
+    }
+    analysis->sessions = builder.finish();
+    analysis->stats = builder.stats();
+    analysis->clockJumps = builder.clock().jumps();
+    analysis->reboots = builder.clock().reboots();
+    analysis->hasMonotonicClock = builder.clock().isAnchored();
+    return allOpened;
+}
+
+bool readMetrics(const std::string& file, Analysis* analysis) {
+    LineReader reader;
+    if (!reader.open(file)) {
+        analysis->problems.push_back(file + ": " + reader.error());
+        return false;
+    }
+    std::string_view text;
+    while (reader.next(&text)) analysis->metrics.onLine(text);
+    if (!reader.error().empty()) {
+        analysis->problems.push_back(file + ": ends early: " + reader.error());
+    }
+    return true;
+}
+
+}  // namespace android::codecreport

@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <array>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "LogLine.h"
+#include "MetricsReader.h"
+#include "Reference.h"
+#include "Session.h"
+#include "SessionBuilder.h"
+#include "SessionObserver.h"
+
+namespace android::codecreport {
+
+/** Everything that was read, ready to be shown. */
+struct Analysis {
+    std::vector<std::string> files;
+    ReadStats stats;
+    std::array<uint64_t, static_cast<size_t>(LogFormat::COUNT)> formats{};
+    uint64_t clockJumps = 0;
+    uint64_t reboots = 0;
+    bool hasMonotonicClock = false;
+    std::vector<std::unique_ptr<Session>> sessions;
+    MetricsReader metrics;
+    /** Inputs that could not be opened or ended early, in words. */
+    std::vector<std::string> problems;
+};
+
+/**
+ * Reads logs one after the other, "-" being standard input.
+ *
+ * @param observer may be null
+ * @param progress writes a line of progress to standard error
+ * @return false if one of the inputs could not be opened
+ */
+bool readLogs(const Reference& reference, const std::vector<std::string>& files,
+              SessionObserver* observer, bool progress, Analysis* analysis);
+bool readMetrics(const std::string& file, Analysis* analysis);
+
+}  // namespace android::codecreport

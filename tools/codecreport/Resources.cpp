@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Resources.h"
+
+// The assembler reads the files; CMake gives their folders and rebuilds this source when they
+// change.
+#define RESOURCE(name, file)                                                         \
+    asm(".section .rodata\n"                                                         \
+        ".balign 8\n"                                                                \
+        ".global codecreport_" #name                                                 \
+        "\n"                                                                         \
+        "codecreport_" #name                                                         \
+        ":\n"                                                                        \
+        ".incbin \"" file                                                            \
+        "\"\n"                                                                       \
+        ".global codecreport_" #name                                                 \
+        "_end\n"                                                                     \
+        "codecreport_" #name                                                         \
+        "_end:\n"                                                                    \
+        ".byte 0\n"                                                                  \
+        ".previous\n");                                                              \
+    extern "C" const char codecreport_##name[];                                      \
+    extern "C" const char codecreport_##name##_end[];                                \
+    namespace android::codecreport::resources {                                      \
+    std::string_view name() {                                                        \
+        return {codecreport_##name,                                                  \
+                static_cast<size_t>(codecreport_##name##_end - codecreport_##name)}; \
+    }                                                                                \
+    }
+
+RESOURCE(analyticsLines, "reference/analytics-lines.json")
+RESOURCE(fields, "reference/fields.json")
+RESOURCE(loggerLines, "reference/logger-lines.json")
+RESOURCE(metrics, "reference/metrics.json")
+RESOURCE(reportJson, "reference/report-json.json")
+RESOURCE(reportKeys, "reference/report-keys.json")
+RESOURCE(serviceLines, "reference/service-lines.json")
+RESOURCE(settings, "reference/settings.json")
+
+RESOURCE(pageHtml, "page/page.html")
+RESOURCE(pageCss, "page/page.css")
+RESOURCE(pageJs, "page/page.js")
+RESOURCE(plotsJs, "page/plots.js")
+RESOURCE(plotCss, "uplot/dist/uPlot.min.css")
+RESOURCE(plotJs, "uplot/dist/uPlot.iife.min.js")
+RESOURCE(plotLicense, "uplot/LICENSE")

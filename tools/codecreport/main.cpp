@@ -1,0 +1,190 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <errno.h>
+#include <stdio.h>
+#include <string.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <memory>
+
+#include "Analysis.h"
+#include "Compare.h"
+#include "Explain.h"
+#include "HtmlPage.h"
+#include "JsonReport.h"
+#include "Options.h"
+#include "Reference.h"
+#include "TraceWriter.h"
+
+namespace android::codecreport {
+
+namespace {
+
+enum ExitCode { OK = 0, BAD_INPUT = 1, USAGE = 2, PAST_THRESHOLD = 3, BAD_OUTPUT = 4 };
+
+void say(const std::string& text) {
+    fprintf(stderr, "codecreport: %s\n", text.c_str());
+}
+
+bool writeFile(const std::string& path, const std::string& text) {
+    FILE* file = path == "-" ? stdout : fopen(path.c_str(), "we");
+    bool ok = file != nullptr && fwrite(text.data(), 1, text.size(), file) == text.size();
+    if (file != nullptr) ok &= (file == stdout ? fflush(file) : fclose(file)) == 0;
+    if (!ok) say(path + ": " + strerror(errno));
+    return ok;
+}
+
+/** What was read and what was not understood, for people. */
+void summarise(const Analysis& analysis) {
+    using ULL = unsigned long long;
+    const ReadStats& stats = analysis.stats;
+    fprintf(stderr, "%llu lines, %llu of the library, %zu sessions\n",
+            static_cast<ULL>(stats.lines), static_cast<ULL>(stats.understood),
+            analysis.sessions.size());
+    const std::pair<uint64_t, const char*> odd[] = {
+            {stats.cutOff, "lines of the library are cut off"},
+            {stats.unknown, "lines carry the library's tag and are not understood"},
+            {stats.unattributed, "lines belong to no session of the log"},
+            {stats.notLogLines, "lines are no log lines"},
+            {analysis.clockJumps, "jumps of the log's clock were evened out"},
+            {analysis.reboots, "reboots"},
+            {stats.sessionsLeftOut, "sessions more than are kept"},
+            {analysis.metrics.notUnderstood(), "metrics records are not understood"},
+    };
+    for (const auto& [count, text] : odd) {
+        if (count > 0) fprintf(stderr, "  %llu %s\n", static_cast<ULL>(count), text);
+    }
+}
+
+int report(const Options& options) {
+    const Reference reference;
+    std::unique_ptr<TraceWriter> trace;
+    if (!options.trace.empty()) {
+        trace = std::make_unique<TraceWriter>();
+        if (!trace->open(options.trace)) {
+            say(options.trace + ": " + strerror(errno));
+            return BAD_OUTPUT;
+        }
+    }
+    Analysis analysis;
+    const bool progress = !options.quiet && isatty(STDERR_FILENO);
+    bool ok = readLogs(reference, options.arguments, trace.get(), progress, &analysis);
+    if (!options.metrics.empty()) ok &= readMetrics(options.metrics, &analysis);
+    for (const std::string& problem : analysis.problems) say(problem);
+    bool written = trace == nullptr || trace->close();
+    if (!written) say(options.trace + ": cannot be written");
+    if (!ok) return BAD_INPUT;
+
+    const nlohmann::ordered_json json = toJson(analysis);
+    if (!options.json.empty()) written &= writeFile(options.json, dump(json, true) + "\n");
+    if (!options.page.empty()) written &= writeFile(options.page, htmlPage(json, reference));
+    if (!options.quiet) summarise(analysis);
+    return written ? OK : BAD_OUTPUT;
+}
+
+/** The file's text if it begins as JSON does. */
+std::string jsonText(const std::string& path) {
+    std::string text;
+    struct stat status = {};
+    // A pipe can be read once only, and is a log.
+    if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return text;
+    FILE* file = fopen(path.c_str(), "re");
+    if (file == nullptr) return text;
+    const int first = getc(file);
+    if (first == '{') {
+        text.push_back('{');
+        char block[65536];
+        for (size_t size; (size = fread(block, 1, sizeof(block), file)) > 0;) {
+            text.append(block, size);
+        }
+    }
+    fclose(file);
+    return text;
+}
+
+/** A report that was written as JSON, or one made of a log. */
+bool load(const Reference& reference, const std::string& path, nlohmann::ordered_json* json) {
+    const std::string text = jsonText(path);
+    if (!text.empty()) {
+        *json = nlohmann::ordered_json::parse(text, nullptr, false);
+        const auto version = json->is_object() ? json->find("schema_version") : json->end();
+        if (json->is_object() && version != json->end() && *version == kSchemaVersion) return true;
+        say(path + ": no report of this version");
+        return false;
+    }
+    Analysis analysis;
+    const bool ok = readLogs(reference, {path}, nullptr, false, &analysis);
+    for (const std::string& problem : analysis.problems) say(problem);
+    *json = toJson(analysis);
+    return ok;
+}
+
+int compareReports(const Options& options) {
+    const Reference reference;
+    nlohmann::ordered_json base;
+    nlohmann::ordered_json now;
+    if (!load(reference, options.arguments[0], &base)) return BAD_INPUT;
+    if (!load(reference, options.arguments[1], &now)) return BAD_INPUT;
+    const CompareResult result = compare(base, now, options.thresholds);
+    if (result.pairs == 0) {
+        say("the two have no codec in common");
+        return BAD_INPUT;
+    }
+    if (options.json != "-") printf("%s", toText(result).c_str());
+    if (!options.json.empty() && !writeFile(options.json, dump(toJson(result), true) + "\n")) {
+        return BAD_OUTPUT;
+    }
+    return result.exceeds ? PAST_THRESHOLD : OK;
+}
+
+int explainKeys(const Options& options) {
+    const Reference reference;
+    std::vector<std::string> keys = options.arguments;
+    if (keys.empty()) keys.push_back("");
+    int code = OK;
+    for (const std::string& key : keys) {
+        const std::string text =
+                options.markdown ? markdown(reference, key) : explain(reference, key);
+        printf("%s", text.c_str());
+        if (!text.empty()) continue;
+        code = BAD_INPUT;
+        if (options.markdown) {
+            say("no table '" + key + "'; there are: " + tableNames(reference));
+            continue;
+        }
+        const std::string near = suggest(reference, key);
+        say("nothing is known of '" + key + "'" + (near.empty() ? "" : "; there are:\n" + near));
+    }
+    return code;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    Options options;
+    std::string error;
+    if (!parseOptions(argc, argv, &options, &error)) {
+        say(error + "; see codecreport --help");
+        return USAGE;
+    }
+    switch (options.command) {
+        case Options::Command::HELP:
+            printf("%s", helpText().c_str());
+            return OK;
+        case Options::Command::VERSION:
+            printf("codecreport %s\n", CODECREPORT_VERSION);
+            return OK;
+        case Options::Command::COMPARE:
+            return compareReports(options);
+        case Options::Command::EXPLAIN:
+            return explainKeys(options);
+        default:
+            return report(options);
+    }
+}
+
+}  // namespace android::codecreport
+
+int main(int argc, char** argv) {
+    return android::codecreport::main(argc, argv);
+}
