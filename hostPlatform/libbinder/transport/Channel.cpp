@@ -5,6 +5,7 @@
 
 #include <errno.h>
 #include <log/log.h>
+#include <poll.h>
 #include <sys/socket.h>
 
 namespace android::transport {
@@ -86,6 +87,15 @@ void Channel::cutOff() {
     shutdown(fd(), SHUT_RDWR);
     mOut.clear();
     mOutDone = 0;
+}
+
+bool Channel::hasHungUp() const {
+    pollfd state = {fd(), POLLRDHUP, 0};
+    return poll(&state, 1, 0) > 0;
+}
+
+void Channel::close() {
+    mFd.reset();
 }
 
 }  // namespace android::transport

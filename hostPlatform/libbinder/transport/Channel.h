@@ -40,10 +40,16 @@ class Channel {
     /** Ends the connection; the reader then finds it closed. */
     void cutOff();
 
+    /** True once the peer has closed its end, even while messages from it wait to be read. */
+    bool hasHungUp() const;
+
+    /** Gives the descriptor back; only for the reader, which then must not use it again. */
+    void close();
+
   private:
     bool decodeInput(std::vector<Message>* messages);
 
-    const base::unique_fd mFd;
+    base::unique_fd mFd;
     std::vector<uint8_t> mIn;
     std::vector<uint8_t> mOut;
     size_t mOutDone = 0;

@@ -84,6 +84,11 @@ bool Router::ensureListening() {
 std::shared_ptr<Link> Router::linkTo(const PeerId& peer) {
     Mutex::Autolock lock(mLock);
     if (mStopping) return nullptr;
+    if (const auto known = mServers.find(peer); known != mServers.end()) {
+        // Not to give out a dead service because the reader has not come round to it yet.
+        const std::shared_ptr<Link> link = known->second;
+        while (link->channel.hasHungUp() && !link->dead) mLinksChanged.wait(mLock);
+    }
     if (mServers.count(peer) == 0) {
         mLock.unlock();
         base::unique_fd socket = mDir.connectTo(peer);

@@ -91,6 +91,7 @@ void Router::readTurn(const std::vector<pollfd>& fds,
         if (fds[1].revents != 0) acceptLinks(&trash);
         for (size_t i = 0; i < links.size(); i++) {
             const std::shared_ptr<Link>& link = links[i];
+            if (link->dead) continue;
             const short events = fds[i + 2].revents;
             if ((events & POLLOUT) != 0) link->channel.flush();
             const bool readable = (events & ~POLLOUT) != 0;
@@ -125,7 +126,6 @@ void Router::acceptLinks(Trash* trash) {
 }
 
 bool Router::readLink(const std::shared_ptr<Link>& link, Trash* trash) {
-    if (link->dead) return true;
     std::vector<Message> messages;
     const bool open = link->channel.receive(&messages);
     for (Message& message : messages) {
@@ -231,7 +231,7 @@ void Router::send(const std::shared_ptr<Link>& link, const Message& message) {
 
 void Router::drop(const std::shared_ptr<Link>& link, Trash* trash) {
     link->dead = true;
-    link->channel.cutOff();
+    link->channel.close();  // the link itself stays for as long as there are proxies on it
     mLinks.erase(std::remove(mLinks.begin(), mLinks.end(), link), mLinks.end());
     for (auto& [id, call] : mPending) {
         if (call->link != link) continue;

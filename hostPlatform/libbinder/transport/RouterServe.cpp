@@ -16,6 +16,8 @@ namespace {
 
 // Of two-way calls that one peer may have waiting here. Each blocks a thread of the peer's.
 constexpr size_t kMaxTwoWayCost = 16 * 1024 * 1024;
+// Of replies that one peer may leave untaken; one for each of its threads would do.
+constexpr size_t kMaxUntakenReplies = 4096;
 
 struct ServedCall {
     PeerId peer;
@@ -172,8 +174,10 @@ void Router::sendReply(const IncomingCall& call, status_t status, const Parcel& 
         Mutex::Autolock lock(mLock);
         call.link->twoWayCost -= call.cost;
         if (!message.payload.objects.empty() && !call.link->dead) {
-            call.link->inTransit[call.id].pins = std::move(pins);
-            pins = Pins();
+            auto& untaken = call.link->inTransit;
+            const auto [at, isNew] = untaken.try_emplace(call.id);
+            if (isNew) std::swap(at->second.pins, pins);
+            if (!isNew || untaken.size() > kMaxUntakenReplies) call.link->channel.cutOff();
         }
         send(call.link, message);
     }

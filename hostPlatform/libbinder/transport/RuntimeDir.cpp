@@ -152,21 +152,32 @@ void sweep(const unique_fd& peers, const unique_fd& names) {
 
 RuntimeDir::RuntimeDir() : mPath(choosePath()) {}
 
+bool RuntimeDir::create() const {
+    if (!isEnabled()) return false;
+    if (mkdir(mPath.c_str(), 0700) != 0 && errno != EEXIST) {
+        ALOGE("Cannot make %s: %s", mPath.c_str(), strerror(errno));
+        return false;
+    }
+    const unique_fd dir = open();
+    if (dir.get() < 0) return false;
+    mkdirat(dir.get(), kPeers, 0700);
+    mkdirat(dir.get(), kNames, 0700);
+    return true;
+}
+
+// Invalid, without a word, if there is no such folder: then nobody has anything to be found there.
 unique_fd RuntimeDir::open() const {
     if (!isEnabled()) return unique_fd();
-    mkdir(mPath.c_str(), 0700);
     unique_fd dir(::open(mPath.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     struct stat info;
     if (dir.get() < 0 || fstat(dir.get(), &info) != 0) {
-        ALOGE("Cannot open %s: %s", mPath.c_str(), strerror(errno));
+        if (errno != ENOENT) ALOGE("Cannot open %s: %s", mPath.c_str(), strerror(errno));
         return unique_fd();
     }
     if (info.st_uid != geteuid() || (info.st_mode & 077) != 0) {
         ALOGE("%s must belong to user %d and have mode 0700", mPath.c_str(), geteuid());
         return unique_fd();
     }
-    mkdirat(dir.get(), kPeers, 0700);
-    mkdirat(dir.get(), kNames, 0700);
     return dir;
 }
 
@@ -177,6 +188,7 @@ unique_fd RuntimeDir::openFolder(const char* folder) const {
 }
 
 unique_fd RuntimeDir::listenAs(const PeerId& self) const {
+    if (!create()) return unique_fd();
     const unique_fd dir = open();
     if (dir.get() < 0) return unique_fd();
     const unique_fd lock = takeLock(dir);
@@ -209,6 +221,7 @@ unique_fd RuntimeDir::connectTo(const PeerId& peer) const {
 }
 
 bool RuntimeDir::publish(const std::string& name, const ObjectAddress& address) const {
+    if (!create()) return false;
     const unique_fd dir = open();
     if (dir.get() < 0) return false;
     const unique_fd lock = takeLock(dir);

@@ -52,6 +52,8 @@ class RuntimeDir {
     void withdraw(const PeerId& self) const;
 
   private:
+    /** Makes the folders that are missing. */
+    bool create() const;
     base::unique_fd open() const;
     base::unique_fd openFolder(const char* folder) const;
 

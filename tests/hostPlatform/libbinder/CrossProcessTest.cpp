@@ -9,7 +9,6 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <thread>
@@ -258,11 +257,16 @@ TEST_F(CrossProcessTest, theStabilityOfAnObjectTravelsWithIt) {
     EXPECT_EQ(vendor, callBinder(mRemote, kGiveBack));
 }
 
+TEST_F(CrossProcessTest, aThreadThatJoinsThePoolServesUntilTheProcessIsStopped) {
+    PeerProcess peer("test.joined", "joined");
+    EXPECT_EQ(5, callInt(peer.service(), kEcho, 5));
+    EXPECT_EQ(0, peer.leave());
+}
+
 TEST_F(CrossProcessTest, bothSidesLeaveCleanlyWithConnectionsOpen) {
     callTest(mRemote, kKeep, nullptr, binderArgument(new TestService()));
     append(mRemote, 1, 100);
-    const int status = mPeer.leave();
-    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+    EXPECT_EQ(0, mPeer.leave());
 }
 
 }  // namespace

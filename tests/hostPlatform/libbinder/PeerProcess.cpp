@@ -12,26 +12,33 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <filesystem>
+
 namespace android::test {
 
 namespace {
 
-std::string gRuntimePath;
-
+// The folder is made before any test; a process that a death test starts anew inherits it.
 class RuntimeFolder : public ::testing::Environment {
   public:
-    // In the constructor, because gtest prints parameters, which may use a Parcel, before SetUp().
     RuntimeFolder() {
+        const char* const inherited = getenv(kVariable);
         char path[] = "/tmp/binder_test_XXXXXX";
-        if (mkdtemp(path) == nullptr) abort();
-        gRuntimePath = path;
-        setenv("HOSTBINDER_DIR", path, 1 /*overwrite*/);
+        mIsOurs = inherited == nullptr;
+        if (mIsOurs && mkdtemp(path) == nullptr) abort();
+        mPath = mIsOurs ? path : inherited;
+        setenv(kVariable, mPath.c_str(), 1 /*overwrite*/);
+        setenv("HOSTBINDER_DIR", mPath.c_str(), 1 /*overwrite*/);
     }
 
     void TearDown() override {
-        const std::string command = "rm -rf " + gRuntimePath;
-        EXPECT_EQ(0, system(command.c_str()));
+        if (mIsOurs) std::filesystem::remove_all(mPath);
     }
+
+  private:
+    static constexpr char kVariable[] = "BINDER_TEST_DIR";
+    std::string mPath;
+    bool mIsOurs;
 };
 
 ::testing::Environment* const gEnvironment =
@@ -46,11 +53,7 @@ std::string peerProgram() {
 
 }  // namespace
 
-const std::string& runtimePath() {
-    return gRuntimePath;
-}
-
-PeerProcess::PeerProcess(const std::string& serviceName) : mName(serviceName) {
+PeerProcess::PeerProcess(const std::string& serviceName, const char* threads) : mName(serviceName) {
     const std::string program = peerProgram();
     int toPeer[2];
     int fromPeer[2];
@@ -59,7 +62,7 @@ PeerProcess::PeerProcess(const std::string& serviceName) : mName(serviceName) {
     if (mPid == 0) {
         dup2(toPeer[0], STDIN_FILENO);
         dup2(fromPeer[1], STDOUT_FILENO);
-        execl(program.c_str(), program.c_str(), serviceName.c_str(), nullptr);
+        execl(program.c_str(), program.c_str(), serviceName.c_str(), threads, nullptr);
         _exit(127);
     }
     close(toPeer[0]);

@@ -14,8 +14,8 @@ namespace android::test {
 /** A binder_test_peer, killed with this object. */
 class PeerProcess {
   public:
-    /** Started and ready. */
-    explicit PeerProcess(const std::string& serviceName);
+    /** Started and ready. |threads| says what serves in it: "pool" or "joined", its main thread. */
+    explicit PeerProcess(const std::string& serviceName, const char* threads = "pool");
     ~PeerProcess();
 
     pid_t pid() const { return mPid; }
@@ -31,9 +31,6 @@ class PeerProcess {
     pid_t mPid = -1;
     base::unique_fd mStdin;
 };
-
-/** $HOSTBINDER_DIR, a new folder for the whole test program. */
-const std::string& runtimePath();
 
 /** True once |condition| is; false if that takes ten seconds. */
 bool eventually(const std::function<bool()>& condition);

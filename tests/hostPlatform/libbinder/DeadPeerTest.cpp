@@ -10,6 +10,7 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <filesystem>
 #include <thread>
 
 #include "tests/hostPlatform/libbinder/PeerProcess.h"
@@ -28,19 +29,15 @@ class Recipient : public IBinder::DeathRecipient {
     std::atomic<const void*> lastDead{nullptr};
 };
 
-class PeerDeathTest : public ::testing::Test {
+class DeadPeerTest : public ::testing::Test {
   protected:
-    PeerDeathTest() { ProcessState::self()->startThreadPool(); }
-
-    bool isDead() const {
-        return eventually([this] { return !mRemote->isBinderAlive(); });
-    }
+    DeadPeerTest() { ProcessState::self()->startThreadPool(); }
 
     PeerProcess mPeer{"test.mortal"};
     const sp<IBinder> mRemote = mPeer.service();
 };
 
-TEST_F(PeerDeathTest, whenAPeerIsKilled_callsUnderWayFail) {
+TEST_F(DeadPeerTest, whenAPeerIsKilled_callsUnderWayFail) {
     std::vector<std::thread> threads;
     std::atomic<int> failed(0);
     for (int i = 0; i < 8; i++) {
@@ -56,11 +53,11 @@ TEST_F(PeerDeathTest, whenAPeerIsKilled_callsUnderWayFail) {
     EXPECT_EQ(DEAD_OBJECT, callTest(mRemote, kAppend, nullptr, nullptr, IBinder::FLAG_ONEWAY));
 }
 
-TEST_F(PeerDeathTest, whenAPeerDiesWhileItServes_theCallFails) {
+TEST_F(DeadPeerTest, whenAPeerDiesWhileItServes_theCallFails) {
     EXPECT_EQ(DEAD_OBJECT, callInt(mRemote, kExit));
 }
 
-TEST_F(PeerDeathTest, recipientsAreToldOnce) {
+TEST_F(DeadPeerTest, recipientsAreToldOnce) {
     const sp<Recipient> twice = new Recipient();
     const sp<Recipient> unlinked = new Recipient();
     const sp<Recipient> byCookie = new Recipient();
@@ -91,7 +88,7 @@ TEST_F(PeerDeathTest, recipientsAreToldOnce) {
     EXPECT_EQ(DEAD_OBJECT, mRemote->unlinkToDeath(twice));
 }
 
-TEST_F(PeerDeathTest, everyObjectOfAPeerDiesWithIt) {
+TEST_F(DeadPeerTest, everyObjectOfAPeerDiesWithIt) {
     Parcel reply;
     ASSERT_EQ(OK, callTest(mRemote, kMake, &reply));
     const sp<IBinder> made = reply.readStrongBinder();
@@ -102,7 +99,7 @@ TEST_F(PeerDeathTest, everyObjectOfAPeerDiesWithIt) {
     EXPECT_EQ(DEAD_OBJECT, callInt(made, kEcho));
 }
 
-TEST_F(PeerDeathTest, aRecipientMayCallOtherProcesses) {
+TEST_F(DeadPeerTest, aRecipientMayCallOtherProcesses) {
     class Asking : public IBinder::DeathRecipient {
       public:
         void binderDied(const wp<IBinder>&) override { answer = callInt(other, kEcho, 5); }
@@ -117,7 +114,7 @@ TEST_F(PeerDeathTest, aRecipientMayCallOtherProcesses) {
     EXPECT_TRUE(eventually([&] { return asking->answer == 5; }));
 }
 
-TEST_F(PeerDeathTest, aDeadServiceIsNotFoundAndItsSuccessorIs) {
+TEST_F(DeadPeerTest, aDeadServiceIsNotFoundAndItsSuccessorIs) {
     mPeer.kill();
     const sp<IServiceManager> manager = defaultServiceManager();
     const String16 name("test.mortal");
@@ -141,7 +138,24 @@ TEST_F(PeerDeathTest, aDeadServiceIsNotFoundAndItsSuccessorIs) {
     EXPECT_EQ(nullptr, manager->getService(name));
 }
 
-TEST_F(PeerDeathTest, aPeerThatOnlyPausesIsNotDead) {
+TEST_F(DeadPeerTest, deadPeersLeaveNoDescriptors) {
+    const auto descriptors = [] {
+        const std::filesystem::directory_iterator all("/proc/self/fd");
+        return std::distance(begin(all), end(all));
+    };
+    const auto keepOneOfOurs = [](Parcel& p) { p.writeStrongBinder(new TestService()); };
+    EXPECT_EQ(OK, callTest(mRemote, kKeep, nullptr, keepOneOfOurs));
+    const auto before = descriptors();
+    std::vector<sp<IBinder>> kept;
+    for (int i = 0; i < 3; i++) {
+        PeerProcess peer("test.brief");
+        kept.push_back(peer.service());
+        EXPECT_EQ(OK, callTest(kept.back(), kKeep, nullptr, keepOneOfOurs));
+    }
+    EXPECT_TRUE(eventually([&] { return descriptors() <= before; }));
+}
+
+TEST_F(DeadPeerTest, aPeerThatOnlyPausesIsNotDead) {
     const sp<Recipient> recipient = new Recipient();
     EXPECT_EQ(OK, mRemote->linkToDeath(recipient));
     kill(mPeer.pid(), SIGSTOP);
