@@ -20,14 +20,12 @@ foreach(library ${hostLibraries})
 endforeach()
 
 foreach(program codecplay codecloggerd codecloggerctl codecreport)
-    if(TARGET ${program})
-        set(folder ${CMAKE_SOURCE_DIR}/tools/${program})
-        install(FILES ${folder}/${program}.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
-        install(FILES ${folder}/completion.bash RENAME ${program}
-            DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
-        install(FILES ${folder}/completion.zsh RENAME _${program}
-            DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
-    endif()
+    set(folder ${CMAKE_SOURCE_DIR}/tools/${program})
+    install(FILES ${folder}/${program}.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+    install(FILES ${folder}/completion.bash RENAME ${program}
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+    install(FILES ${folder}/completion.zsh RENAME _${program}
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
 endforeach()
 
 install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})

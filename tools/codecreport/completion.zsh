@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: Apache-2.0
 _codecreport_words() {
     local -a commands=('compare:hold one report against another' 'explain:say what a key means')
-    (( CURRENT == 2 )) && _describe command commands
+    (( CURRENT == 1 )) && _describe command commands
     _files
 }
 _arguments \
