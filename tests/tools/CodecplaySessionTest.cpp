@@ -165,12 +165,16 @@ TEST(CodecplaySessionTest, pacedPlaybackTakesItsTimeAndLosesNothing) {
             clip("short.mp4", picture(1.5) + tone(1.5) + "-c:v libx264 -preset ultrafast -c:a aac");
     const Played played = play(analysis("0x4") + std::vector<std::string>{"--buffers", "3", file});
     EXPECT_EQ(accountedFrames(played.video()), 45U);
-    const std::string line = findLine(played.log, "AVSYNC_V:");
-    EXPECT_NE(line, "");
-    // Pictures go out two refreshes before they are due, so the lead is positive and small.
-    const long lead = numberBehind(played.log, "avc Render R-S:");
-    EXPECT_GT(lead, 0);
-    EXPECT_LE(lead, 34);
+    EXPECT_EQ(countLines(played.log, "AVSYNC_V:"), 1U);
+    // Pictures go out two refreshes before they are due, later only where the machine is busy.
+    size_t inTime = 0;
+    for (const std::string& line : played.log) {
+        if (line.find("avc Render R-S:") == std::string::npos) continue;
+        const long lead = numberBehind({line}, "avc Render R-S:");
+        EXPECT_LE(lead, 34) << line;
+        inTime += lead > 0;
+    }
+    EXPECT_GT(inTime, 10U);
     const long firstReady = numberBehind(played.log, "HW.c2.video.avc Got First Input Frame ");
     const long stop = numberBehind(played.log, "MC Stop Time(start: ");
     EXPECT_GE(stop - firstReady, 1400);

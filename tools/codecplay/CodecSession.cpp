@@ -59,6 +59,8 @@ CodecSession::CodecSession(const Options& options, const StreamInfo& stream, boo
     mStalls = options.stalls;
     mDrops = options.drops;
     mErrors.assign(options.errors.begin(), options.errors.end());
+    std::stable_sort(mErrors.begin(), mErrors.end(),
+                     [](const DecoderError& a, const DecoderError& b) { return a.atUs < b.atUs; });
 }
 
 CodecSession::~CodecSession() {
@@ -155,7 +157,7 @@ void CodecSession::run() {
 int64_t CodecSession::releaseAtNs() const {
     if (mOutput.empty()) return INT64_MAX;
     if (mOutput.front().timeUs < mSkipUntilUs) return 0;
-    const int64_t dueNs = mClock->dueNs(mOutput.front().timeUs);
+    const int64_t dueNs = mClock->dueNs(mOutput.front().playUs);
     if (dueNs == MediaClock::kNotStarted || !paced()) return dueNs;
     if (!mStream.video) return dueNs - kAudioLeadNs;
     return tunneled() ? dueNs
@@ -173,7 +175,7 @@ CodecSession::Work CodecSession::waitForWork(int64_t deadlineNs) {
         if (waitNs <= 0) return Work::RELEASE;
         if (mFreeInputs > 0 && !mInput.empty()) return Work::INPUT;
         if (mFreeInputs > 0 && mInputEnded && !mEndQueued) return Work::END;
-        // The clock started or jumped: the deadline is another one now.
+        // The clock started: the deadline is another one now.
         if (mWoken) return Work::NOTHING;
         mChanged.broadcast();
         if (waitNs == INT64_MAX) {
@@ -286,7 +288,9 @@ void CodecSession::flush() {
     mEndQueued = false;
     mClockReady = false;
     mRenderedSinceFlush = false;
-    mLastReleasedUs = INT64_MIN;
+    mLastFrameUs = INT64_MIN;
+    mJumpedUs = 0;
+    mPositionUs = INT64_MIN;
 }
 
 }  // namespace android::codecplay

@@ -84,7 +84,7 @@ class CodecSession {
 
     /** The end was offered and everything before it released. */
     bool finished();
-    /** Media time of the last frame that was released, INT64_MIN before the first. */
+    /** Media time of the last frame released since start or flush; INT64_MIN before it. */
     int64_t positionUs() const { return mPositionUs; }
 
     const SessionCounts& counts() const { return mCounts; }
@@ -126,6 +126,7 @@ class CodecSession {
     void stopCodec();
     void queueInput(const Packet& packet);
     void queueInputBuffer(const uint8_t* data, size_t size, int64_t timeUs, unsigned flags);
+    int64_t withoutJumps(int64_t timeUs);
     void announceFormat(const StreamFormat& format);
     void onFrame(ComponentEvent frame);
     void onEnd(int64_t timeUs);
@@ -163,7 +164,9 @@ class CodecSession {
     bool mRenderedSinceFlush = false;
     bool mEndQueued = false;
     int64_t mSkipUntilUs = INT64_MIN;
-    int64_t mLastReleasedUs = INT64_MIN;
+    int64_t mLastFrameUs = INT64_MIN;
+    /** By how much the stream's clock has jumped since start or flush. */
+    int64_t mJumpedUs = 0;
     int64_t mLastRenderMs = -1;
     uint64_t mTunnelDrops = 0;
     uint64_t mErrorsReported = 0;

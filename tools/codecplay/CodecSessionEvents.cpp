@@ -21,8 +21,8 @@ constexpr unsigned kTunneledFlag = 1;
 /** Players drop a picture that is late by more than this, and show it if it is less. */
 constexpr int64_t kLateNs = 30'000'000;
 
-/** A gap between two frames that is no gap but a new timeline. */
-constexpr int64_t kDiscontinuityUs = 30'000'000;
+/** A step between two frames that is no pause but a jump of the stream's clock. */
+constexpr int64_t kJumpUs = 30'000'000;
 
 /** From here on the framework calls rendering that goes on delayed. */
 constexpr int64_t kDelayedOutputMs = 1000;
@@ -125,6 +125,16 @@ void CodecSession::queueInputBuffer(const uint8_t* data, size_t size, int64_t ti
                                                    static_cast<int>(owned), flags);
 }
 
+/**
+ * A player neither waits for hours nor drops all that follows because a damaged or joined stream
+ * changes its clock: the frame behind a jump is due with the one before it.
+ */
+int64_t CodecSession::withoutJumps(int64_t timeUs) {
+    const int64_t lastUs = std::exchange(mLastFrameUs, timeUs);
+    if (lastUs != INT64_MIN && llabs(timeUs - lastUs) > kJumpUs) mJumpedUs += timeUs - lastUs;
+    return timeUs - mJumpedUs;
+}
+
 void CodecSession::announceFormat(const StreamFormat& format) {
     const bool reallocated =
             mFormatAnnounced && mStream.video &&
@@ -147,9 +157,10 @@ void CodecSession::onFrame(ComponentEvent frame) {
     }
     // What goes through a tunnel has no output buffer that reaches the client.
     if (!tunneled()) mLogger->updatePTSTime(frame.timeUs, false, 1);
+    frame.playUs = withoutJumps(frame.timeUs);
     if (!mClockReady && frame.timeUs >= mSkipUntilUs) {
         mClockReady = true;
-        mClock->ready(frame.timeUs);
+        mClock->ready(frame.playUs);
     }
     frame.bytes.clear();
     mOutput.push_back(std::move(frame));
@@ -171,12 +182,7 @@ void CodecSession::releaseFront() {
     for (const FrameRange& stall : mStalls) {
         if (stall.contains(frame.number)) usleep(static_cast<useconds_t>(stall.delayMs * 1000));
     }
-    if (mLastReleasedUs != INT64_MIN && llabs(frame.timeUs - mLastReleasedUs) > kDiscontinuityUs) {
-        mClock->restartAt(frame.timeUs);
-    }
-    mLastReleasedUs = frame.timeUs;
-
-    const int64_t dueNs = mClock->dueNs(frame.timeUs);
+    const int64_t dueNs = mClock->dueNs(frame.playUs);
     const Fate fate = fateOf(frame, dueNs);
     count(fate);
     if (mStream.video) {

@@ -207,17 +207,21 @@ void Component::finish(int64_t timeUs) {
 }
 
 bool Component::drainFrames() {
+    // A decoder that can do nothing with its input reports it once a packet, and holds few of them.
+    constexpr int kErrorsInARow = 100;
     FramePtr frame(av_frame_alloc());
-    for (;;) {
+    for (int errors = 0; errors < kErrorsInARow;) {
         const int result = avcodec_receive_frame(mDecoder.get(), frame.get());
         if (result == AVERROR(EAGAIN) || result == AVERROR_EOF) return true;
         if (result < 0) {
             ++mDecodeErrors;
+            ++errors;
             continue;
         }
         if (frame->decode_error_flags || (frame->flags & AV_FRAME_FLAG_CORRUPT)) ++mDecodeErrors;
         if (!emit(*frame)) return false;
     }
+    return true;
 }
 
 /**

@@ -40,6 +40,8 @@ struct ComponentEvent {
     };
     Kind kind = INPUT_DONE;
     int64_t timeUs = 0;
+    /** FRAME, for the receiver: the time without the jumps of the stream's clock. */
+    int64_t playUs = 0;
     /** FRAME: position in output order, from 1. */
     int64_t number = 0;
     StreamFormat format = {};

@@ -67,15 +67,6 @@ void MediaClock::reset() {
     mStarted = false;
 }
 
-void MediaClock::restartAt(int64_t timeUs) {
-    {
-        Mutex::Autolock lock(mLock);
-        mFirstUs = timeUs;
-        start_l();
-    }
-    mOnStart();
-}
-
 int64_t MediaClock::dueNs(int64_t timeUs) const {
     if (mSpeed <= 0) return 0;
     Mutex::Autolock lock(mLock);

@@ -24,7 +24,7 @@ class MediaClock {
      * @param speed media seconds per second; 0 for an unpaced clock, by which all is due at once
      * @param vsyncNs playback starts at a multiple of this, so that pictures that come once a
      * refresh keep their distance from it
-     * @param onStart called on the thread whose call started or restarted the clock
+     * @param onStart called on the thread whose call started the clock
      */
     MediaClock(double speed, int64_t vsyncNs, std::function<void()> onStart);
 
@@ -39,8 +39,6 @@ class MediaClock {
     void startWithoutTheRest();
     /** Waits for all streams again: after a seek. */
     void reset();
-    /** Makes this media time due now: its stream's timestamps have jumped. */
-    void restartAt(int64_t timeUs);
 
     /** When the media time is due; kNotStarted while the clock waits. */
     int64_t dueNs(int64_t timeUs) const;

@@ -16,7 +16,7 @@ namespace android::codecplay {
 
 namespace {
 
-constexpr char kHelp[] = R"(usage: codecplay [OPTION...] FILE...
+constexpr char kHelp[] = R"(usage: codecplay [OPTION...] FILE...    (- for standard input)
 
 Plays media files through libmediacodeclogger as an Android media framework would: one codec session
 for each audio and video stream, with FFmpeg's decoders as the components. The log goes to standard
@@ -47,7 +47,7 @@ Platform
   --vsync HZ           refresh rate of the display (60)
   --buffers N          output buffers that decoder, framework and display share (8)
 
-Faults, in pictures of the first video stream, counted from 1 in output order
+Faults, in frames of the first video (without one, audio) stream, from 1 in output order
   --stall FRAME:MS     the application handles FRAME, and all behind it, MS ms late
   --slow-decode FIRST[-LAST]:MS   the component takes MS ms longer for each of them
   --drop FIRST[-LAST]  the application drops them

@@ -152,8 +152,19 @@ bool Player::allFinished() {
     return finished;
 }
 
-bool Player::interruptionDue() const {
-    return !mInterruptions.empty() && mInterruptions.front().atUs <= mPrimary->positionUs();
+/** Playback goes on when the stream that it is measured by ends before the others. */
+int64_t Player::positionUs() {
+    int64_t positionUs = mPrimary->positionUs();
+    if (mPrimary->finished()) {
+        forEachSession([&](CodecSession& session) {
+            positionUs = std::max(positionUs, session.positionUs());
+        });
+    }
+    return positionUs;
+}
+
+bool Player::interruptionDue() {
+    return !mInterruptions.empty() && mInterruptions.front().atUs <= positionUs();
 }
 
 bool Player::interruptIfDue() {
@@ -219,7 +230,7 @@ void Player::showProgress() {
     mProgressShownNs = nowNs;
     const SessionCounts& counts = mPrimary->counts();
     fprintf(stderr, "\r\033[K%s  %.1f / %.1f s  rendered %llu  late %llu", mResult.file.c_str(),
-            std::max<int64_t>(mPrimary->positionUs(), 0) / 1e6, mResult.durationUs / 1e6,
+            std::max<int64_t>(positionUs(), 0) / 1e6, mResult.durationUs / 1e6,
             static_cast<unsigned long long>(counts.rendered.load()),
             static_cast<unsigned long long>(counts.droppedLate.load()));
 }

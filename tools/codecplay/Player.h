@@ -30,7 +30,8 @@ class Player {
     bool feedNext();
     void push(Packet packet);
     bool interruptIfDue();
-    bool interruptionDue() const;
+    int64_t positionUs();
+    bool interruptionDue();
     void interrupt(CodecSession::Command::Kind kind, int64_t toUs);
     void endInput();
     bool allFinished();
@@ -49,7 +50,7 @@ class Player {
     MediaClock mClock;
     /** By stream; null where there is no decoder. */
     std::vector<std::unique_ptr<CodecSession>> mSessions;
-    /** The one whose position is that of playback: the first video, else the first. */
+    /** The first video, else the first: the position of playback is its position. */
     CodecSession* mPrimary = nullptr;
     std::deque<Interruption> mInterruptions;
     int mLoopsLeft;
