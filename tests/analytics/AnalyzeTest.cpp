@@ -8,9 +8,11 @@ namespace android::test {
 namespace {
 
 using ::testing::ElementsAre;
+using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
+using ::testing::StartsWith;
 
 /** How often `part` stands in `text`. */
 int countOf(const std::string& text, const char* part) {
@@ -23,10 +25,13 @@ int countOf(const std::string& text, const char* part) {
 
 class AnalyzeTest : public AnalyticsTest {
   protected:
-    /** A frame of media time 0, fed at 10000 and all else at 10010, shown at 10030. */
+    /** A frame of media time 0, queued at 10000, handed over at 10001 and all else at 10010. */
     void playFirst(int64_t leadMs = 20, int64_t callDelayMs = 0) {
-        player.feed(0);
-        after(10);
+        player.announce(0);
+        player.queue(0);
+        after(1);
+        player.handOver(0);
+        after(9);
         player.deliver(0);
         after(callDelayMs);
         player.render(0, leadMs);
@@ -65,11 +70,11 @@ TEST_F(AnalyzeTest, beforeTheFirstRenderTheLineSaysSo) {
         player.deliver(1000);
         return dropped(1000);
     };
-    EXPECT_THAT(dropOne(), ::testing::StartsWith("Pre-Render Drop:1000(9999) TD:1 FARD:(10000)"));
+    EXPECT_THAT(dropOne(), StartsWith("Pre-Render Drop:1000(9999) TD:1 FARD:(10000)"));
     playFirst();
-    EXPECT_THAT(dropOne(), ::testing::StartsWith("Drop:1000(10009) TD:1 FARD:-20(0)"));
+    EXPECT_THAT(dropOne(), StartsWith("Drop:1000(10009) TD:1 FARD:-20(0)"));
     player.flush();
-    EXPECT_THAT(dropOne(), ::testing::StartsWith("Pre-Render Drop:1000(10009) TD:1 FARD:(10010)"));
+    EXPECT_THAT(dropOne(), StartsWith("Pre-Render Drop:1000(10009) TD:1 FARD:(10010)"));
 }
 
 TEST_F(AnalyzeTest, afterARenderByMediaTimeTheDistanceToItIsLeftOut) {
@@ -78,8 +83,7 @@ TEST_F(AnalyzeTest, afterARenderByMediaTimeTheDistanceToItIsLeftOut) {
     log.take();
     player.feed(5040000);
     player.deliver(5040000);
-    EXPECT_THAT(dropped(5040000),
-                ::testing::StartsWith("Drop:5040000(4960) TD:40 FARD:(0) FAD:10000(0)"));
+    EXPECT_THAT(dropped(5040000), StartsWith("Drop:5040000(4960) TD:40 FARD:(0) FAD:10000(0)"));
 }
 
 TEST_F(AnalyzeTest, aFrameDroppedBeforeItsOutputShowsTheInitialStamps) {
@@ -110,7 +114,7 @@ TEST_F(AnalyzeTest, aLongLabelIsNotCut) {
     talkative.feed(1000);
     talkative.output(1000);
     EXPECT_THAT(log.take().back().text,
-                ::testing::StartsWith("Pre-Render " + name + ":1000(9999) TD:1 FARD:(10000)"));
+                StartsWith("Pre-Render " + name + ":1000(9999) TD:1 FARD:(10000)"));
 }
 
 // Delay history: the frame was decoded, but the client heard of it late.
@@ -159,8 +163,8 @@ TEST_F(AnalyzeTest, theDelayHistoryHasSixInputsAndSixDequeues) {
     }
     player.output(40000);
     EXPECT_THAT(dropped(40000),
-                HasSubstr("0/9$D:-0(0)D:-2(0)D:-4(0)D:-6(0)D:-8(0)D:-10(0)"
-                          "Q:-0(10027)Q:-2(10025)Q:-4(10023)Q:-6(10021)Q:-8(10019)Q:-10(10017)"));
+                EndsWith("0/9$D:-0(0)D:-2(0)D:-4(0)D:-6(0)D:-8(0)D:-10(0)"
+                         "Q:-0(10027)Q:-2(10025)Q:-4(10023)Q:-6(10021)Q:-8(10019)Q:-10(10017)"));
 }
 
 TEST_F(AnalyzeTest, whenNothingHappenedMeanwhile_theDelayHistoryIsLeftOut) {
@@ -196,11 +200,16 @@ TEST_F(AnalyzeTest, whenTheFrameIsLate_whatTheComponentHadIsShown) {
     after(5);
     dequeue();
     after(5);
-    player.feed(80000);  // at 10020
+    after(-2);
+    player.announce(80000);
+    player.queue(80000);
+    after(2);
+    player.handOver(80000);  // at 10020
     after(10);
     player.feed(120000);  // at 10030
     player.announce(130000);
     after(30);
+    dequeue();
     player.decode(40000);  // at 10060
     after(1);
     player.feed(160000);  // too late to have mattered
@@ -209,7 +218,8 @@ TEST_F(AnalyzeTest, whenTheFrameIsLate_whatTheComponentHadIsShown) {
     player.output(40000);
     EXPECT_EQ(
             "Drop:40000(10025) TD:40 FARD:35(55) FAD:50(5) AL:0(10065) FL:50(55) 0/5"
-            "$I:-10060(0:90)I:-30(3:80)I:-40(2:40)I:-50(1:0)I:-60(1:-40000)$F:-45(2:10016)",
+            "$I:-10060(0:90)I:-30(3:80)I:-40(2:40)I:-50(1:0)I:-59(1:-40000)$F:-0(2:10061)F:-45(2:"
+            "10016)",
             dropped(40000));
 }
 
@@ -245,20 +255,37 @@ TEST_F(AnalyzeTest, theDecodeHistoryEndsAfter16InputsOrOneThatPrecedesTheFrame) 
     const std::string line = dropped(40000);
     EXPECT_EQ(17, countOf(line, "I:-")) << "16 and the last rendered: " << line;
     EXPECT_THAT(line, HasSubstr(" 0/20$I:-40(20:19)I:-40(19:18)"));
-    EXPECT_THAT(line, ::testing::EndsWith("I:-40(5:4)I:-50(1:-40000)"
-                                          "$F:-40(6:10011)F:-40(5:10011)F:-40(4:10011)"
-                                          "F:-40(3:10011)F:-40(2:10011)"));
+    EXPECT_THAT(line, EndsWith("I:-40(5:4)I:-49(1:-40000)"
+                               "$F:-40(6:10011)F:-40(5:10011)F:-40(4:10011)"
+                               "F:-40(3:10011)F:-40(2:10011)"));
 
     player.flush();
     playFirst();
-    player.feed(80000);  // never shown: the next one precedes it
-    player.feed(40000);
-    player.feed(120000);
+    for (const long ts : {60000, 70000, 80000, 120000}) player.feed(ts);
     after(40);
     player.deliver(80000);
-    EXPECT_THAT(dropped(80000), ::testing::EndsWith(" 0/3$I:-40(3:40)I:-40(2:-40)I:-50(1:-80000)"
-                                                    "$F:-90(6:10011)F:-90(5:10011)F:-90(4:10011)"
-                                                    "F:-90(3:10011)F:-90(2:10011)"));
+    EXPECT_THAT(dropped(80000),
+                HasSubstr(" 2/4$I:-40(4:40)I:-40(3:0)I:-40(2:-10)I:-49(1:-80000)$F:-90("));
+}
+
+TEST_F(AnalyzeTest, withoutInputsTheLastRenderedIsLeftOut) {
+    playFirst();
+    player.feed(40000);
+    after(40);
+    player.output(40000);  // never reported decoded, so that nothing went in before
+    player.drop(40000);
+    EXPECT_THAT(log.take().at(0).text, EndsWith(" 0/1$D:-40(0)"));
+
+    player.flush();
+    player.feed(0);
+    player.renderAt(0, 0);  // at time 0, which counts as not rendered
+    player.feed(40000);
+    after(40);
+    player.deliver(40000);
+    log.take();
+    const std::string line = dropped(40000);
+    EXPECT_THAT(line, StartsWith("Pre-Render Drop:40000("));
+    EXPECT_THAT(line, EndsWith(" 0/1$I:-40(1:0)"));
 }
 
 TEST_F(AnalyzeTest, elevenDequeuesAreRemembered) {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // The way in: records and their limit, names, the log of input bytes.
 
+#include <memory>
+
 #include <tests/analytics/FramePlayer.h>
 
 namespace android::test {
@@ -75,7 +77,10 @@ TEST_F(InputTest, ofTwoFramesWithOneTimestampTheOlderIsMeant) {
     FramePlayer player;
     player.feed(1000);
     after(10);
-    player.feed(1000);  // stamps the older record once more
+    player.announce(1000);
+    player.queue(1000);  // stamps the older record once more
+    after(4);
+    player.handOver(1000);
     after(1);
     player.decode(1000);
     EXPECT_THAT(log.take(), ElementsAre(info("omx OMX FBD FL:1 mediaTs:1000 f:0 s:5000/2")));
@@ -104,12 +109,14 @@ class InputBytesTest : public AnalyticsTest {
   protected:
     std::vector<LogLine> logged(const uint8_t* data, size_t size, const uint8_t* iv,
                                 const std::vector<CryptoPlugin::SubSample>& samples) {
-        FramePlayer player;
-        analytics.updateInputFrame_pre(player.codec, data, size, nullptr, iv, samples.size(),
+        if (player == nullptr) player = std::make_unique<FramePlayer>();
+        analytics.updateInputFrame_pre(player->codec, data, size, nullptr, iv, samples.size(),
                                        samples.data(), CryptoPlugin::kMode_AES_CTR, 1000, 0,
                                        !samples.empty());
         return log.take();
     }
+
+    std::unique_ptr<FramePlayer> player;  // made when the case has set its mask
 };
 
 TEST_F(InputBytesTest, showTheHeadOfTheBufferOrOfEachSubSample) {
@@ -144,6 +151,7 @@ TEST_F(InputBytesTest, aSubSampleThatOverflowsIsFatal) {
     EXPECT_DEATH(logged(kBytes, 16, nullptr, {{0xffffffff, 1}}),
                  "F/ZMediaAnalyticV: overflow: arithmetic overflow: 4294967295 \\+ 1");
     debug("0");
+    player.reset();
     EXPECT_THAT(logged(kBytes, 16, nullptr, {{0xffffffff, 1}}), IsEmpty());
 }
 

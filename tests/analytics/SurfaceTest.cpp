@@ -3,6 +3,8 @@
 
 #include <limits.h>
 
+#include <memory>
+
 #include <tests/analytics/FramePlayer.h>
 
 namespace android::test {
