@@ -18,9 +18,9 @@ function(aidl_library name root)
     target_link_libraries(${name} PUBLIC hostPlatform)
     # The interfaces are not among those that the platform lists as written by hand.
     target_compile_definitions(${name} PRIVATE DO_NOT_CHECK_MANUAL_BINDER_INTERFACES)
-    # Parcel.h leans on headers that it does not include, and the generator on a platform that clears
-    # what it does not initialise.
-    target_compile_options(${name} PRIVATE "SHELL:-include memory" "SHELL:-include limits"
-        -ftrivial-auto-var-init=zero
+    # Parcel.h, which the generated headers include, leans on headers that it does not include.
+    target_compile_options(${name} PUBLIC "SHELL:-include memory" "SHELL:-include limits")
+    # The generator leans on a platform that clears what it does not initialise.
+    target_compile_options(${name} PRIVATE -ftrivial-auto-var-init=zero
         $<$<CXX_COMPILER_ID:Clang>:-enable-trivial-auto-var-init-zero-knowing-it-will-be-removed-from-clang>)
 endfunction()

@@ -1,0 +1,155 @@
+// SPDX-License-Identifier: Apache-2.0
+// What codecloggerctl makes of the answers of codecs.
+#include <limits>
+#include <memory>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <tools/codecloggerctl/CodecProgress.h>
+#include <tools/codecloggerctl/Views.h>
+
+#include <nlohmann/json.hpp>
+
+namespace codecloggerctl {
+
+namespace {
+
+using testing::HasSubstr;
+
+CodecInfo videoCodec() {
+    CodecInfo codec;
+    codec.answer = Answer::GIVEN;
+    codec.entry.handle = 12;
+    codec.entry.id = 0x7f001234;
+    codec.entry.pid = 345;
+    codec.entry.uid = 10057;
+    codec.entry.packageName = "com.app";
+    codec.entry.format = "hevc";
+    codec.entry.isVideo = true;
+    codec.entry.isActive = true;
+    codec.entry.lateOutputs = 2;
+    codec.entry.longestDelayMs = 1500;
+    codec.status =
+            "\tCodec Type: VIDEO\n\tInput Bitrate: 4200\n"
+            "\tStream Framerate (fps): 59.940\n\tFramesDropped: 7\n";
+    codec.width = 1920;
+    codec.height = 1080;
+    codec.hdrType = "HDR10";
+    codec.msSinceLastFrame = 16;
+    codec.frames = 500;
+    readStatusText(&codec);
+    return codec;
+}
+
+CodecInfo audioCodec(Answer answer) {
+    CodecInfo codec;
+    codec.answer = answer;
+    codec.entry.handle = 3;
+    codec.entry.id = 0x7f;
+    codec.entry.pid = 9;
+    codec.entry.packageName = "com.radio";
+    codec.entry.format = "mp4a";
+    return codec;
+}
+
+}  // namespace
+
+TEST(ControlViews, list_isATable) {
+    EXPECT_EQ(listText({audioCodec(Answer::SILENT), videoCodec()}),
+              "  #  PID  PACKAGE    KIND   FORMAT  RESOLUTION  LAST FRAME  ID\n"
+              "  3    9  com.radio  audio  mp4a    -           no answer   0x7f\n"
+              "*12  345  com.app    video  hevc    1920x1080   16 ms       0x7f001234\n");
+    EXPECT_EQ(listText({}), "No codec is registered.\n");
+}
+
+TEST(ControlViews, lastFrame_saysWhyItIsUnknown) {
+    const struct {
+        Answer answer;
+        int64_t ms;
+        const char* text;
+    } kCases[] = {{Answer::GIVEN, 0, "0 ms"},      {Answer::GIVEN, 9999, "9999 ms"},
+                  {Answer::GIVEN, 10000, "10 s"},  {Answer::GIVEN, -1, "none yet"},
+                  {Answer::ENDED, 0, "ended"},     {Answer::DIED, 0, "died"},
+                  {Answer::SILENT, 0, "no answer"}};
+    for (const auto& [answer, ms, text] : kCases) {
+        CodecInfo codec;
+        codec.answer = answer;
+        codec.msSinceLastFrame = ms;
+        EXPECT_EQ(codec.lastFrame(), text);
+    }
+}
+
+TEST(ControlViews, statusText_givesTheCounters) {
+    const CodecInfo codec = videoCodec();
+    EXPECT_EQ(codec.bitrateKbps, 4200);
+    EXPECT_DOUBLE_EQ(codec.framerate, 59.94);
+    EXPECT_EQ(codec.framesDropped, 7);
+    CodecInfo cut;
+    cut.status = "\tInput Bitrate: 12";  // the rest is missing
+    readStatusText(&cut);
+    EXPECT_EQ(cut.bitrateKbps, 12);
+    EXPECT_EQ(cut.framesDropped, 0);
+}
+
+TEST(ControlViews, json_holdsWhatIsKnownAndAlwaysParses) {
+    const nlohmann::ordered_json video = codecJson(videoCodec());
+    EXPECT_EQ(video["id"], "0x7f001234");
+    EXPECT_EQ(video["frames_dropped"], 7);
+    EXPECT_EQ(video["last_frame_age_ms"], 16);
+    EXPECT_FALSE(video.contains("first_frame_ms"));
+    const nlohmann::ordered_json silent = codecJson(audioCodec(Answer::SILENT));
+    EXPECT_EQ(silent["answer"], "none");
+    EXPECT_FALSE(silent.contains("bitrate_kbps"));
+
+    CodecInfo odd = videoCodec();
+    odd.entry.packageName = "a\xff\"\n";
+    const std::string text = dump(codecJson(odd), true);
+    const auto parsed = nlohmann::json::parse(text, nullptr, false);
+    ASSERT_FALSE(parsed.is_discarded()) << text;
+    EXPECT_EQ(parsed["package"], "a\xef\xbf\xbd\"\n");
+}
+
+TEST(ControlViews, openMetrics_leavesOutWhatIsUnknown) {
+    codeclogger::ServiceState state{};
+    state.clients.resize(2);
+    CodecInfo odd = videoCodec();
+    odd.entry.packageName = "a\"b\\c\n";
+    const std::string text = openMetricsText(state, {odd, audioCodec(Answer::DIED)});
+    constexpr char kVideo[] =
+            "{handle=\"12\",pid=\"345\",package=\"a\\\"b\\\\c\\n\",kind=\"video\",format=\"hevc\"}";
+    constexpr char kAudio[] =
+            "{handle=\"3\",pid=\"9\",package=\"com.radio\",kind=\"audio\",format=\"mp4a\"}";
+    EXPECT_THAT(text, HasSubstr("# TYPE codec_frames_dropped counter\n"
+                                "# HELP codec_frames_dropped Frames dropped in the session.\n"
+                                "codec_frames_dropped_total" +
+                                std::string(kVideo) + " 7\n# TYPE"));
+    EXPECT_THAT(text, HasSubstr("# UNIT codec_last_frame_age_seconds seconds\n"));
+    EXPECT_THAT(text, HasSubstr("codec_last_frame_age_seconds" + std::string(kVideo) + " 0.016\n"));
+    EXPECT_THAT(text,
+                HasSubstr("codec_up" + std::string(kVideo) + " 1\ncodec_up" + kAudio + " 0\n"));
+    EXPECT_THAT(text, HasSubstr("codec_logger_codecs 2\n"));
+    EXPECT_THAT(text, testing::EndsWith("# EOF\n"));
+}
+
+TEST(ControlViews, progress_goesOnAfterACounterFallsBack) {
+    CodecProgress progress;
+    CodecInfo codec = videoCodec();
+    const struct {
+        int64_t frames;
+        Answer answer;
+        int64_t total;
+        int64_t recent;
+    } kSteps[] = {{500, Answer::GIVEN, 500, 0}, {560, Answer::GIVEN, 560, 60},
+                  {0, Answer::SILENT, 560, 0},  {580, Answer::GIVEN, 580, 20},
+                  {15, Answer::GIVEN, 595, 15},  // a flush
+                  {15, Answer::GIVEN, 595, 0}};
+    for (const auto& [frames, answer, total, recent] : kSteps) {
+        codec.frames = frames;
+        codec.answer = answer;
+        progress.update(codec);
+        EXPECT_EQ(progress.frames().total, total);
+        EXPECT_EQ(progress.frames().recent, recent);
+    }
+}
+
+}  // namespace codecloggerctl

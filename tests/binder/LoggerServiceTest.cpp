@@ -1,0 +1,156 @@
+// SPDX-License-Identifier: Apache-2.0
+// What the reference service does with each call; clients and listeners are of this process.
+#include <limits>
+#include <memory>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <tests/binder/FakeServices.h>
+#include <tools/codecloggerd/LoggerService.h>
+
+namespace android::test {
+
+namespace {
+
+using codeclogger::LoggerService;
+using testing::ElementsAre;
+
+class NamedClient : public FakeClient {
+  public:
+    NamedClient(bool isVideo, const char* format) : mIsVideo(isVideo), mFormat(format) {}
+    bool isVideoClient() override { return mIsVideo; }
+    String8 getClientCodecFormat() override { return String8(mFormat); }
+    int64_t getBufferCountSinceLastFlush() override { return 12; }
+    int32_t getUid() override { return 10057; }
+
+  private:
+    const bool mIsVideo;
+    const char* const mFormat;
+};
+
+class CodecLoggerService : public testing::Test {
+  protected:
+    void addVideo(int64_t id) { service->registerClient(id, new NamedClient(true, "avc")); }
+    void addAudio(int64_t id, const char* format) {
+        service->registerClient(id, new NamedClient(false, format));
+    }
+    std::vector<int64_t> activeVideoClients() {
+        std::vector<int64_t> ids;
+        EXPECT_TRUE(service->getActiveVideoClients(&ids).isOk());
+        return ids;
+    }
+
+    const sp<LoggerService> service = new LoggerService;
+};
+
+codeclogger::ClientEntry entryOf(int32_t hostPid, int64_t id) {
+    codeclogger::ClientEntry entry{};
+    entry.hostPid = hostPid;
+    entry.id = id;
+    return entry;
+}
+
+}  // namespace
+
+TEST_F(CodecLoggerService, activeVideoClient_isTheOneWithTheLatestSignOfLife) {
+    int64_t id = 5;
+    EXPECT_EQ(service->getActiveVideoClient(id), nullptr);
+    EXPECT_EQ(id, 5);
+    addVideo(1);
+    addAudio(2, "aac");
+    addVideo(3);
+    EXPECT_THAT(activeVideoClients(), ElementsAre(3, 1));
+    service->onFirstFrameRendered(1);
+    EXPECT_THAT(activeVideoClients(), ElementsAre(1, 3));
+    service->onFirstFrameRendered(2);  // audio
+    service->onOutBufferAvailableAfterDelay(3, 1500);
+    EXPECT_THAT(activeVideoClients(), ElementsAre(3, 1));
+    const sp<IMediaCodecLoggerClient> active = service->getActiveVideoClient(id);
+    EXPECT_EQ(id, 3);
+    EXPECT_STREQ(active->getClientCodecFormat(), "avc");
+    service->unregisterClient(3);
+    service->unregisterClient(77);
+    EXPECT_THAT(activeVideoClients(), ElementsAre(1));
+    addVideo(1);  // again, as after a reconfiguration
+    EXPECT_THAT(activeVideoClients(), ElementsAre(1));
+    service->registerClient(4, nullptr);
+    EXPECT_THAT(activeVideoClients(), ElementsAre(1));
+}
+
+TEST_F(CodecLoggerService, oldestAudioClient_givesTheCodec) {
+    EXPECT_STREQ(service->getOldestAudioClientCodec(), "");
+    addVideo(1);
+    addAudio(2, "ac3");
+    addAudio(3, "mp4a");
+    EXPECT_STREQ(service->getOldestAudioClientCodec(), "ac3");
+    service->unregisterClient(2);
+    EXPECT_STREQ(service->getOldestAudioClientCodec(), "mp4a");
+}
+
+TEST_F(CodecLoggerService, queries_areAnsweredByTheClientOrRefused) {
+    addVideo(1);
+    int64_t count = 0;
+    int32_t uid = 0;
+    EXPECT_TRUE(service->getBufferCountSinceLastFlush(1, &count).isOk());
+    EXPECT_TRUE(service->getUid(1, &uid).isOk());
+    EXPECT_EQ(count, 12);
+    EXPECT_EQ(uid, 10057);
+    EXPECT_EQ(textOf(service->getUid(2, &uid)), "-3 no client has id 2");
+    int64_t listenerId = 5;
+    EXPECT_EQ(textOf(service->registerListener(nullptr, &listenerId)), "-4 ");
+    EXPECT_EQ(textOf(service->unregisterListener(9)), "-3 no listener has id 9");
+}
+
+TEST_F(CodecLoggerService, listeners_hearEventsUntilTheyLeave) {
+    const sp<FakeListener> listener = new FakeListener;
+    int64_t listenerId = 0;
+    ASSERT_TRUE(service->registerListener(listener, &listenerId).isOk());
+    addVideo(100);
+    addAudio(200, "aac");
+    service->onFirstFrameRendered(100);
+    service->onOutBufferAvailableAfterDelay(100, 1200);
+    service->unregisterClient(200);
+    service->unregisterClient(100);
+    // Of the one that left it is the handle, not the id.
+    EXPECT_THAT(listener->takeCalls(), ElementsAre("notifyFirstFrameRendered 100",
+                                                   "notifyOutBufferAvailableAfterDelay 100 1200",
+                                                   "notifyVideoClientUnregistered 1"));
+    EXPECT_TRUE(service->unregisterListener(listenerId).isOk());
+    service->onFirstFrameRendered(100);
+    EXPECT_THAT(listener->takeCalls(), testing::IsEmpty());
+}
+
+TEST_F(CodecLoggerService, state_showsWhatTheServiceKnows) {
+    addVideo(100);
+    service->onOutBufferAvailableAfterDelay(100, 3000);
+    service->onOutBufferAvailableAfterDelay(100, 1200);
+    service->updateHidlMediaMetrics("", "", true, false);
+    service->updateHidlMediaMetrics("", "", true, false);
+    service->updateHidlMediaMetrics(nullptr, nullptr, true, true);
+    const codeclogger::ServiceState state = service->getState();
+    EXPECT_EQ(state.tunneledOpened, 2);
+    EXPECT_EQ(state.tunneledClosed, 1);
+    ASSERT_EQ(state.clients.size(), 1u);
+    EXPECT_EQ(state.clients[0].handle, 1);
+    EXPECT_TRUE(state.clients[0].isActive);
+    EXPECT_EQ(state.clients[0].lateOutputs, 2);
+    EXPECT_EQ(state.clients[0].longestDelayMs, 3000);
+    EXPECT_EQ(state.clients[0].packageName, "a.bc");
+}
+
+TEST(ClientTable, sameIdInTwoProcesses_isToldApartByTheCaller) {
+    codeclogger::ClientTable table;
+    table.add(entryOf(10, 0x7f00));
+    table.add(entryOf(20, 0x7f00));
+    EXPECT_EQ(table.find(10, 0x7f00)->handle, 1);
+    EXPECT_EQ(table.find(20, 0x7f00)->handle, 2);
+    // An observer, or a device's one-way call: the newest.
+    EXPECT_EQ(table.find(30, 0x7f00)->handle, 2);
+    EXPECT_EQ(table.find(0, 0x7f00)->handle, 2);
+    EXPECT_EQ(table.find(10, 0x7f01), nullptr);
+    EXPECT_FALSE(table.remove(30, 0x7f00));
+    EXPECT_EQ(table.remove(20, 0x7f00)->handle, 2);
+    EXPECT_EQ(table.find(30, 0x7f00)->handle, 1);
+}
+
+}  // namespace android::test

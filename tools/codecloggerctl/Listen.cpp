@@ -1,0 +1,208 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <inttypes.h>
+#include <stdio.h>
+#include <sys/eventfd.h>
+#include <sys/time.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <deque>
+#include <map>
+#include <mutex>
+#include <utility>
+
+#include <mediaCodecLogger/binder/media/IMediaCodecLoggerListener.h>
+#include <nlohmann/json.hpp>
+
+#include "Views.h"
+#include "Watch.h"
+
+namespace codecloggerctl {
+
+using android::binder::Status;
+
+namespace {
+
+struct Event {
+    enum Kind { FIRST_FRAME, LATE_OUTPUT, UNREGISTERED, SERVICE_DIED } kind;
+    /** The client id; of UNREGISTERED, the handle. */
+    int64_t id = 0;
+    int64_t delayMs = 0;
+};
+
+/** Hands events from binder threads to the main thread. Thread-safe. */
+class EventQueue {
+  public:
+    EventQueue() : mFd(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+    ~EventQueue() { close(mFd); }
+    EventQueue(const EventQueue&) = delete;
+    EventQueue& operator=(const EventQueue&) = delete;
+
+    /** Can be read when there is an event. */
+    int fd() const { return mFd; }
+
+    void push(const Event& event) {
+        std::lock_guard<std::mutex> lock(mLock);
+        mEvents.push_back(event);
+        eventfd_write(mFd, 1);
+    }
+
+    std::deque<Event> take() {
+        std::lock_guard<std::mutex> lock(mLock);
+        eventfd_t count;
+        eventfd_read(mFd, &count);
+        return std::exchange(mEvents, {});
+    }
+
+  private:
+    const int mFd;
+    std::mutex mLock;
+    std::deque<Event> mEvents;
+};
+
+class Listener : public android::media::BnMediaCodecLoggerListener,
+                 public android::IBinder::DeathRecipient {
+  public:
+    explicit Listener(const std::shared_ptr<EventQueue>& events) : mEvents(events) {}
+
+    Status notifyFirstFrameRendered(int64_t clientId) override {
+        mEvents->push({Event::FIRST_FRAME, clientId});
+        return Status::ok();
+    }
+    Status notifyOutBufferAvailableAfterDelay(int64_t clientId, int64_t delayMs) override {
+        mEvents->push({Event::LATE_OUTPUT, clientId, delayMs});
+        return Status::ok();
+    }
+    Status notifyVideoClientUnregistered(int32_t handle) override {
+        mEvents->push({Event::UNREGISTERED, handle});
+        return Status::ok();
+    }
+    void binderDied(const android::wp<android::IBinder>&) override {
+        mEvents->push({Event::SERVICE_DIED});
+    }
+
+  private:
+    const std::shared_ptr<EventQueue> mEvents;
+};
+
+std::string clockText() {
+    timeval now;
+    gettimeofday(&now, nullptr);
+    tm local;
+    localtime_r(&now.tv_sec, &local);
+    char time[16];
+    strftime(time, sizeof(time), "%H:%M:%S", &local);
+    char text[24];
+    snprintf(text, sizeof(text), "%s.%03d", time, static_cast<int>(now.tv_usec / 1000));
+    return text;
+}
+
+/** Remembers codecs beyond their end, to say which one it was that left. */
+class EventPrinter {
+  public:
+    EventPrinter(const Service& service, bool asJson) : mService(service), mAsJson(asJson) {
+        learn();
+    }
+
+    void print(const Event& event) {
+        if (event.kind != Event::UNREGISTERED) learn();
+        const codeclogger::ClientEntry* const entry = find(event);
+        if (mAsJson) {
+            printJson(event, entry);
+        } else {
+            printText(event, entry);
+        }
+        fflush(stdout);
+        if (event.kind == Event::UNREGISTERED) mKnown.erase(static_cast<int32_t>(event.id));
+    }
+
+  private:
+    void learn() {
+        codeclogger::ServiceState state{};
+        if (!mService.admin->getState(&state).isOk()) return;
+        for (const codeclogger::ClientEntry& entry : state.clients) mKnown[entry.handle] = entry;
+    }
+
+    /** The newest of that id. */
+    const codeclogger::ClientEntry* find(const Event& event) const {
+        const codeclogger::ClientEntry* found = nullptr;
+        for (const auto& [handle, entry] : mKnown) {
+            const bool matches =
+                    event.kind == Event::UNREGISTERED ? handle == event.id : entry.id == event.id;
+            if (matches) found = &entry;
+        }
+        return found;
+    }
+
+    static void printText(const Event& event, const codeclogger::ClientEntry* entry) {
+        CodecInfo codec;
+        if (entry != nullptr) codec.entry = *entry;
+        std::string who = entry != nullptr
+                                  ? "#" + std::to_string(entry->handle) + " " + codec.describe()
+                                  : "a codec that is gone";
+        switch (event.kind) {
+            case Event::FIRST_FRAME:
+                who += ": first frame rendered";
+                break;
+            case Event::LATE_OUTPUT:
+                who += ": output after " + std::to_string(event.delayMs) + " ms";
+                break;
+            default:
+                who += ": left";
+                break;
+        }
+        printf("%s %s\n", clockText().c_str(), who.c_str());
+    }
+
+    static void printJson(const Event& event, const codeclogger::ClientEntry* entry) {
+        static constexpr const char* kNames[] = {"first_frame_rendered", "late_output",
+                                                 "video_client_unregistered"};
+        nlohmann::ordered_json json = {{"schema_version", kSchemaVersion},
+                                       {"time_ms", nowMs()},
+                                       {"event", kNames[event.kind]}};
+        if (event.kind == Event::LATE_OUTPUT) json["delay_ms"] = event.delayMs;
+        if (entry != nullptr) {
+            json["handle"] = entry->handle;
+            json["pid"] = entry->pid;
+            json["package"] = entry->packageName;
+            json["kind"] = entry->isVideo ? "video" : "audio";
+            json["format"] = entry->format;
+        }
+        fputs(dump(json, true).c_str(), stdout);
+    }
+
+    const Service& mService;
+    const bool mAsJson;
+    std::map<int32_t, codeclogger::ClientEntry> mKnown;
+};
+
+}  // namespace
+
+int listen(const Service& service, const Options& options) {
+    const auto events = std::make_shared<EventQueue>();
+    const android::sp<Listener> listener = new Listener(events);
+    EventPrinter printer(service, options.format == Format::JSON);
+    const android::sp<android::IBinder> binder =
+            android::IInterface::asBinder(service.forObservers);
+    int64_t listenerId = 0;
+    if (binder->linkToDeath(listener) != android::OK ||
+        !service.forObservers->registerListener(listener, &listenerId).isOk()) {
+        return serviceGone();
+    }
+    fputs("codecloggerctl: listening\n", stderr);
+    int64_t shown = 0;
+    while (!waitForInterrupt(-1, events->fd())) {
+        for (const Event& event : events->take()) {
+            if (event.kind == Event::SERVICE_DIED) return serviceGone();
+            printer.print(event);
+            if (++shown == options.count) {
+                service.forObservers->unregisterListener(listenerId);
+                return EXIT_OK;
+            }
+        }
+    }
+    service.forObservers->unregisterListener(listenerId);
+    return EXIT_INTERRUPTED;
+}
+
+}  // namespace codecloggerctl

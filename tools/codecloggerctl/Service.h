@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <limits>
+#include <memory>
+
+#include <codeclogger/ICodecLoggerAdmin.h>
+#include <codeclogger/ServiceState.h>
+#include <mediaCodecLogger/binder/IMediaCodecLoggerService.h>
+#include <mediaCodecLogger/binder/media/IMediaCodecLoggerService.h>
+
+namespace codecloggerctl {
+
+/** The running logger service, through each of its interfaces. */
+struct Service {
+    android::sp<android::IMediaCodecLoggerService> forCodecs;
+    android::sp<android::media::IMediaCodecLoggerService> forObservers;
+    android::sp<codeclogger::ICodecLoggerAdmin> admin;
+};
+
+/** False, with a message, when none runs. */
+bool findService(Service* service);
+
+/** False, with a message, when the service has gone. */
+bool readState(const Service& service, codeclogger::ServiceState* state);
+
+/** Says that the service has gone, and returns the exit code for that. */
+int serviceGone();
+
+}  // namespace codecloggerctl

@@ -1,0 +1,133 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Watch.h"
+
+#include <poll.h>
+#include <signal.h>
+#include <stdio.h>
+#include <sys/signalfd.h>
+#include <unistd.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "CodecProgress.h"
+#include "Views.h"
+
+namespace codecloggerctl {
+
+namespace {
+
+constexpr char kClearScreen[] = "\033[H\033[2J";
+
+sigset_t interruptSet() {
+    sigset_t set;
+    sigemptyset(&set);
+    sigaddset(&set, SIGINT);
+    return set;
+}
+
+std::string decimal(double value) {
+    char text[32];
+    snprintf(text, sizeof(text), "%.1f", value);
+    return text;
+}
+
+using ProgressByHandle = std::map<int32_t, CodecProgress>;
+
+std::string watchText(const std::vector<CodecInfo>& codecs, const ProgressByHandle& progress,
+                      double seconds) {
+    if (codecs.empty()) return "No codec is registered.\n";
+    TextTable table({"#", "PID", "PACKAGE", "FORMAT", "RESOLUTION", "FRAMES", "/s", "DROPPED", "/s",
+                     "LATE", "/s", "kbps", "fps", "LAST FRAME"});
+    for (const CodecInfo& codec : codecs) {
+        const codeclogger::ClientEntry& entry = codec.entry;
+        std::vector<std::string> row = {(entry.isActive ? "*" : "") + std::to_string(entry.handle),
+                                        std::to_string(entry.pid), entry.packageName, entry.format,
+                                        codec.resolution()};
+        const CodecProgress& p = progress.at(entry.handle);
+        for (const Count& count : {p.frames(), p.dropped(), p.late()}) {
+            row.push_back(std::to_string(count.total));
+            row.push_back(decimal(static_cast<double>(count.recent) / seconds));
+        }
+        row.push_back(std::to_string(codec.bitrateKbps));
+        row.push_back(decimal(codec.framerate));
+        row.push_back(codec.lastFrame());
+        table.add(std::move(row));
+    }
+    return table.text();
+}
+
+std::string watchJson(const codeclogger::ServiceState& state, const std::vector<CodecInfo>& codecs,
+                      const ProgressByHandle& progress, int64_t intervalMs) {
+    nlohmann::ordered_json json = stateJson(state, codecs);
+    json["interval_ms"] = intervalMs;
+    for (size_t i = 0; i < codecs.size(); ++i) {
+        const CodecProgress& p = progress.at(codecs[i].entry.handle);
+        const struct {
+            const char* name;
+            const Count& count;
+        } kCounts[] = {{"frames", p.frames()}, {"dropped", p.dropped()}, {"late", p.late()}};
+        for (const auto& [name, count] : kCounts) {
+            json["codecs"][i]["since_start"][name] = count.total;
+            json["codecs"][i]["in_interval"][name] = count.recent;
+        }
+    }
+    return dump(json, true);
+}
+
+}  // namespace
+
+void blockInterrupt() {
+    const sigset_t set = interruptSet();
+    sigprocmask(SIG_BLOCK, &set, nullptr);
+}
+
+bool waitForInterrupt(int64_t timeoutMs, int fd) {
+    static const int interrupts = [] {
+        const sigset_t set = interruptSet();
+        return signalfd(-1, &set, SFD_CLOEXEC);
+    }();
+    pollfd fds[] = {{interrupts, POLLIN, 0}, {fd, POLLIN, 0}};
+    poll(fds, 2, static_cast<int>(timeoutMs));
+    return fds[0].revents != 0;
+}
+
+int watch(const Service& service, const Options& options) {
+    CodecQuery query;
+    ProgressByHandle progress;
+    int64_t lastMs = 0;
+    // Kept from refresh to refresh, so that the codecs' proxies need not be made anew.
+    codeclogger::ServiceState state{};
+    for (int64_t refresh = 1;; ++refresh) {
+        if (!readState(service, &state)) return EXIT_NO_SERVICE;
+        const std::vector<CodecInfo> codecs = query.ask(state.clients);
+        const int64_t now = nowMs();
+        const int64_t sinceLastMs = refresh > 1 ? now - lastMs : options.intervalMs;
+        lastMs = now;
+        ProgressByHandle registered;
+        for (const CodecInfo& codec : codecs) {
+            CodecProgress& p = registered[codec.entry.handle] = progress[codec.entry.handle];
+            p.update(codec);
+        }
+        progress = std::move(registered);
+        if (options.format == Format::JSON) {
+            fputs(watchJson(state, codecs, progress, sinceLastMs).c_str(), stdout);
+        } else {
+            if (isatty(STDOUT_FILENO)) {
+                fputs(kClearScreen, stdout);
+            } else if (refresh > 1) {
+                fputs("\n", stdout);
+            }
+            const double seconds = static_cast<double>(sinceLastMs) / 1000;
+            fputs(watchText(codecs, progress, seconds).c_str(), stdout);
+        }
+        fflush(stdout);
+        if (refresh == options.count) return EXIT_OK;
+        if (waitForInterrupt(options.intervalMs)) return EXIT_INTERRUPTED;
+    }
+}
+
+}  // namespace codecloggerctl

@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: Apache-2.0
+package codeclogger;
+
+import codeclogger.ServiceState;
+
+/**
+ * What codecloggerctl asks codecloggerd beyond the logger service's own interface, which knows
+ * neither audio codecs nor whose codec is whose.
+ */
+interface ICodecLoggerAdmin {
+    ServiceState getState();
+}
