@@ -1,7 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
 mcl_add_test(host_binder_test
     SOURCES libbinder/CrossProcessTest.cpp libbinder/DeadPeerTest.cpp libbinder/HostilePeerTest.cpp
-        libbinder/MessageTest.cpp libbinder/ObjectsTest.cpp libbinder/ParcelTest.cpp
+        libbinder/HostileServerTest.cpp libbinder/MessageTest.cpp libbinder/ObjectsTest.cpp
+        libbinder/ParcelTest.cpp
         libbinder/PeerProcess.cpp libbinder/RuntimeDirTest.cpp libbinder/StatusTest.cpp
         libbinder/TestService.cpp
     LIBS test_support hostPlatform)

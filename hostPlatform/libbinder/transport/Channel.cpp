@@ -14,7 +14,8 @@ namespace {
 
 constexpr size_t kReadChunk = 64 * 1024;
 constexpr size_t kMaxReadPerTurn = 4 * kReadChunk;
-constexpr size_t kMaxOutput = 16 * 1024 * 1024;
+// Enough for every thread of a busy process to send a call of the greatest size.
+constexpr size_t kMaxOutput = 64 * 1024 * 1024;
 
 bool wouldBlock(int error) {
     return error == EAGAIN || error == EWOULDBLOCK;

@@ -99,6 +99,9 @@ enum class MessageKind : uint32_t {
 
 /** One message; fields that its kind does not have are not sent and read back as 0. */
 struct Message {
+    Message() = default;
+    explicit Message(MessageKind k, uint64_t i = 0) : kind(k), id(i) {}
+
     MessageKind kind = MessageKind::kHello;
     uint64_t id = 0;
 

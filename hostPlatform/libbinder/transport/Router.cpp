@@ -55,13 +55,16 @@ void Router::forget(int32_t handle) {
     Mutex::Autolock lock(mLock);
     const HandleTable::Entry* const entry = mHandles.find(handle);
     if (entry == nullptr) return;
-    if (entry->link != nullptr && !entry->link->dead) {
-        Message release;
-        release.kind = MessageKind::kRelease;
-        release.object = entry->object;
-        send(entry->link, release);
+    if (entry->link != nullptr) {
+        release(entry->link, entry->object);
     }
     mHandles.remove(handle);
+}
+
+void Router::release(const std::shared_ptr<Link>& link, uint64_t object) {
+    Message message(MessageKind::kRelease);
+    message.object = object;
+    send(link, message);
 }
 
 bool Router::ensureListening() {
@@ -134,9 +137,7 @@ status_t Router::acquire(const std::shared_ptr<Link>& link, uint64_t object) {
     PendingCall call(link);
     Mutex::Autolock lock(mLock);
     if (link->dead) return DEAD_OBJECT;
-    Message message;
-    message.kind = MessageKind::kAcquire;
-    message.id = mNextId++;
+    Message message(MessageKind::kAcquire, mNextId++);
     message.object = object;
     send(link, message);
     await(message.id, &call);
@@ -162,10 +163,7 @@ bool Router::resolve(const ObjectAddress& address, sp<IBinder>* object) {
         Mutex::Autolock lock(mLock);
         proxy = mHandles.proxyOf(link, address.object);
         if (proxy != nullptr) {  // made meanwhile by another thread: one acquisition is too many
-            Message release;
-            release.kind = MessageKind::kRelease;
-            release.object = address.object;
-            send(link, release);
+            release(link, address.object);
         } else if (!link->dead) {
             proxy = mHandles.add(link, address.object);
         }
@@ -283,8 +281,7 @@ status_t Router::sendOneway(const std::shared_ptr<Link>& link, Message* message,
 
 status_t Router::call(int32_t handle, uint32_t code, uint32_t flags, const Parcel& data,
                       Parcel* reply) {
-    Message message;
-    message.kind = MessageKind::kCall;
+    Message message(MessageKind::kCall);
     message.code = code;
     message.flags = flags;
     std::shared_ptr<Link> link;
@@ -320,11 +317,8 @@ status_t Router::call(int32_t handle, uint32_t code, uint32_t flags, const Parce
     const status_t status = decodeParcel(call.reply, out);
     if (status != NO_ERROR) out->freeData();
     if (!call.reply.objects.empty()) {
-        Message taken;
-        taken.kind = MessageKind::kTaken;
-        taken.id = message.id;
         Mutex::Autolock lock(mLock);
-        send(link, taken);
+        send(link, Message(MessageKind::kTaken, message.id));
     }
     return status;
 }

@@ -94,6 +94,7 @@ class Router {
     bool ensureListening();
     std::shared_ptr<Link> linkTo(const PeerId& peer);
     status_t acquire(const std::shared_ptr<Link>& link, uint64_t object);
+    void release(const std::shared_ptr<Link>& link, uint64_t object) REQUIRES(mLock);
     bool resolve(const ObjectAddress& address, sp<IBinder>* object);
     status_t encodeParcel(const Parcel& parcel, Payload* payload, Pins* pins);
     bool addressOf(const sp<IBinder>& object, ObjectAddress* address, Pins* pins);
@@ -104,6 +105,7 @@ class Router {
 
     // RouterServe.cpp: calls from others.
     bool takeCall(const std::shared_ptr<Link>& link, Message* message) REQUIRES(mLock);
+    void refuse(const IncomingCall& call, status_t status) REQUIRES(mLock);
     void serve(IncomingCall* call);
     status_t dispatch(IncomingCall* call, Parcel* reply);
     void sendReply(const IncomingCall& call, status_t status, const Parcel& reply);
@@ -128,6 +130,7 @@ class Router {
     void greet(const std::shared_ptr<Link>& link, MessageKind kind) REQUIRES(mLock);
     void send(const std::shared_ptr<Link>& link, const Message& message) REQUIRES(mLock);
     void drop(const std::shared_ptr<Link>& link, Trash* trash) REQUIRES(mLock);
+    void failCalls(const std::shared_ptr<Link>& link) REQUIRES(mLock);
     void endTransit(const std::shared_ptr<Link>& link, uint64_t id, Trash* trash) REQUIRES(mLock);
     void letGo(Pins* pins, Trash* trash) REQUIRES(mLock);
     void discard(Trash* trash);

@@ -162,8 +162,7 @@ bool Router::takeMessage(const std::shared_ptr<Link>& link, Message* message, Tr
 }
 
 void Router::greet(const std::shared_ptr<Link>& link, MessageKind kind) {
-    Message greeting;
-    greeting.kind = kind;
+    Message greeting(kind);
     greeting.version = kProtocolVersion;
     greeting.peer = mSelf;
     link->deadlineMs = nowMs() + kPatienceMs;
@@ -173,9 +172,7 @@ void Router::greet(const std::shared_ptr<Link>& link, MessageKind kind) {
 bool Router::takeFromClient(const std::shared_ptr<Link>& link, Message* message, Trash* trash) {
     switch (message->kind) {
         case MessageKind::kAcquire: {
-            Message answer;
-            answer.kind = MessageKind::kAcquired;
-            answer.id = message->id;
+            Message answer(MessageKind::kAcquired, message->id);
             answer.status = mExports.hold(message->object) ? OK : DEAD_OBJECT;
             if (answer.status == OK) link->acquired[message->object]++;
             send(link, answer);
@@ -233,12 +230,7 @@ void Router::drop(const std::shared_ptr<Link>& link, Trash* trash) {
     link->dead = true;
     link->channel.close();  // the link itself stays for as long as there are proxies on it
     mLinks.erase(std::remove(mLinks.begin(), mLinks.end(), link), mLinks.end());
-    for (auto& [id, call] : mPending) {
-        if (call->link != link) continue;
-        call->done = true;
-        call->status = DEAD_OBJECT;
-        call->changed.signal();
-    }
+    failCalls(link);
     while (!link->inTransit.empty()) endTransit(link, link->inTransit.begin()->first, trash);
     for (const auto& [object, count] : link->acquired) mExports.letGo(object, count, trash);
     link->acquired.clear();
@@ -250,6 +242,16 @@ void Router::drop(const std::shared_ptr<Link>& link, Trash* trash) {
         }
     }
     mLinksChanged.broadcast();
+}
+
+// A call whose reply has come before the end is not among them.
+void Router::failCalls(const std::shared_ptr<Link>& link) {
+    for (auto& [id, call] : mPending) {
+        if (call->link != link || call->done) continue;
+        call->done = true;
+        call->status = DEAD_OBJECT;
+        call->changed.signal();
+    }
 }
 
 void Router::endTransit(const std::shared_ptr<Link>& link, uint64_t id, Trash* trash) {
@@ -274,6 +276,8 @@ void Router::discard(Trash* trash) {
 }
 
 void Router::stop() {
+    // A fork that exits has neither threads nor names of its own.
+    if (mSelf.pid != static_cast<uint32_t>(getpid())) return;
     bool wasReached;
     {
         Mutex::Autolock lock(mLock);
@@ -282,11 +286,7 @@ void Router::stop() {
         for (const auto& link : mLinks) {
             link->dead = true;
             link->channel.cutOff();
-        }
-        for (auto& [id, call] : mPending) {
-            call->done = true;
-            call->status = DEAD_OBJECT;
-            call->changed.signal();
+            failCalls(link);
         }
         mLinksChanged.broadcast();
         wasReached = mListener.get() >= 0;

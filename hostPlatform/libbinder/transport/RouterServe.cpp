@@ -70,7 +70,7 @@ uint64_t servedCallOf(const PeerId& peer) {
     return 0;
 }
 
-// False if the peer oversteps what it may have under way.
+// False if the peer has sent more one-way calls than it may have under way.
 bool Router::takeCall(const std::shared_ptr<Link>& link, Message* message) {
     auto call = std::make_shared<IncomingCall>();
     call->link = link;
@@ -81,11 +81,7 @@ bool Router::takeCall(const std::shared_ptr<Link>& link, Message* message) {
     call->payload = std::move(message->payload);
     if (link->acquired.count(message->object) != 0) call->target = mExports.find(message->object);
     if (call->target == nullptr) {
-        Message answer;
-        answer.kind = call->isOneway() ? MessageKind::kDone : MessageKind::kReply;
-        answer.id = call->id;
-        answer.status = DEAD_OBJECT;
-        send(link, answer);
+        refuse(*call, DEAD_OBJECT);
         return true;
     }
 
@@ -96,6 +92,10 @@ bool Router::takeCall(const std::shared_ptr<Link>& link, Message* message) {
         call->target->busy = true;
         return link->onewayCost <= kMaxOnewaySize;
     }
+    if (link->twoWayCost + call->cost > kMaxTwoWayCost) {
+        refuse(*call, FAILED_TRANSACTION);
+        return true;
+    }
     link->twoWayCost += call->cost;
     const auto outer = mPending.find(message->nestedIn);
     if (outer != mPending.end() && outer->second->link->peer == link->peer &&
@@ -105,7 +105,13 @@ bool Router::takeCall(const std::shared_ptr<Link>& link, Message* message) {
     } else {
         postCall(call);
     }
-    return link->twoWayCost <= kMaxTwoWayCost;
+    return true;
+}
+
+void Router::refuse(const IncomingCall& call, status_t status) {
+    Message answer(call.isOneway() ? MessageKind::kDone : MessageKind::kReply, call.id);
+    answer.status = status;
+    send(call.link, answer);
 }
 
 void Router::postCall(const std::shared_ptr<IncomingCall>& call) {
@@ -142,12 +148,9 @@ void Router::serve(IncomingCall* call) {
         sendReply(*call, status, reply);
         return;
     }
-    Message done;
-    done.kind = MessageKind::kDone;
-    done.id = call->id;
     Mutex::Autolock lock(mLock);
     call->link->onewayCost -= call->cost;
-    send(call->link, done);
+    send(call->link, Message(MessageKind::kDone, call->id));
 }
 
 status_t Router::dispatch(IncomingCall* call, Parcel* reply) {
@@ -162,9 +165,7 @@ status_t Router::dispatch(IncomingCall* call, Parcel* reply) {
 // As on a device, what was written to the reply of a failed call does not reach the caller, and a
 // positive result is none.
 void Router::sendReply(const IncomingCall& call, status_t status, const Parcel& reply) {
-    Message message;
-    message.kind = MessageKind::kReply;
-    message.id = call.id;
+    Message message(MessageKind::kReply, call.id);
     Pins pins;
     if (status >= NO_ERROR) status = reply.errorCheck();
     if (status == NO_ERROR) status = encodeParcel(reply, &message.payload, &pins);

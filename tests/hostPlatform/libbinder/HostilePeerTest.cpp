@@ -69,17 +69,14 @@ class HostilePeerTest : public ::testing::Test {
     }
 
     static std::vector<uint8_t> hello() {
-        Message message;
-        message.kind = MessageKind::kHello;
+        Message message(MessageKind::kHello);
         message.version = kProtocolVersion;
         message.peer = {4711, 1};
         return encodeMessage(message);
     }
 
     std::vector<uint8_t> bytesOf(MessageKind kind) const {
-        Message message;
-        message.kind = kind;
-        message.id = 1;
+        Message message(kind, 1);
         message.object = mObject;
         message.code = kEcho;
         message.payload.data.resize(4);
@@ -99,8 +96,7 @@ std::vector<uint8_t> join(std::vector<uint8_t> first, const std::vector<uint8_t>
 }
 
 TEST_F(HostilePeerTest, whatIsNoMessageEndsTheConnection) {
-    Message version;
-    version.kind = MessageKind::kHello;
+    Message version(MessageKind::kHello);
     version.version = kProtocolVersion + 1;
     const struct {
         const char* name;
@@ -164,8 +160,7 @@ TEST_F(HostilePeerTest, aCallOfWhatIsNotHeldFails) {
 
 TEST_F(HostilePeerTest, whoAsksForMuchAndTakesNothingIsCutOff) {
     const base::unique_fd socket = connect();
-    Message call;
-    call.kind = MessageKind::kCall;
+    Message call(MessageKind::kCall);
     call.object = mObject;
     call.code = kReplySize;
     const int32_t size = 500 * 1024;
@@ -184,8 +179,7 @@ TEST_F(HostilePeerTest, whoAsksForMuchAndTakesNothingIsCutOff) {
 TEST_F(HostilePeerTest, objectsAtAddressesThatLieAreDeadOrRefused) {
     const base::unique_fd socket = connect();
     sendBytes(socket, join(hello(), bytesOf(MessageKind::kAcquire)));
-    Message call;
-    call.kind = MessageKind::kCall;
+    Message call(MessageKind::kCall);
     call.object = mObject;
     call.code = kKeep;
     call.payload.data.resize(28);

@@ -12,9 +12,7 @@ namespace {
 using namespace transport;
 
 Message sample(MessageKind kind) {
-    Message message;
-    message.kind = kind;
-    message.id = 0x1122334455667788;
+    Message message(kind, 0x1122334455667788);
     switch (kind) {
         case MessageKind::kHello:
         case MessageKind::kWelcome:
