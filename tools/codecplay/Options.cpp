@@ -61,8 +61,9 @@ Output
   -h, --help           this text
   --version            the version
 
-Times are seconds (12.5) or [HH:]MM:SS[.fff]. Interruptions happen in the order given. The logger
-ignores drops from a start or flush until half a second after the first picture that follows it.
+Times are seconds (12.5) or [HH:]MM:SS[.fff]. Interruptions happen in the order given. Pictures that
+are more than 30 ms late are dropped, unless the logger service's allowlist names the package. The
+logger ignores drops from a start or flush until half a second after the first picture behind it.
 
 Exit code: 0 played, 1 a file cannot be opened or holds nothing to play, 2 usage, 3 damaged or cut
 off (played as far as possible), 4 a file cannot be written, 130 interrupted.
