@@ -16,7 +16,10 @@ foreach(library ${hostLibraries})
     install(TARGETS ${library} EXPORT mediacodeclogger
         LIBRARY DESTINATION ${MCL_INSTALL_HOST_LIBDIR})
     get_target_property(folder ${library} SOURCE_DIR)
-    install(DIRECTORY ${folder}/include/ DESTINATION ${MCL_INSTALL_HOST_INCLUDEDIR})
+    # The headers of some come with Debian's packages.
+    if(IS_DIRECTORY ${folder}/include)
+        install(DIRECTORY ${folder}/include/ DESTINATION ${MCL_INSTALL_HOST_INCLUDEDIR})
+    endif()
 endforeach()
 
 foreach(program codecplay codecloggerd codecloggerctl codecreport)
