@@ -16,13 +16,12 @@ namespace {
 /** "{at_ms:d}" is how the reader sees a field, "{at_ms}" how people do. */
 std::string withoutTypes(const std::string& line) {
     std::string text;
-    for (size_t i = 0; i < line.size(); ++i) {
-        if (line[i] == ':' && i + 2 < line.size() && line[i + 2] == '}' &&
-            line.rfind('{', i) > line.rfind('}', i) + 1) {
-            ++i;
-            continue;
-        }
-        text += line[i];
+    bool inField = false;
+    bool inType = false;
+    for (char c : line) {
+        inField = c == '{' || (inField && c != '}');
+        inType = inField && (inType || c == ':');
+        if (!inType) text += c;
     }
     return text;
 }

@@ -15,6 +15,9 @@ constexpr int64_t kPauseMs = 5000;
 // What the library calls a seek.
 constexpr int64_t kMaxStepUs = 5'000'000;
 
+// What the library takes for a resume: audio stood still too, and a new schedule holds.
+constexpr int64_t kResumeMs = 1000;
+
 constexpr size_t kReferenceFrames = 15;
 // Beyond these the eye notices: sound early by 45 ms (video late), sound late by 100 ms.
 constexpr int64_t kVideoLateMs = 45;
@@ -158,6 +161,7 @@ void FrameFlow::foldFreeze(const Frame& frame, int64_t intervalMs) {
 void FrameFlow::foldSync(const Frame& frame, int64_t intervalMs) {
     const int64_t shownUs = std::max(frame.displayUs, frame.renderCallUs);
     const Offset offset = {shownUs, (shownUs - frame.ptsUs) / 1000, intervalMs};
+    if (intervalMs >= kResumeMs) onResume();
     if (mHasReference) {
         foldOffset(offset);
         return;
@@ -213,6 +217,11 @@ void FrameFlow::onSyncLine(int64_t timeUs, int64_t behindMs, int64_t elapsedMs) 
     mSession->sync.measuredMs += elapsedMs;
     if (isOutside(behindMs - mReferenceMs)) mSession->sync.outsideMs += elapsedMs;
     addOffset(timeUs, behindMs - mReferenceMs);
+}
+
+void FrameFlow::onResume() {
+    settleReference();
+    mHasReference = false;
 }
 
 void FrameFlow::onDisplayWait(int64_t timeUs, int64_t waitMs) {
@@ -312,8 +321,7 @@ void FrameFlow::retire(Frame frame) {
 
 void FrameFlow::onDiscontinuity() {
     closeDropRun();
-    settleReference();
-    mHasReference = false;
+    onResume();
     mHasLast = false;
     mIntervalsMs.clear();
     mIntervalSumMs = 0;

@@ -38,6 +38,8 @@ class FrameFlow {
     void onSyncLine(int64_t timeUs, int64_t behindMs, int64_t elapsedMs);
     void onDisplayWait(int64_t timeUs, int64_t waitMs);
 
+    /** Playback went on after a pause: its schedule is a new one. */
+    void onResume();
     /** Output goes on elsewhere: intervals across this moment mean nothing. */
     void onDiscontinuity();
     /** The same, and the frames in flight are gone. */

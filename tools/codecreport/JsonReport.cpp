@@ -147,14 +147,23 @@ Json pointsOf(const Session& session, const Series& series, const char* unit) {
             {"rows", std::move(rows)}};
 }
 
-/** Rows of a rate: each stands at the middle of its span. */
+/**
+ * Rows of a rate: each stands at the middle of its span. The last span ends with the last event;
+ * less than half a span is too little for a rate, unless there is no more.
+ */
 Json ratesOf(const Session& session, const RateSeries& series, const char* column,
              double perSecond) {
     Json rows = Json::array();
-    for (size_t i = 0; i < series.sums().size(); ++i) {
-        const int64_t middleUs = series.startUs() + series.spanUs() * i + series.spanUs() / 2;
-        rows.push_back({since(session, middleUs),
-                        rounded(series.sums()[i] * perSecond * 1e6 / series.spanUs())});
+    const size_t count = series.sums().size();
+    for (size_t i = 0; i < count; ++i) {
+        const int64_t beginUs = series.startUs() + series.spanUs() * i;
+        int64_t lengthUs = series.spanUs();
+        if (i > 0 && i + 1 == count) {
+            lengthUs = series.lastUs() - beginUs;
+            if (lengthUs < series.spanUs() / 2) break;
+        }
+        rows.push_back({since(session, beginUs + lengthUs / 2),
+                        rounded(series.sums()[i] * perSecond * 1e6 / lengthUs)});
     }
     return {{"columns", {"at_ms", column}},
             {"span_ms", series.spanUs() / 1000},

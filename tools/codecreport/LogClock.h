@@ -11,7 +11,8 @@ namespace android::codecreport {
  * One even timeline for a log whose clock may jump. The timeline is the log's own clock as it
  * stood at the beginning. The device's monotonic clock, which many lines of the library carry,
  * shows jumps and places these lines to the millisecond even where the log shows seconds; without
- * it only a jump backwards is seen, and the timeline goes on without a gap.
+ * it only a jump backwards is seen, and the timeline goes on without a gap. A jump forward in the
+ * midst of lines with monotonic times is held back until the next of them tells whether it is one.
  */
 class LogClock {
   public:
@@ -33,8 +34,16 @@ class LogClock {
     uint64_t reboots() const { return mReboots; }
 
   private:
+    bool isSuspicious(int64_t timeUs) const;
+
     bool mStarted = false;
     bool mAnchored = false;
+    /** The correction was guessed when the clock went back; the next anchor knows. */
+    bool mGuessed = false;
+    /** Lines in a row that were held back, and where the log puts the last one. */
+    int mHeld = 0;
+    int64_t mPlacedUs = 0;
+    int64_t mLastAnchorUs = 0;
     int64_t mCorrectionUs = 0;
     int64_t mOffsetUs = 0;
     int64_t mLastUs = 0;

@@ -93,6 +93,8 @@ void onSeek(const Event& event) {
 
 void onDelayedOutput(const Event& event) {
     ++event.session.delayedOutputs;
+    // With a line for each frame the frames themselves showed the gap.
+    if (event.session.rendered == 0) event.flow.onResume();
     event.session.package = event.fields.text("package");
     event.moment("stall", format("nothing was rendered for %lld ms",
                                  static_cast<LL>(event.fields.number("gap_ms"))));

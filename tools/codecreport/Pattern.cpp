@@ -79,12 +79,12 @@ Pattern::Pattern(std::string_view source) {
 Pattern::Result Pattern::match(std::string_view text, Fields* fields) const {
     fields->clear();
     const size_t whole = text.size();
+    const auto isLong = [&] { return whole - text.size() >= kMinCutOff; };
     for (size_t i = 0; i < mParts.size(); ++i) {
         const Part& part = mParts[i];
-        const bool isCut = whole - text.size() >= kMinCutOff;
         if (text.substr(0, part.literal.size()) != part.literal) {
             const bool ends = std::string_view(part.literal).substr(0, text.size()) == text;
-            return ends && isCut ? Result::CUT_OFF : Result::NO;
+            return ends && isLong() ? Result::CUT_OFF : Result::NO;
         }
         text.remove_prefix(part.literal.size());
         if (part.type == '\0') return text.empty() ? Result::YES : Result::NO;
@@ -98,13 +98,14 @@ Pattern::Result Pattern::match(std::string_view text, Fields* fields) const {
                     text.substr(0, blank == std::string_view::npos ? blank : blank + next.size());
             length = next.empty() ? std::min(text.size(), blank) : where.find(next);
             if (length == std::string_view::npos || length > blank) {
-                const bool ends = blank == std::string_view::npos && part.type == 'w';
-                return ends && isCut ? Result::CUT_OFF : Result::NO;
+                const std::string_view rest = text.substr(std::min(text.size(), blank));
+                const bool ends = part.type == 'w' && next.compare(0, rest.size(), rest) == 0;
+                return ends && isLong() ? Result::CUT_OFF : Result::NO;
             }
         } else if (part.type != 'r') {
             length = readNumber(text, part.type, &number);
             if (length == 0) {
-                return (text.empty() || text == "-") && isCut ? Result::CUT_OFF : Result::NO;
+                return (text.empty() || text == "-") && isLong() ? Result::CUT_OFF : Result::NO;
             }
         }
         fields->add(part.name, text.substr(0, length), number);

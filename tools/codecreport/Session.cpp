@@ -88,7 +88,8 @@ void Series::add(int64_t timeUs, double value) {
 }
 
 void RateSeries::add(int64_t timeUs, double amount) {
-    if (mSums.empty()) mStartUs = timeUs;
+    if (mSums.empty()) mStartUs = mLastUs = timeUs;
+    mLastUs = std::max(mLastUs, timeUs);
     size_t index = timeUs <= mStartUs ? 0 : (timeUs - mStartUs) / mSpanUs;
     while (index >= kMax) {
         for (size_t i = 0; 2 * i < mSums.size(); ++i) {

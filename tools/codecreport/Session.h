@@ -127,11 +127,13 @@ class RateSeries {
     void add(int64_t timeUs, double amount);
     int64_t startUs() const { return mStartUs; }
     int64_t spanUs() const { return mSpanUs; }
+    int64_t lastUs() const { return mLastUs; }
     const std::vector<double>& sums() const { return mSums; }
 
   private:
     std::vector<double> mSums;
     int64_t mStartUs = 0;
+    int64_t mLastUs = 0;
     int64_t mSpanUs = 1'000'000;
 };
 

@@ -50,6 +50,7 @@ SessionBuilder::Route SessionBuilder::routeOf(const ReferenceEntry& entry,
     route.begins = entry.id == "p2_begin";
     route.video = analytics;
     route.hasPts = contains(line, "{pts_us:");
+    route.announces = entry.id == "frame_queued" || entry.id == "frame_decrypted";
     if (!route.reportKey.empty() || contains(line, "{prefix:")) {
         route.owner = Owner::BY_PREFIX;
     } else if (contains(line, "{tag:")) {
@@ -104,7 +105,7 @@ void SessionBuilder::onRecognised(const LogLine& line, const ReferenceEntry& ent
         timeUs = mClock.anchor(fields.number("at_ms"));
     }
     if (mStats.firstUs == kNoTime) mStats.firstUs = timeUs;
-    mStats.lastUs = std::max(mStats.lastUs, timeUs);
+    mStats.lastUs = timeUs;
     if (route.begins) beginAnew(line, fields.text("tag"));
     Open* open = ownerOf(route, line, fields, timeUs);
     if (open == nullptr) {
@@ -112,7 +113,7 @@ void SessionBuilder::onRecognised(const LogLine& line, const ReferenceEntry& ent
         return;
     }
     Session& session = *open->session;
-    session.endUs = std::max(session.endUs, timeUs);
+    session.endUs = timeUs;
     open->touched = ++mTouches;
     open->lastTid = line.tid;
     if (route.owner == Owner::BY_TAG || route.owner == Owner::BY_PREFIX) {
@@ -162,16 +163,27 @@ uint64_t SessionBuilder::threadOf(const LogLine& line) {
            static_cast<uint32_t>(line.tid);
 }
 
-/** Of the sessions that are accepted: the thread's, else the one written to last. */
+SessionBuilder::Open* SessionBuilder::ofThread(const LogLine& line) const {
+    const auto known = mByThread.find(threadOf(line));
+    return known == mByThread.end() ? nullptr : known->second;
+}
+
+/**
+ * Of the sessions that are accepted: the thread's, else the one written to last. Where there is but
+ * one, the thread is its thread from now on, unless it is known for another.
+ */
 template <typename Predicate>
 SessionBuilder::Open* SessionBuilder::choose(const LogLine& line, Predicate accepts) {
-    const auto known = mByThread.find(threadOf(line));
-    if (known != mByThread.end() && accepts(*known->second)) return known->second;
+    Open* known = ofThread(line);
+    if (known != nullptr && accepts(*known)) return known;
     Open* last = nullptr;
+    int count = 0;
     for (const auto& open : mOpen) {
         if (open->session->pid != line.pid || !accepts(*open)) continue;
+        ++count;
         if (last == nullptr || open->touched > last->touched) last = open.get();
     }
+    if (count == 1 && mByThread.size() < kMaxThreads) mByThread.emplace(threadOf(line), last);
     return last;
 }
 
@@ -199,7 +211,7 @@ SessionBuilder::Open* SessionBuilder::byLabel(const LogLine& line, const Route& 
     const auto accepts = [&](const Open& open) {
         return isEvent ? open.session->isVideo() : open.session->tag.format == label;
     };
-    if (route.hasPts) {
+    if (route.hasPts && !route.announces) {
         const int64_t pts = fields.number("pts_us");
         Open* open = choose(
                 line, [&](const Open& o) { return accepts(o) && o.flow->find(pts) != nullptr; });
@@ -209,9 +221,7 @@ SessionBuilder::Open* SessionBuilder::byLabel(const LogLine& line, const Route& 
     if (open != nullptr || isEvent) return open;
     // Before its first input a tracker goes by the name of its component.
     if (contains(label, ".")) return byThread(line, true);
-    return route.hasPts && contains(fields.text("input_event"), "queue")
-                   ? begin(line, label, timeUs, true)
-                   : nullptr;
+    return route.announces ? begin(line, label, timeUs, true) : nullptr;
 }
 
 SessionBuilder::Open* SessionBuilder::byThread(const LogLine& line, bool video) {

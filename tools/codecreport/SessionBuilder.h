@@ -79,6 +79,8 @@ class SessionBuilder {
         bool video = false;
         bool begins = false;
         bool hasPts = false;
+        /** The frame of the line enters the codec: no session has it in flight yet. */
+        bool announces = false;
         /** The JSON key of a report line. */
         std::string reportKey;
     };
@@ -94,6 +96,8 @@ class SessionBuilder {
     Open* byTag(const LogLine& line, std::string_view tag, int64_t timeUs);
     Open* byLabel(const LogLine& line, const Route& route, const Fields& fields, int64_t timeUs);
     Open* byThread(const LogLine& line, bool video);
+    /** The session that a thread is known to write for, or nullptr. */
+    Open* ofThread(const LogLine& line) const;
     template <typename Predicate>
     Open* choose(const LogLine& line, Predicate accepts);
     Open* begin(const LogLine& line, std::string_view tag, int64_t timeUs, bool startedBefore);

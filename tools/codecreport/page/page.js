@@ -245,6 +245,8 @@ function marksOf(session) {
   };
 }
 
+const fromZero = (u, min, max) => [0, Math.max(1, max * 1.05)];
+
 function ratePlot(session) {
   const rates = session.frame_rate ? session.frame_rate.rows : [];
   const inputs = session.input_rate.rows.length > 0 ? session.input_rate.rows : session.reported_bitrate.rows.map((row) => row.slice(0, 2));
@@ -258,6 +260,7 @@ function ratePlot(session) {
     title: 'Frame rate and input bitrate',
     data: joined(...tables),
     series,
+    scales: { y: { range: fromZero }, y2: { range: fromZero } },
     y: rates.length > 0 ? 'frames/s' : 'kbit/s',
     y2: rates.length > 0 && inputs.length > 0 ? 'kbit/s' : null,
     marks: session.drops && marksOf(session),

@@ -86,14 +86,14 @@ const Plots = (() => {
   /**
    * Draws one plot into an element.
    *
-   * @param plot { data, series: [{ label, color, scale, dash, points }], y, y2, marks, label }
+   * @param plot { data, series: [{ label, color, scale, dash }], scales, y, y2, marks, label }
    */
   function draw(element, plot) {
     const options = {
       width: Math.max(300, element.clientWidth - 8),
       height: HEIGHT,
       cursor: { sync: { key: 'session' }, drag: { x: true, y: false } },
-      scales: { x: { time: false } },
+      scales: { x: { time: false }, ...plot.scales },
       axes: [axis('seconds since the session began'), axis(plot.y, { scale: 'y' })],
       series: [
         { label: 's', value: (u, v) => (v == null ? '' : v.toFixed(3)) },
@@ -104,7 +104,6 @@ const Plots = (() => {
           width: 1.5,
           dash: s.dash,
           spanGaps: false,
-          points: s.points,
           value: (u, v) => (v == null ? '' : String(v)),
         })),
       ],

@@ -1,0 +1,124 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <archive.h>
+#include <archive_entry.h>
+#include <gtest/gtest.h>
+#include <stdio.h>
+#include <unistd.h>
+
+#include <tools/codecreport/LineReader.h>
+#include <tools/codecreport/MetricsReader.h>
+
+#include "ReportSupport.h"
+
+namespace android::test {
+namespace {
+
+using codecreport::LineReader;
+using codecreport::MetricsReader;
+
+/** The lines of an input, joined by '|', then what went wrong. */
+std::pair<std::string, std::string> linesOf(const std::string& path) {
+    LineReader reader;
+    if (!reader.open(path)) return {"", reader.error()};
+    std::string lines;
+    std::string_view line;
+    while (reader.next(&line)) {
+        lines += line;
+        lines += '|';
+    }
+    return {lines, reader.error()};
+}
+
+std::string compressed(const std::string& content, int filter, int format, const char* name) {
+    const std::string path = fileWith("", name);
+    archive* writer = archive_write_new();
+    EXPECT_EQ(ARCHIVE_OK, archive_write_add_filter(writer, filter));
+    archive_write_set_format(writer, format);
+    archive_write_open_filename(writer, path.c_str());
+    for (int i = 0; i < (format == ARCHIVE_FORMAT_ZIP ? 2 : 1); ++i) {
+        archive_entry* entry = archive_entry_new();
+        archive_entry_set_pathname(entry, i == 0 ? "bugreport.txt" : "more.txt");
+        archive_entry_set_filetype(entry, AE_IFREG);
+        archive_entry_set_size(entry, content.size());
+        archive_write_header(writer, entry);
+        archive_write_data(writer, content.data(), content.size());
+        archive_entry_free(entry);
+    }
+    archive_write_free(writer);
+    return path;
+}
+
+TEST(LineReader, readsPlainText) {
+    EXPECT_EQ("a|b||c|", linesOf(fileWith("a\nb\n\nc")).first);
+    EXPECT_EQ("a|", linesOf(fileWith("a\n")).first);
+    EXPECT_EQ("", linesOf(fileWith("")).first);
+    EXPECT_EQ("", linesOf(fileWith("")).second);
+}
+
+TEST(LineReader, readsCompressedTextAndArchives) {
+    const std::string content = "first\nsecond\n" + std::string(300'000, 'x') + "\nlast\n";
+    const std::string lines = linesOf(fileWith(content)).first;
+    for (int filter :
+         {ARCHIVE_FILTER_GZIP, ARCHIVE_FILTER_XZ, ARCHIVE_FILTER_ZSTD, ARCHIVE_FILTER_BZIP2}) {
+        const std::string path = compressed(content, filter, ARCHIVE_FORMAT_RAW, "compressed");
+        EXPECT_EQ(lines, linesOf(path).first) << filter;
+    }
+    const std::string zip = compressed(content, ARCHIVE_FILTER_NONE, ARCHIVE_FORMAT_ZIP, "zip");
+    EXPECT_EQ(lines + lines, linesOf(zip).first);
+}
+
+TEST(LineReader, damagedCompressionEndsEarlyAndSaysSo) {
+    std::string content;
+    for (int i = 0; i < 200'000; ++i) content += std::to_string(i * 7919 % 100'003) + "\n";
+    const std::string path =
+            compressed(content, ARCHIVE_FILTER_GZIP, ARCHIVE_FORMAT_RAW, "damaged");
+    ASSERT_EQ(0, truncate(path.c_str(), 200'000));
+    const auto [lines, error] = linesOf(path);
+    EXPECT_GT(lines.size(), 100'000u);
+    EXPECT_NE("", error);
+}
+
+TEST(LineReader, cutsLinesThatNoLogHas) {
+    const std::string longLine(3 * LineReader::kMaxLine, 'x');
+    LineReader reader;
+    ASSERT_TRUE(reader.open(fileWith("a\n" + longLine + "\nb\n")));
+    std::string_view line;
+    ASSERT_TRUE(reader.next(&line));
+    ASSERT_TRUE(reader.next(&line));
+    EXPECT_EQ(LineReader::kMaxLine, line.size());
+    ASSERT_TRUE(reader.next(&line));
+    EXPECT_EQ("b", line);
+}
+
+TEST(LineReader, saysWhyAFileDoesNotOpen) {
+    EXPECT_EQ("No such file or directory", linesOf("/no/such/file").second);
+    EXPECT_EQ("Is a directory", linesOf("/").second);
+}
+
+TEST(MetricsReader, sumsRecordsThatDifferInTheirValueOnly) {
+    MetricsReader metrics;
+    const auto record = [](const char* value, const char* type) {
+        return std::string(R"({"schema":"lxcd/2/02330410","name":"FramedropType","package":"p",)"
+                           R"("unit":"frames","dimension":"HW_avc","value":)") +
+               value + R"(,"data":{"ConsecFD":")" + type + R"("},"flag":1})";
+    };
+    metrics.onLine(record("3", "max"));
+    metrics.onLine(record("5.5", "max"));
+    metrics.onLine(record("1", "1"));
+    for (const char* bad : {"{", "[]", "7", R"({"name":"x"})", R"({"name":7,"value":1})",
+                            R"({"name":"x","value":"1"})", "{\"name\":\"x\",\"value\":1"}) {
+        metrics.onLine(bad);
+    }
+    metrics.onLine("");
+    EXPECT_EQ(3u, metrics.records());
+    EXPECT_EQ(7u, metrics.notUnderstood());
+    ASSERT_EQ(2u, metrics.rows().size());
+    const MetricsReader::Row& row = metrics.rows().rbegin()->second;
+    EXPECT_EQ("ConsecFD=max", row.data);
+    EXPECT_EQ(2u, row.count);
+    EXPECT_EQ(5.5, row.last);
+    EXPECT_EQ(8.5, row.sum);
+}
+
+}  // namespace
+}  // namespace android::test

@@ -1,0 +1,291 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <map>
+#include <set>
+
+#include <tools/codecreport/Analysis.h>
+#include <tools/codecreport/Compare.h>
+#include <tools/codecreport/HtmlPage.h>
+#include <tools/codecreport/JsonReport.h>
+#include <tools/codecreport/TraceWriter.h>
+
+#include "ReportSupport.h"
+#include "SyntheticLog.h"
+#include "perfetto_trace.pb.h"
+#include "tests/support/Process.h"
+
+namespace android::test {
+namespace {
+
+using codecreport::compare;
+using codecreport::CompareResult;
+using codecreport::LogFormat;
+using codecreport::parseThreshold;
+using codecreport::Reference;
+using perfetto::protos::Trace;
+using perfetto::protos::TrackEvent;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+/** A playback in which something of everything happens, with lines that are not understood. */
+std::string eventfulLog() {
+    Playback playback;
+    playback.stalls = {{150, 400}};
+    playback.drops = {200, 201, 202};
+    std::vector<LogMessage> messages = messagesOf(playback);
+    const auto add = [&](int64_t ms, const char* tag, const char* text) {
+        messages.push_back({ms, playback.pid, playback.tid, tag, text});
+    };
+    add(105'000, "MediaCodecLogger", "4321.HW.c2.video.avc.bitrateInKbps = 900");
+    add(106'000, "MediaCodecLogger", "not of the library");
+    add(107'000, "ZMediaAnalyticV",
+        "AVSYNC_V:1(2)(3) b:0 rts:4(5) pid:4321 min:-1(-1 )(10) max:0(0)(10) avg:0(0)(10) "
+        "cnt:1(0)");
+    return writeLog(messages, LogFormat::THREADTIME);
+}
+
+/** The whole analysis of it, with a problem and a metrics record. */
+Json eventfulReport() {
+    const Reference reference;
+    codecreport::Analysis analysis;
+    codecreport::readLogs(reference, {fileWith(eventfulLog()), "/no/such/log"}, nullptr, false,
+                          &analysis);
+    codecreport::readMetrics(fileWith(R"({"name":"AvgBitrate","value":1})"
+                                      "\n",
+                                      "metrics"),
+                             &analysis);
+    return toJson(analysis);
+}
+
+/** All keys with "[]" for the elements of lists, as the reference writes them. */
+void collectKeys(const Json& json, const std::string& path, std::set<std::string>* keys) {
+    if (json.is_object()) {
+        for (const auto& [key, value] : json.items()) {
+            // Their keys are data.
+            const bool isOpen = path == "sessions[].report" || path == "input.formats";
+            collectKeys(value, path + (path.empty() ? "" : ".") + (isOpen ? "*" : key), keys);
+        }
+    } else if (json.is_array()) {
+        for (const Json& element : json) collectKeys(element, path + "[]", keys);
+    } else {
+        keys->insert(path);
+    }
+}
+
+TEST(JsonReport, everyKeyIsDocumentedAndEveryDocumentedKeyIsThere) {
+    std::set<std::string> keys;
+    collectKeys(eventfulReport(), "", &keys);
+    std::set<std::string> documented;
+    const Reference reference;
+    for (const Reference::Table& table : reference.tables()) {
+        if (table.name != "json") continue;
+        for (const auto& entry : table.entries) documented.insert(entry.id);
+    }
+    std::vector<std::string> missing;
+    std::set_difference(keys.begin(), keys.end(), documented.begin(), documented.end(),
+                        std::back_inserter(missing));
+    EXPECT_THAT(missing, IsEmpty()) << "not documented";
+    missing.clear();
+    std::set_difference(documented.begin(), documented.end(), keys.begin(), keys.end(),
+                        std::back_inserter(missing));
+    EXPECT_THAT(missing, IsEmpty()) << "documented, not written";
+}
+
+TEST(JsonReport, bytesThatAreNoTextAreReplaced) {
+    const Json report =
+            reportOf(threadtime({{"MediaCodecLogger", "[BRISK] HW.video.\xff P2 + 100000"},
+                                 {"MediaCodecLogger", "\xc3 </script>"}}));
+    const std::string text = codecreport::dump(report, false);
+    EXPECT_TRUE(Json::accept(text));
+    EXPECT_THAT(text, HasSubstr("HW.video.\xef\xbf\xbd"));
+    // Nothing of a log can end the page's data.
+    const std::string page = htmlPage(report, Reference());
+    EXPECT_THAT(page, HasSubstr("\\u003c/script>"));
+    EXPECT_THAT(page, Not(HasSubstr("@PAGE_JS@")));
+    EXPECT_THAT(page, HasSubstr("The MIT License"));
+}
+
+/** The slices of one track, in the order of their times. */
+struct Slice {
+    uint64_t beginNs;
+    uint64_t endNs;
+    std::string name;
+    std::vector<uint64_t> flows;
+    std::vector<uint64_t> lastFlows;
+};
+
+struct ReadTrace {
+    std::map<uint64_t, std::string> names;
+    std::map<uint64_t, uint64_t> parents;
+    std::map<uint64_t, std::vector<Slice>> slices;
+    std::map<uint64_t, int> counters;
+    std::map<std::string, int> instants;
+    std::set<int> pids;
+
+    std::vector<Slice> slicesOf(const std::string& name) const {
+        std::vector<Slice> result;
+        for (const auto& [track, list] : slices) {
+            if (names.at(track) == name) result.insert(result.end(), list.begin(), list.end());
+        }
+        return result;
+    }
+};
+
+ReadTrace readTrace(const std::string& path) {
+    Trace trace;
+    EXPECT_TRUE(trace.ParseFromString(readFile(path)));
+    ReadTrace result;
+    for (const auto& packet : trace.packet()) {
+        if (packet.has_track_descriptor()) {
+            const auto& track = packet.track_descriptor();
+            result.names[track.uuid()] = track.name();
+            result.parents[track.uuid()] = track.parent_uuid();
+            if (track.has_process()) result.pids.insert(track.process().pid());
+        }
+        if (!packet.has_track_event()) continue;
+        const TrackEvent& event = packet.track_event();
+        EXPECT_EQ(1u, result.names.count(event.track_uuid()));
+        std::vector<Slice>& slices = result.slices[event.track_uuid()];
+        switch (event.type()) {
+            case TrackEvent::TYPE_SLICE_BEGIN:
+                // What is written one after the other must not overlap on its track.
+                if (!slices.empty()) {
+                    EXPECT_LE(slices.back().endNs, packet.timestamp());
+                }
+                slices.push_back({packet.timestamp(),
+                                  0,
+                                  event.name(),
+                                  {event.flow_ids().begin(), event.flow_ids().end()},
+                                  {event.terminating_flow_ids().begin(),
+                                   event.terminating_flow_ids().end()}});
+                break;
+            case TrackEvent::TYPE_SLICE_END:
+                EXPECT_EQ(0u, slices.back().endNs);
+                slices.back().endNs = packet.timestamp();
+                break;
+            case TrackEvent::TYPE_COUNTER:
+                ++result.counters[event.track_uuid()];
+                break;
+            default:
+                ++result.instants[event.name()];
+        }
+    }
+    return result;
+}
+
+TEST(Trace, holdsASliceAFrameAndStageTiedByAFlow) {
+    const std::string path = fileWith("", "trace");
+    codecreport::TraceWriter writer;
+    ASSERT_TRUE(writer.open(path));
+    reportOf(eventfulLog(), &writer);
+    ASSERT_TRUE(writer.close());
+    const ReadTrace trace = readTrace(path);
+
+    EXPECT_EQ(std::set<int>{4321}, trace.pids);
+    std::set<uint64_t> flows;
+    for (const char* stage : {"decrypt", "codec", "message", "app"}) {
+        const std::vector<Slice> slices = trace.slicesOf(stage);
+        EXPECT_EQ(300u, slices.size()) << stage;
+        for (const Slice& slice : slices) flows.insert(slice.flows.begin(), slice.flows.end());
+    }
+    EXPECT_EQ(300u, flows.size());
+    // The render lead ends the flow, but for the dropped frames.
+    const std::vector<Slice> leads = trace.slicesOf("lead");
+    EXPECT_EQ(297u, leads.size());
+    for (const Slice& slice : leads) {
+        ASSERT_EQ(1u, slice.lastFlows.size());
+        EXPECT_EQ(1u, flows.count(slice.lastFlows[0]));
+    }
+    // Frame 151 (counted from 1) was stalled: 467 ms with the application, from its output on.
+    const std::vector<Slice> apps = trace.slicesOf("app");
+    const auto stalled = std::find_if(apps.begin(), apps.end(),
+                                      [](const Slice& s) { return s.name == "frame 151"; });
+    ASSERT_NE(apps.end(), stalled);
+    EXPECT_EQ(467'000'000u, stalled->endNs - stalled->beginNs);
+    const uint64_t outputMs = kWallOffsetMs + 100'160 + 150 * 40 - 77;
+    EXPECT_EQ(outputMs * 1'000'000, stalled->beginNs);
+
+    for (const char* span : {"P2 configure", "P3 start", "P5 first frame", "freeze", "drop run"}) {
+        EXPECT_EQ(1u, trace.slicesOf(span).size()) << span;
+    }
+    EXPECT_EQ(3, trace.instants.at("drop"));
+    std::set<std::string> counted;
+    for (const auto& [track, count] : trace.counters) counted.insert(trace.names.at(track));
+    EXPECT_EQ((std::set<std::string>{"frames in flight", "input bitrate", "sync offset"}), counted);
+    // Every track leads to a process.
+    for (auto [track, parent] : trace.parents) {
+        for (int depth = 0; parent != 0 && depth < 5; ++depth) parent = trace.parents.at(parent);
+        EXPECT_EQ(0u, parent) << track;
+    }
+}
+
+Json playedWith(std::map<int, int64_t> stalls, std::set<int> drops) {
+    Playback playback;
+    playback.stalls = std::move(stalls);
+    playback.drops = std::move(drops);
+    return reportOf(writeLog(messagesOf(playback), LogFormat::THREADTIME));
+}
+
+TEST(Compare, thresholdsAreHeld) {
+    const Json good = playedWith({}, {50});
+    const Json bad = playedWith({{150, 400}}, {50, 51, 52});
+    struct {
+        const char* threshold;
+        bool badExceeds;
+        bool goodExceeds;
+    } const cases[] = {
+            // Dropped frames: 1 and 3.
+            {"counts.dropped_count=1", true, false},
+            {"counts.dropped_count=2", false, false},
+            {"counts.dropped_count=199%", true, false},
+            {"counts.dropped_count=200%", false, false},
+            {"report.total_frames_dropped=0", true, false},
+            // Freezes: 0 and 1, of 440 ms.
+            {"freezes.freeze_count=50%", true, false},
+            {"freezes.total_ms=440", false, false},
+            {"freezes.total_ms=439", true, false},
+            {"stages.codec.p50_ms=0", false, false},
+            {"0", true, false},
+            {"100000", false, false},
+    };
+    for (const auto& c : cases) {
+        const auto threshold = parseThreshold(c.threshold);
+        ASSERT_TRUE(threshold) << c.threshold;
+        EXPECT_EQ(c.badExceeds, compare(good, bad, {*threshold}).exceeds) << c.threshold;
+        // The other way round everything got better.
+        EXPECT_EQ(c.goodExceeds, compare(bad, good, {*threshold}).exceeds) << c.threshold;
+    }
+    // A threshold of its own comes before the one for all.
+    EXPECT_FALSE(compare(good, playedWith({}, {50, 51}),
+                         {*parseThreshold("0"), *parseThreshold("counts.dropped_count=1"),
+                          *parseThreshold("report.total_frames_dropped=1"),
+                          *parseThreshold("drops.longest_run_frames=1"),
+                          *parseThreshold("frame_interval.p99_ms=100%")})
+                         .exceeds);
+}
+
+TEST(Compare, sessionsGoTogetherByTheirCodec) {
+    Json base = playedWith({}, {});
+    Json now = base;
+    now["sessions"][0]["codec_tag"] = "SW.c2.video.vp9";
+    now["sessions"].push_back(base["sessions"][0]);
+    now["sessions"][1]["id"] = 2;
+    const CompareResult result = compare(base, now, {});
+    EXPECT_EQ(1u, result.pairs);
+    EXPECT_EQ(2, result.values[0].newId);
+    EXPECT_THAT(result.unmatched, testing::ElementsAre("only in NEW: SW.c2.video.vp9"));
+    EXPECT_EQ(0u, compare(base, Json::object(), {}).pairs);
+    EXPECT_EQ(0u, compare(Json({{"sessions", 7}}), now, {}).pairs);
+}
+
+TEST(Compare, thresholdTextsAreChecked) {
+    for (const char* text : {"", "x", "=5", "a=", "a=5x", "a=-1", "a=nan", "5%%", "a=1e99"}) {
+        EXPECT_FALSE(parseThreshold(text)) << text;
+    }
+}
+
+}  // namespace
+}  // namespace android::test

@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: Apache-2.0
+// Logs of codecplay: what the library really writes, read by codecreport.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/tools/CodecplayTest.h"
+
+namespace android::test {
+namespace {
+
+using testing::StartsWith;
+
+/** What codecplay says of its sessions, and what codecreport reads out of their log. */
+struct Both {
+    Json played;
+    Json report;
+};
+
+Both playAndReport(std::vector<std::string> arguments) {
+    const std::string log = scratchFile("session.log");
+    const auto played = runProcess(std::vector<std::string>{CODECPLAY, "--json", "--log", log} +
+                                   std::move(arguments));
+    EXPECT_EQ(0, played.exitCode) << played.err;
+    const auto report = runProcess({CODECREPORT, log, "--json", "-q"});
+    EXPECT_EQ(0, report.exitCode) << report.err;
+    return {Json::parse(played.out, nullptr, false), Json::parse(report.out, nullptr, false)};
+}
+
+TEST(CodecreportPlayed, everyLineOfTheLibraryIsUnderstood) {
+    // All lines of the analysis but the dumps, of both back-ends, with faults and interruptions.
+    for (const char* backEnd : {"--codec2", "--omx", "--tunneled", "--secure"}) {
+        const Both both = playAndReport(
+                analysis("0x3046f") +
+                std::vector<std::string>{backEnd, "--speed", "0", "--drop", "60-64", "--seek",
+                                         "0.5@2", "--error", "recoverable@3", ordinaryClip()});
+        const Json& input = both.report["input"];
+        EXPECT_EQ(0, input["unknown_count"]) << backEnd << input["examples"];
+        EXPECT_EQ(0, input["cut_off_count"]) << backEnd << input["examples"];
+        EXPECT_EQ(0, input["not_log_line_count"]) << backEnd;
+        EXPECT_EQ(0, input["unattributed_count"]) << backEnd;
+        EXPECT_EQ(0, input["clock_jump_count"]) << backEnd;
+        EXPECT_EQ(2u, both.report["sessions"].size()) << backEnd;
+        EXPECT_EQ(1, both.report["sessions"][0]["counts"]["error_count"]) << backEnd;
+    }
+}
+
+TEST(CodecreportPlayed, insertedStallIsFoundAndNamed) {
+    const Both both = playAndReport(analysis("0x407") +
+                                    std::vector<std::string>{"--stall", "60:400", ordinaryClip()});
+    const Json& session = both.report["sessions"][0];
+    ASSERT_GE(session["freezes"]["freeze_count"], 1);
+    // 30 frames a second: what was to be shown at 2 s stood for the stall at least.
+    const Json& freeze = session["freezes"]["list"][0];
+    EXPECT_GE(freeze["duration_ms"], 300);
+    EXPECT_NEAR(2e6, freeze["pts_us"].get<double>(), 1e5);
+    EXPECT_THAT(freeze["verdict"].get<std::string>(), StartsWith("app: held for "));
+    EXPECT_EQ("app", session["worst_frames"][0]["cause"]);
+}
+
+TEST(CodecreportPlayed, concurrentCodecsOfOneKindStayApart) {
+    const Both both = playAndReport(analysis("0x407") + std::vector<std::string>{"--speed", "0",
+                                                                                 "--instances", "4",
+                                                                                 ordinaryClip()});
+    ASSERT_EQ(8u, both.report["sessions"].size());
+    for (const Json& session : both.report["sessions"]) {
+        if (session["kind"] != "video") continue;
+        // 4 s at 30 frames a second, and the empty buffer that ends them.
+        EXPECT_EQ(121, session["counts"]["input_count"]);
+        EXPECT_EQ(120, session["counts"]["rendered_count"].get<int>() +
+                               session["counts"]["dropped_count"].get<int>());
+    }
+}
+
+}  // namespace
+}  // namespace android::test

@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include <tools/codecreport/SessionObserver.h>
+
+namespace android::test {
+
+using Json = nlohmann::ordered_json;
+
+/** A file of this test case with this content; its path. */
+std::string fileWith(const std::string& content, const std::string& name = "log");
+
+/** The report that codecreport makes of a log. */
+Json reportOf(const std::string& log, codecreport::SessionObserver* observer = nullptr);
+
+/** Lines of a threadtime log of process 4321 and thread 4330, one second apart from each other. */
+std::string threadtime(const std::vector<std::pair<const char*, std::string>>& tagsAndTexts);
+
+}  // namespace android::test

@@ -1,0 +1,231 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "SyntheticLog.h"
+
+#include <stdarg.h>
+#include <stdio.h>
+#include <time.h>
+
+#include <algorithm>
+
+namespace android::test {
+
+namespace {
+
+constexpr char kLogger[] = "MediaCodecLogger";
+constexpr char kAnalytics[] = "ZMediaAnalyticV";
+constexpr int64_t kAnnouncedMs = 100;
+constexpr int64_t kDecryptMs = 2;
+constexpr int64_t kCodecMs = 20;
+constexpr int64_t kMessageMs = 1;
+constexpr int64_t kLeadMs = 10;
+
+using LL = long long;
+
+std::string text(const char* format, ...) __attribute__((format(printf, 1, 2)));
+std::string text(const char* format, ...) {
+    char buffer[512];
+    va_list args;
+    va_start(args, format);
+    vsnprintf(buffer, sizeof(buffer), format, args);
+    va_end(args);
+    return buffer;
+}
+
+/** The times of one frame, monotonic milliseconds. */
+struct Times {
+    int64_t ptsUs;
+    int64_t announced;
+    int64_t queued;
+    int64_t decoded;
+    int64_t output;
+    int64_t call;
+    int64_t render;
+};
+
+class Writer {
+  public:
+    explicit Writer(const Playback& playback) : mPlayback(playback) {}
+
+    std::vector<LogMessage> write() {
+        begin();
+        int64_t shiftMs = 0;
+        for (int i = 0; i < mPlayback.frames; ++i) frame(i, &shiftMs);
+        if (mPlayback.report) report();
+        return mMessages;
+    }
+
+  private:
+    static int64_t delay(const std::map<int, int64_t>& delays, int frame) {
+        const auto it = delays.find(frame);
+        return it == delays.end() ? 0 : it->second;
+    }
+
+    void add(int64_t timeMs, const char* tag, std::string message) {
+        mMessages.push_back({timeMs, mPlayback.pid, mPlayback.tid, tag, std::move(message)});
+    }
+
+    void begin() {
+        const char* tag = mPlayback.tag.c_str();
+        const int64_t at = mPlayback.startMs;
+        const LL firstInput = at + 60 + kDecryptMs;
+        add(at, kLogger, text("[BRISK] %s P2 + %lld", tag, static_cast<LL>(at)));
+        add(at + 20, kLogger, text("[BRISK] %s P2 - %lld", tag, static_cast<LL>(at + 20)));
+        add(at + 25, kLogger, text("[BRISK] %s P3 + %lld", tag, static_cast<LL>(at + 25)));
+        add(at + 55, kLogger, text("[BRISK] %s P3 - %lld", tag, static_cast<LL>(at + 55)));
+        add(firstInput, kLogger,
+            text("[BRISK] %s Got First Input Frame %lld pts:0", tag, firstInput));
+        add(firstInput + 5, kLogger,
+            "updateFormatChanged width = 1920 height = 1080, hdrType = 1, scanType = 0, bitDepth = "
+            "10, colorStandard = 6");
+    }
+
+    void frame(int i, int64_t* shiftMs) {
+        Times t = {};
+        t.ptsUs = i * mPlayback.intervalMs * 1000;
+        const int64_t stall = delay(mPlayback.stalls, i);
+        const int64_t due =
+                mPlayback.startMs + 60 + kAnnouncedMs + i * mPlayback.intervalMs + *shiftMs;
+        t.announced = due - kAnnouncedMs + delay(mPlayback.lateInputs, i);
+        t.queued = t.announced + kDecryptMs + delay(mPlayback.slowDecrypts, i);
+        t.decoded = t.queued + kCodecMs + delay(mPlayback.slowDecodes, i);
+        t.output = t.decoded + kMessageMs + delay(mPlayback.slowMessages, i);
+        // The application releases frames in order.
+        t.call = std::max({due - kLeadMs + stall, t.output + stall, mLast.call});
+        t.render = std::max(due + stall, t.call);
+        *shiftMs += stall;
+        input(i, t);
+        output(i, t);
+        if (mPlayback.drops.count(i) != 0) {
+            analysis(t, "Drop", t.call);
+        } else {
+            rendered(i, t);
+        }
+    }
+
+    void input(int i, const Times& t) {
+        const char* f = mPlayback.format.c_str();
+        add(t.queued, kAnalytics, text("%s queue:%lld s:5000 tsS:3", f, LL(t.ptsUs)));
+        add(t.queued, kAnalytics,
+            text("%s Frame:%d Decrypt cost:%lld ts:%lld size:5000", f, i + 1,
+                 LL(t.queued - t.announced), LL(t.ptsUs)));
+    }
+
+    void output(int i, const Times& t) {
+        const char* f = mPlayback.format.c_str();
+        add(t.decoded, kAnalytics,
+            text("%s C2 OWD FL:%lld mediaTs:%lld f:0 0/3", f, LL(t.decoded - t.queued),
+                 LL(t.ptsUs)));
+        if (i == 0) {
+            add(t.output, kLogger,
+                text("[BRISK] %s Got First Frame Ready %lld(%lld)", mPlayback.tag.c_str(),
+                     LL(t.output), LL(t.output - t.queued)));
+        }
+        add(t.output, kAnalytics,
+            text("%s Frame:%d Decoded and filled into output buffer, Output onWorkDone "
+                 "mediaTs:%lld, "
+                 "0/3",
+                 f, i + 1, LL(t.ptsUs)));
+        analysis(t, f, t.output);
+    }
+
+    void analysis(const Times& t, const char* label, int64_t now) {
+        const bool first = mLast.render == 0;
+        add(now, kAnalytics,
+            text("%s%s:%lld(%lld) TD:%lld FARD:%lld(%lld) FAD:%lld(%lld) AL:%lld(%lld) "
+                 "FL:%lld(%lld) "
+                 "0/3",
+                 first ? "Pre-Render " : "", label, LL(t.ptsUs), LL(now - t.ptsUs / 1000),
+                 LL((t.ptsUs - mLast.ptsUs) / 1000), LL(t.output - mLast.render),
+                 LL(t.output - mLast.call), LL(t.decoded - mLast.decoded), LL(t.output - t.decoded),
+                 LL(now - t.output), LL(now), LL(t.decoded - t.queued), LL(t.output - t.queued)));
+    }
+
+    void rendered(int i, const Times& t) {
+        add(t.call, kAnalytics,
+            text("%s Render R-S:%lld R:%lld(%lld) pts:%lld 0/3", mPlayback.format.c_str(),
+                 LL(t.render - t.call), LL(t.render), LL(t.render - mLast.render), LL(t.ptsUs)));
+        if (i == 0) {
+            add(t.call, kLogger,
+                text("[BRISK] %s Got First Frame Render %lld(%lld), renderNum = 1",
+                     mPlayback.tag.c_str(), LL(t.call), LL(t.call - t.queued)));
+        }
+        mLast = t;
+    }
+
+    void report() {
+        const std::string key = std::to_string(mPlayback.pid) + "." + mPlayback.tag + ".";
+        const int64_t at = mLast.call + 50;
+        const LL played = mLast.ptsUs / 1000;
+        add(at, kLogger,
+            text("MC Stop Time(start: %lld, stop:%lld :40 <profileMCStopEnd 1462>", LL(at - 40),
+                 LL(at)));
+        add(at, kLogger, key + text("TotalVideoPlaybackTimeMs = %lld", played));
+        add(at, kLogger, key + text("videoResolution.FHD = %lld", played));
+        add(at, kLogger, key + "StreamAvgFramerate = 24.917");
+        if (!mPlayback.drops.empty()) {
+            add(at, kLogger, key + text("TotalFramesDropped = %zu", mPlayback.drops.size()));
+        }
+        add(at, kLogger, key + "BRISK-P2Ms = 20");
+    }
+
+    const Playback mPlayback;
+    std::vector<LogMessage> mMessages;
+    Times mLast = {};
+};
+
+std::string date(int64_t wallMs, const char* format) {
+    const time_t seconds = wallMs / 1000;
+    tm parts = {};
+    gmtime_r(&seconds, &parts);
+    char buffer[40];
+    strftime(buffer, sizeof(buffer), format, &parts);
+    return buffer;
+}
+
+std::string lineOf(const LogMessage& m, LogFormat format, int64_t wallMs) {
+    const std::string ms = date(wallMs, "%m-%d %H:%M:%S") + text(".%03d", int(wallMs % 1000));
+    const char* tag = m.tag.c_str();
+    const char* message = m.text.c_str();
+    switch (format) {
+        case LogFormat::THREADTIME:
+            return text("%s %5d %5d I %-8s: %s", ms.c_str(), m.pid, m.tid, tag, message);
+        case LogFormat::TIME:
+            return text("%s I/%-8s(%5d): %s", ms.c_str(), tag, m.pid, message);
+        case LogFormat::LONG:
+            return text("[ %s %5d:%5d I/%-8s ]\n%s\n", ms.c_str(), m.pid, m.tid, tag, message);
+        case LogFormat::BRIEF:
+            return text("I/%-8s(%5d): %s", tag, m.pid, message);
+        case LogFormat::TAG:
+            return text("I/%-8s: %s", tag, message);
+        case LogFormat::PROCESS:
+            return text("I(%5d) %s  (%s)", m.pid, message, tag);
+        case LogFormat::THREAD:
+            return text("I(%5d:%5d) %s", m.pid, m.tid, message);
+        case LogFormat::LIBLOG:
+            return text("%s I %s %5d %5d %s", tag, date(wallMs, "%m-%d %H:%M:%S").c_str(), m.pid,
+                        m.tid, message);
+        default:
+            return m.text;
+    }
+}
+
+}  // namespace
+
+std::string writeLog(std::vector<LogMessage> messages, LogFormat format,
+                     const std::map<int64_t, int64_t>& jumps) {
+    std::stable_sort(messages.begin(), messages.end(),
+                     [](const auto& a, const auto& b) { return a.timeMs < b.timeMs; });
+    std::string log = "--------- beginning of main\n";
+    for (const LogMessage& message : messages) {
+        const auto jump = jumps.upper_bound(message.timeMs);
+        const int64_t ahead = jump == jumps.begin() ? 0 : std::prev(jump)->second;
+        log += lineOf(message, format, message.timeMs + kWallOffsetMs + ahead) + "\n";
+    }
+    return log;
+}
+
+std::vector<LogMessage> messagesOf(const Playback& playback) {
+    return Writer(playback).write();
+}
+
+}  // namespace android::test
