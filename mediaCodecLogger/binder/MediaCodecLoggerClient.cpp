@@ -4,7 +4,6 @@
 #include <media/stagefright/CodecBase.h>
 #include <mediaCodecLogger/LoggerSupport.h>
 #include <mediaCodecLogger/MediaCodecLogger.h>
-#include <mediaCodecLogger/binder/IMediaCodecLoggerService.h>
 
 namespace android {
 

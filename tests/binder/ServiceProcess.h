@@ -4,7 +4,6 @@
 #include <limits>
 #include <memory>
 
-#include <memory>
 #include <string>
 #include <vector>
 

@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Views.h"
 
-#include <inttypes.h>
-#include <stdio.h>
-
 #include <nlohmann/json.hpp>
 
 namespace codecloggerctl {
@@ -11,13 +8,6 @@ namespace codecloggerctl {
 using nlohmann::ordered_json;
 
 namespace {
-
-/** As text, because numbers of JSON are not exact beyond 53 bits. */
-std::string idText(int64_t id) {
-    char text[24];
-    snprintf(text, sizeof(text), "0x%" PRIx64, static_cast<uint64_t>(id));
-    return text;
-}
 
 const char* answerText(Answer answer) {
     switch (answer) {
@@ -38,6 +28,7 @@ const char* answerText(Answer answer) {
 ordered_json codecJson(const CodecInfo& codec) {
     const codeclogger::ClientEntry& entry = codec.entry;
     ordered_json json = {{"handle", entry.handle},
+                         // Numbers of JSON are not exact beyond 53 bits.
                          {"id", idText(entry.id)},
                          {"pid", entry.pid},
                          {"host_pid", entry.hostPid},

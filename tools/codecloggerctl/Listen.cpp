@@ -182,11 +182,10 @@ int listen(const Service& service, const Options& options) {
     const auto events = std::make_shared<EventQueue>();
     const android::sp<Listener> listener = new Listener(events);
     EventPrinter printer(service, options.format == Format::JSON);
-    const android::sp<android::IBinder> binder =
-            android::IInterface::asBinder(service.forObservers);
+    const android::sp<android::IBinder> binder = android::IInterface::asBinder(service.logger);
     int64_t listenerId = 0;
     if (binder->linkToDeath(listener) != android::OK ||
-        !service.forObservers->registerListener(listener, &listenerId).isOk()) {
+        !service.logger->registerListener(listener, &listenerId).isOk()) {
         return serviceGone();
     }
     fputs("codecloggerctl: listening\n", stderr);
@@ -196,12 +195,12 @@ int listen(const Service& service, const Options& options) {
             if (event.kind == Event::SERVICE_DIED) return serviceGone();
             printer.print(event);
             if (++shown == options.count) {
-                service.forObservers->unregisterListener(listenerId);
+                service.logger->unregisterListener(listenerId);
                 return EXIT_OK;
             }
         }
     }
-    service.forObservers->unregisterListener(listenerId);
+    service.logger->unregisterListener(listenerId);
     return EXIT_INTERRUPTED;
 }
 

@@ -4,6 +4,7 @@
 #include <stdio.h>
 
 #include <binder/IServiceManager.h>
+#include <mediaCodecLogger/binder/IMediaCodecLoggerService.h>
 #include <utils/String16.h>
 
 #include "Options.h"
@@ -24,15 +25,14 @@ bool findService(Service* service) {
                 android::kLoggerServiceName);
         return false;
     }
-    const sp<IBinder> admin = manager->checkService(String16("codec_logger_admin"));
+    const sp<IBinder> admin = manager->checkService(codeclogger::ICodecLoggerAdmin::SERVICE_NAME());
     if (admin == nullptr) {
         fprintf(stderr,
                 "codecloggerctl: the logger service that runs is not codecloggerd and cannot list "
                 "its codecs\n");
         return false;
     }
-    service->forCodecs = android::IMediaCodecLoggerService::asInterface(binder);
-    service->forObservers = android::media::IMediaCodecLoggerService::asInterface(binder);
+    service->logger = android::media::IMediaCodecLoggerService::asInterface(binder);
     service->admin = codeclogger::ICodecLoggerAdmin::asInterface(admin);
     return true;
 }

@@ -6,15 +6,13 @@
 
 #include <codeclogger/ICodecLoggerAdmin.h>
 #include <codeclogger/ServiceState.h>
-#include <mediaCodecLogger/binder/IMediaCodecLoggerService.h>
 #include <mediaCodecLogger/binder/media/IMediaCodecLoggerService.h>
 
 namespace codecloggerctl {
 
-/** The running logger service, through each of its interfaces. */
+/** The running logger service. */
 struct Service {
-    android::sp<android::IMediaCodecLoggerService> forCodecs;
-    android::sp<android::media::IMediaCodecLoggerService> forObservers;
+    android::sp<android::media::IMediaCodecLoggerService> logger;
     android::sp<codeclogger::ICodecLoggerAdmin> admin;
 };
 

@@ -17,13 +17,6 @@ bool isNumber(const std::string& text) {
             text.find_first_not_of("0123456789.-*") == std::string::npos);
 }
 
-/** The client id as the codec's log prints it, and as status takes it. */
-std::string hexId(int64_t id) {
-    char text[24];
-    snprintf(text, sizeof(text), "0x%" PRIx64, static_cast<uint64_t>(id));
-    return text;
-}
-
 std::string yesNo(bool value) {
     return value ? "YES" : "NO";
 }
@@ -33,6 +26,12 @@ std::string line(const char* key, const std::string& value) {
 }
 
 }  // namespace
+
+std::string idText(int64_t id) {
+    char text[24];
+    snprintf(text, sizeof(text), "0x%" PRIx64, static_cast<uint64_t>(id));
+    return text;
+}
 
 std::string TextTable::text() const {
     std::vector<size_t> widths(mRows[0].size());
@@ -61,7 +60,7 @@ std::string listText(const std::vector<CodecInfo>& codecs) {
         const codeclogger::ClientEntry& entry = codec.entry;
         table.add({(entry.isActive ? "*" : "") + std::to_string(entry.handle),
                    std::to_string(entry.pid), entry.packageName, entry.isVideo ? "video" : "audio",
-                   entry.format, codec.resolution(), codec.lastFrame(), hexId(entry.id)});
+                   entry.format, codec.resolution(), codec.lastFrame(), idText(entry.id)});
     }
     return table.text();
 }
@@ -82,7 +81,7 @@ std::string statusText(const std::vector<CodecInfo>& codecs) {
                     line("Longest Output Gap (ms)", std::to_string(entry.longestDelayMs)) +
                     line("First Frame Rendered", yesNo(entry.firstFrameMs != 0));
         }
-        text += line("Uid", std::to_string(entry.uid)) + line("Client Id", hexId(entry.id));
+        text += line("Uid", std::to_string(entry.uid)) + line("Client Id", idText(entry.id));
     }
     return text.empty() ? "No codec is registered.\n" : text;
 }

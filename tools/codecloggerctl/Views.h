@@ -2,10 +2,6 @@
 // How codecs are shown, as text for people and in two forms for programs.
 #pragma once
 
-// Nothing here is compiled with exceptions. Texts of other processes may not be UTF-8, so they are
-// always written with the handler that replaces what is not.
-#define JSON_NOEXCEPTION 1
-
 #include <string>
 #include <vector>
 
@@ -31,6 +27,9 @@ class TextTable {
     std::vector<std::vector<std::string>> mRows;
 };
 
+/** The client id as status takes it. */
+std::string idText(int64_t id);
+
 std::string listText(const std::vector<CodecInfo>& codecs);
 std::string statusText(const std::vector<CodecInfo>& codecs);
 std::string allowlistText(const codeclogger::Allowlist& allowlist);
@@ -39,7 +38,10 @@ nlohmann::ordered_json codecJson(const CodecInfo& codec);
 nlohmann::ordered_json stateJson(const codeclogger::ServiceState& state,
                                  const std::vector<CodecInfo>& codecs);
 nlohmann::ordered_json allowlistJson(const codeclogger::Allowlist& allowlist);
-/** In several lines for people who look at it, or in one. */
+/**
+ * In several lines for people who look at it, or in one. What is not UTF-8 in the texts of other
+ * processes is replaced.
+ */
 std::string dump(const nlohmann::ordered_json& json, bool inOneLine);
 
 std::string openMetricsText(const codeclogger::ServiceState& state,

@@ -69,11 +69,10 @@ int showAllowlist(const Service& service, const Options& options) {
     return EXIT_OK;
 }
 
-// Through the codecs' interface, because observers cannot see whether this call was served.
 int setAllowlist(const Service& service, const Options& options) {
     const auto label =
             options.label.empty() ? nullptr : std::make_unique<std::string>(options.label);
-    const android::binder::Status status = service.forCodecs->setMitigateFrameDropAllowlist(
+    const android::binder::Status status = service.logger->setMitigateFrameDropAllowlist(
             label, options.packages, options.exceptions);
     if (status.isOk()) return EXIT_OK;
     if (status.transactionError() == android::BAD_VALUE) {

@@ -82,6 +82,17 @@ class LoggerService::Obituary : public IBinder::DeathRecipient {
 LoggerService::LoggerService()
     : mStartedMs(nowMs()), mObituary(new Obituary(wp<LoggerService>(this))) {}
 
+// Observers read a status from the reply to this call; codecs read nothing, and their form of the
+// call sends none.
+android::status_t LoggerService::onTransact(uint32_t code, const android::Parcel& data,
+                                            android::Parcel* reply, uint32_t flags) {
+    constexpr uint32_t kSetMitigateFrameDropAllowlist = 14;
+    const android::status_t result =
+            BnMediaCodecLoggerService::onTransact(code, data, reply, flags);
+    if (code != kSetMitigateFrameDropAllowlist || result != android::OK) return result;
+    return Status::ok().writeToParcel(reply);
+}
+
 void LoggerService::registerClient(int64_t id, const sp<IMediaCodecLoggerClient>& client) {
     if (client == nullptr) {
         ALOGW("process %d registered no client under id %lld", callingPid(),

@@ -11,14 +11,10 @@
 #include <codeclogger/ServiceState.h>
 #include <mediaCodecLogger/binder/IMediaCodecLoggerService.h>
 #include <utils/Mutex.h>
-#include <utils/Thread.h>
 
 #include "ClientTable.h"
 
 namespace codeclogger {
-
-/** Under this name ICodecLoggerAdmin is registered. */
-inline constexpr char kAdminServiceName[] = "codec_logger_admin";
 
 /** Whether `packageName` is on the list. */
 bool isListed(const Allowlist& allowlist, const std::string& packageName);
@@ -28,9 +24,7 @@ bool isListed(const Allowlist& allowlist, const std::string& packageName);
  * listeners and keeps the allowlist of frame-drop mitigation, of which `text` is a label, `listA`
  * the packages and `listB` the exceptions.
  *
- * Observers use the same object through media::IMediaCodecLoggerService, but that interface's proxy
- * takes setMitigateFrameDropAllowlist() for failed although it was done, because the codecs' form
- * of the call has no reply.
+ * Observers use the same object through media::IMediaCodecLoggerService.
  *
  * Everybody who can reach the service may call everything; on a device that is for its policy to
  * restrict. Thread-safe; nothing is called out of the process with the lock held.
@@ -65,6 +59,10 @@ class LoggerService : public android::BnMediaCodecLoggerService {
     android::String8 getOldestAudioClientCodec() override;
 
     ServiceState getState();
+
+  protected:
+    android::status_t onTransact(uint32_t code, const android::Parcel& data, android::Parcel* reply,
+                                 uint32_t flags) override;
 
   private:
     class Obituary;

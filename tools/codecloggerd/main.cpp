@@ -82,7 +82,7 @@ bool serve(const Options& options) {
     }
     const sp<LoggerService> service = new LoggerService;
     // The admin interface first: who finds the service finds both.
-    if (manager->addService(String16(kAdminServiceName), new AdminService(service)) !=
+    if (manager->addService(ICodecLoggerAdmin::SERVICE_NAME(), new AdminService(service)) !=
                 android::OK ||
         manager->addService(name, service) != android::OK) {
         fprintf(stderr, "codecloggerd: %s cannot be registered\n", android::kLoggerServiceName);

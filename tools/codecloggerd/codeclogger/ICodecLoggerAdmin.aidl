@@ -8,5 +8,8 @@ import codeclogger.ServiceState;
  * neither audio codecs nor whose codec is whose.
  */
 interface ICodecLoggerAdmin {
+    /** Under this name it is registered with the service manager. */
+    const String SERVICE_NAME = "codec_logger_admin";
+
     ServiceState getState();
 }
