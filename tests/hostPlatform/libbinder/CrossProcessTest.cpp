@@ -130,6 +130,13 @@ TEST_F(CrossProcessTest, objectsLiveWhileAnyProcessHoldsThem) {
     callTest(mRemote, kKeep, nullptr, binderArgument(nullptr));
     EXPECT_TRUE(eventually([&] { return TestService::alive() == before; }));
 
+    callTest(
+            mRemote, kKeep, nullptr, [](Parcel& p) { p.writeStrongBinder(new TestService()); },
+            IBinder::FLAG_ONEWAY);
+    EXPECT_TRUE(eventually([&] { return callBinder(mRemote, kGiveBack) != nullptr; }));
+    callTest(mRemote, kKeep, nullptr, binderArgument(nullptr));
+    EXPECT_TRUE(eventually([&] { return TestService::alive() == before; }));
+
     EXPECT_EQ(1, callInt(mRemote, kCount));
     sp<IBinder> made = callBinder(mRemote, kMake);
     EXPECT_EQ(2, callInt(mRemote, kCount));
@@ -220,11 +227,18 @@ TEST_F(CrossProcessTest, whenAReceiverDoesNotKeepUp_oneWayCallsAreRefused) {
         status = callTest(mRemote, kAppend, nullptr, arguments, IBinder::FLAG_ONEWAY);
     }
     EXPECT_EQ(FAILED_TRANSACTION, status);
-    EXPECT_TRUE(eventually([&] { return listOf(mRemote).size() >= 2; }));
-    EXPECT_EQ(OK, callTest(mRemote, kAppend, nullptr, arguments, IBinder::FLAG_ONEWAY));
+    // What has been served makes room again.
+    for (int i = 0; i < 20; i++) {
+        const size_t served = listOf(mRemote).size();
+        EXPECT_TRUE(eventually([&] {
+            return callTest(mRemote, kAppend, nullptr, arguments, IBinder::FLAG_ONEWAY) == OK;
+        }));
+        EXPECT_TRUE(eventually([&] { return listOf(mRemote).size() > served; }));
+    }
 }
 
 TEST_F(CrossProcessTest, manyThreadsCallAtOnce) {
+    callTest(mRemote, kKeep, nullptr, binderArgument(callBinder(mRemote, kMake)));
     std::atomic<int> wrong(0);
     std::vector<std::thread> threads;
     for (int t = 0; t < 20; t++) {
@@ -233,6 +247,7 @@ TEST_F(CrossProcessTest, manyThreadsCallAtOnce) {
                 if (callInt(mRemote, kEcho, t * 1000 + i) != t * 1000 + i) wrong++;
                 const sp<IBinder> made = callBinder(mRemote, kMake);
                 if (made == nullptr || callInt(made, kEcho, i) != i) wrong++;
+                if (callInt(callBinder(mRemote, kGiveBack), kEcho, i) != i) wrong++;
                 const sp<IBinder> local = new TestService();
                 if (callBinder(mRemote, kPass, binderArgument(local)) != local) wrong++;
             }
@@ -240,7 +255,16 @@ TEST_F(CrossProcessTest, manyThreadsCallAtOnce) {
     }
     for (std::thread& thread : threads) thread.join();
     EXPECT_EQ(0, wrong);
+    callTest(mRemote, kKeep, nullptr, binderArgument(nullptr));
     EXPECT_TRUE(eventually([&] { return callInt(mRemote, kCount) == 1; }));
+}
+
+TEST_F(CrossProcessTest, callsOfSeveralThreadsAreServedAtTheSameTime) {
+    const auto start = std::chrono::steady_clock::now();
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 8; i++) threads.emplace_back([&] { callInt(mRemote, kSleep, 300); });
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(1500));
 }
 
 TEST_F(CrossProcessTest, theStabilityOfAnObjectTravelsWithIt) {

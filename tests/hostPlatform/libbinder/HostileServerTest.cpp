@@ -49,12 +49,15 @@ class Line {
     }
     void write(const Message& message) { write(encodeMessage(message)); }
 
-    void welcome(const PeerId& self) {
-        EXPECT_EQ(MessageKind::kHello, read().kind);
+    // Gives the client's id.
+    PeerId welcome(const PeerId& self) {
+        const Message hello = read();
+        EXPECT_EQ(MessageKind::kHello, hello.kind);
         Message greeting(MessageKind::kWelcome);
         greeting.version = kProtocolVersion;
         greeting.peer = self;
         write(greeting);
+        return hello.peer;
     }
 
     void acquired(status_t status = OK) {
@@ -194,6 +197,20 @@ TEST_F(HostileServerTest, whateverElseComesEndsTheCall) {
         ASSERT_NE(nullptr, remote) << c.name;
         EXPECT_EQ(DEAD_OBJECT, callInt(remote, kEcho)) << c.name;
     }
+}
+
+TEST_F(HostileServerTest, anObjectInAReplyThatWeDoNotHaveFailsTheCall) {
+    serve([this](Line& l) {
+        const PeerId client = l.welcome(mSelf);
+        l.acquired();
+        Message reply = replyTo(l.read(), std::vector<uint8_t>(28));
+        reply.payload.objects = {{0, {client, 4711}}};
+        l.write(reply);
+        EXPECT_EQ(MessageKind::kTaken, l.read().kind);
+    });
+    Parcel reply;
+    EXPECT_EQ(FAILED_TRANSACTION, callTest(service(), kMake, &reply));
+    EXPECT_EQ(0u, reply.dataSize());
 }
 
 TEST_F(HostileServerTest, anObjectInAReplyThatHasNoHostIsDead) {
