@@ -80,8 +80,11 @@ TEST_F(ServiceProcess, watch_countsFramesByInterval) {
 
     const auto watch = startControl({"watch"});
     EXPECT_TRUE(watch->waitForOutput("com.test.app"));
+    // Interrupted even while the service hangs.
+    mService->signal(SIGSTOP);
     watch->signal(SIGINT);
     EXPECT_EQ(watch->wait().exitCode, 130);
+    mService->signal(SIGCONT);
 }
 
 TEST_F(ServiceProcess, listen_printsEventsUntilTheServiceGoes) {

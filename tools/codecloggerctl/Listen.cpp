@@ -1,15 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <inttypes.h>
 #include <stdio.h>
-#include <sys/eventfd.h>
 #include <sys/time.h>
 #include <time.h>
-#include <unistd.h>
 
+#include <condition_variable>
 #include <deque>
 #include <map>
 #include <mutex>
-#include <utility>
 
 #include <mediaCodecLogger/binder/media/IMediaCodecLoggerListener.h>
 #include <nlohmann/json.hpp>
@@ -33,30 +30,24 @@ struct Event {
 /** Hands events from binder threads to the main thread. Thread-safe. */
 class EventQueue {
   public:
-    EventQueue() : mFd(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
-    ~EventQueue() { close(mFd); }
-    EventQueue(const EventQueue&) = delete;
-    EventQueue& operator=(const EventQueue&) = delete;
-
-    /** Can be read when there is an event. */
-    int fd() const { return mFd; }
-
     void push(const Event& event) {
         std::lock_guard<std::mutex> lock(mLock);
         mEvents.push_back(event);
-        eventfd_write(mFd, 1);
+        mChanged.notify_one();
     }
 
-    std::deque<Event> take() {
-        std::lock_guard<std::mutex> lock(mLock);
-        eventfd_t count;
-        eventfd_read(mFd, &count);
-        return std::exchange(mEvents, {});
+    /** Waits for the next. */
+    Event take() {
+        std::unique_lock<std::mutex> lock(mLock);
+        mChanged.wait(lock, [this] { return !mEvents.empty(); });
+        const Event event = mEvents.front();
+        mEvents.pop_front();
+        return event;
     }
 
   private:
-    const int mFd;
     std::mutex mLock;
+    std::condition_variable mChanged;
     std::deque<Event> mEvents;
 };
 
@@ -189,19 +180,14 @@ int listen(const Service& service, const Options& options) {
         return serviceGone();
     }
     fputs("codecloggerctl: listening\n", stderr);
-    int64_t shown = 0;
-    while (!waitForInterrupt(-1, events->fd())) {
-        for (const Event& event : events->take()) {
-            if (event.kind == Event::SERVICE_DIED) return serviceGone();
-            printer.print(event);
-            if (++shown == options.count) {
-                service.logger->unregisterListener(listenerId);
-                return EXIT_OK;
-            }
-        }
+    for (int64_t shown = 1;; ++shown) {
+        const Event event = events->take();
+        if (event.kind == Event::SERVICE_DIED) return serviceGone();
+        printer.print(event);
+        if (shown == options.count) break;
     }
     service.logger->unregisterListener(listenerId);
-    return EXIT_INTERRUPTED;
+    return EXIT_OK;
 }
 
 }  // namespace codecloggerctl

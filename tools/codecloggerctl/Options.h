@@ -13,7 +13,6 @@ enum ExitCode {
     EXIT_FAILED = 1,
     EXIT_USAGE = 2,
     EXIT_NO_SERVICE = 4,
-    EXIT_INTERRUPTED = 130,
 };
 
 enum class Command { LIST, STATUS, WATCH, LISTEN, ALLOWLIST_SHOW, ALLOWLIST_SET };

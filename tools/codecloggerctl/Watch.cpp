@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Watch.h"
 
-#include <poll.h>
-#include <signal.h>
 #include <stdio.h>
-#include <sys/signalfd.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <map>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <nlohmann/json.hpp>
@@ -21,13 +20,6 @@ namespace codecloggerctl {
 namespace {
 
 constexpr char kClearScreen[] = "\033[H\033[2J";
-
-sigset_t interruptSet() {
-    sigset_t set;
-    sigemptyset(&set);
-    sigaddset(&set, SIGINT);
-    return set;
-}
 
 std::string decimal(double value) {
     char text[32];
@@ -80,21 +72,6 @@ std::string watchJson(const codeclogger::ServiceState& state, const std::vector<
 
 }  // namespace
 
-void blockInterrupt() {
-    const sigset_t set = interruptSet();
-    sigprocmask(SIG_BLOCK, &set, nullptr);
-}
-
-bool waitForInterrupt(int64_t timeoutMs, int fd) {
-    static const int interrupts = [] {
-        const sigset_t set = interruptSet();
-        return signalfd(-1, &set, SFD_CLOEXEC);
-    }();
-    pollfd fds[] = {{interrupts, POLLIN, 0}, {fd, POLLIN, 0}};
-    poll(fds, 2, static_cast<int>(timeoutMs));
-    return fds[0].revents != 0;
-}
-
 int watch(const Service& service, const Options& options) {
     CodecQuery query;
     ProgressByHandle progress;
@@ -126,7 +103,7 @@ int watch(const Service& service, const Options& options) {
         }
         fflush(stdout);
         if (refresh == options.count) return EXIT_OK;
-        if (waitForInterrupt(options.intervalMs)) return EXIT_INTERRUPTED;
+        std::this_thread::sleep_for(std::chrono::milliseconds(options.intervalMs));
     }
 }
 

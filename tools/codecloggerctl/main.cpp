@@ -83,8 +83,6 @@ int setAllowlist(const Service& service, const Options& options) {
 }
 
 int run(const Options& options) {
-    const bool waits = options.command == Command::WATCH || options.command == Command::LISTEN;
-    if (waits) blockInterrupt();
     Service service;
     if (!findService(&service)) return EXIT_NO_SERVICE;
     android::ProcessState::self()->startThreadPool();
