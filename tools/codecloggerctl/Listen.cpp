@@ -5,6 +5,7 @@
 
 #include <condition_variable>
 #include <deque>
+#include <iterator>
 #include <map>
 #include <mutex>
 
@@ -89,28 +90,28 @@ std::string clockText() {
 }
 
 /** Remembers codecs beyond their end, to say which one it was that left. */
-class EventPrinter {
+class EventDescriber {
   public:
-    EventPrinter(const Service& service, bool asJson) : mService(service), mAsJson(asJson) {
+    EventDescriber(const Service& service, bool asJson) : mService(service), mAsJson(asJson) {
         learn();
     }
 
-    void print(const Event& event) {
+    std::string line(const Event& event) {
         if (event.kind != Event::UNREGISTERED) learn();
         const codeclogger::ClientEntry* const entry = find(event);
-        if (mAsJson) {
-            printJson(event, entry);
-        } else {
-            printText(event, entry);
-        }
-        fflush(stdout);
+        const std::string line = mAsJson ? jsonLine(event, entry) : textLine(event, entry);
         if (event.kind == Event::UNREGISTERED) mKnown.erase(static_cast<int32_t>(event.id));
+        return line;
     }
 
   private:
     void learn() {
         codeclogger::ServiceState state{};
         if (!mService.admin->getState(&state).isOk()) return;
+        // Video codecs are forgotten when they are said to have left; nobody says so of others.
+        for (auto known = mKnown.begin(); known != mKnown.end();) {
+            known = known->second.isVideo ? std::next(known) : mKnown.erase(known);
+        }
         for (const codeclogger::ClientEntry& entry : state.clients) mKnown[entry.handle] = entry;
     }
 
@@ -125,12 +126,15 @@ class EventPrinter {
         return found;
     }
 
-    static void printText(const Event& event, const codeclogger::ClientEntry* entry) {
+    static std::string textLine(const Event& event, const codeclogger::ClientEntry* entry) {
         CodecInfo codec;
         if (entry != nullptr) codec.entry = *entry;
-        std::string who = entry != nullptr
-                                  ? "#" + std::to_string(entry->handle) + " " + codec.describe()
-                                  : "a codec that is gone";
+        std::string who = "a codec that is gone";
+        if (entry != nullptr) {
+            who = "#" + std::to_string(entry->handle) + " " + codec.describe();
+        } else if (event.kind == Event::UNREGISTERED) {
+            who = "#" + std::to_string(event.id);
+        }
         switch (event.kind) {
             case Event::FIRST_FRAME:
                 who += ": first frame rendered";
@@ -142,10 +146,10 @@ class EventPrinter {
                 who += ": left";
                 break;
         }
-        printf("%s %s\n", clockText().c_str(), who.c_str());
+        return clockText() + " " + who + "\n";
     }
 
-    static void printJson(const Event& event, const codeclogger::ClientEntry* entry) {
+    static std::string jsonLine(const Event& event, const codeclogger::ClientEntry* entry) {
         static constexpr const char* kNames[] = {"first_frame_rendered", "late_output",
                                                  "video_client_unregistered"};
         nlohmann::ordered_json json = {{"schema_version", kSchemaVersion},
@@ -159,7 +163,7 @@ class EventPrinter {
             json["kind"] = entry->isVideo ? "video" : "audio";
             json["format"] = entry->format;
         }
-        fputs(dump(json, true).c_str(), stdout);
+        return dump(json, true);
     }
 
     const Service& mService;
@@ -172,7 +176,7 @@ class EventPrinter {
 int listen(const Service& service, const Options& options) {
     const auto events = std::make_shared<EventQueue>();
     const android::sp<Listener> listener = new Listener(events);
-    EventPrinter printer(service, options.format == Format::JSON);
+    EventDescriber describer(service, options.format == Format::JSON);
     const android::sp<android::IBinder> binder = android::IInterface::asBinder(service.logger);
     int64_t listenerId = 0;
     if (binder->linkToDeath(listener) != android::OK ||
@@ -183,7 +187,7 @@ int listen(const Service& service, const Options& options) {
     for (int64_t shown = 1;; ++shown) {
         const Event event = events->take();
         if (event.kind == Event::SERVICE_DIED) return serviceGone();
-        printer.print(event);
+        if (!print(describer.line(event))) return EXIT_FAILED;
         if (shown == options.count) break;
     }
     service.logger->unregisterListener(listenerId);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <errno.h>
 #include <inttypes.h>
 #include <stdio.h>
+#include <string.h>
 
 #include <algorithm>
 
@@ -26,6 +28,12 @@ std::string line(const char* key, const std::string& value) {
 }
 
 }  // namespace
+
+bool print(const std::string& text) {
+    if (fputs(text.c_str(), stdout) >= 0 && fflush(stdout) == 0) return true;
+    fprintf(stderr, "codecloggerctl: standard output cannot be written: %s\n", strerror(errno));
+    return false;
+}
 
 std::string idText(int64_t id) {
     char text[24];

@@ -27,6 +27,9 @@ class TextTable {
     std::vector<std::vector<std::string>> mRows;
 };
 
+/** Writes to standard output at once; false, with a message, when that fails. */
+bool print(const std::string& text);
+
 /** The client id as status takes it. */
 std::string idText(int64_t id);
 

@@ -90,18 +90,14 @@ int watch(const Service& service, const Options& options) {
             p.update(codec);
         }
         progress = std::move(registered);
+        std::string text;
         if (options.format == Format::JSON) {
-            fputs(watchJson(state, codecs, progress, sinceLastMs).c_str(), stdout);
+            text = watchJson(state, codecs, progress, sinceLastMs);
         } else {
-            if (isatty(STDOUT_FILENO)) {
-                fputs(kClearScreen, stdout);
-            } else if (refresh > 1) {
-                fputs("\n", stdout);
-            }
-            const double seconds = static_cast<double>(sinceLastMs) / 1000;
-            fputs(watchText(codecs, progress, seconds).c_str(), stdout);
+            text = isatty(STDOUT_FILENO) ? kClearScreen : refresh > 1 ? "\n" : "";
+            text += watchText(codecs, progress, static_cast<double>(sinceLastMs) / 1000);
         }
-        fflush(stdout);
+        if (!print(text)) return EXIT_FAILED;
         if (refresh == options.count) return EXIT_OK;
         std::this_thread::sleep_for(std::chrono::milliseconds(options.intervalMs));
     }

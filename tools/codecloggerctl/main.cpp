@@ -55,8 +55,7 @@ int show(const Service& service, const Options& options) {
             text = options.command == Command::LIST ? listText(codecs) : statusText(codecs);
             break;
     }
-    fputs(text.c_str(), stdout);
-    return EXIT_OK;
+    return print(text) ? EXIT_OK : EXIT_FAILED;
 }
 
 int showAllowlist(const Service& service, const Options& options) {
@@ -65,8 +64,7 @@ int showAllowlist(const Service& service, const Options& options) {
     const std::string text = options.format == Format::JSON
                                      ? dump(allowlistJson(state.allowlist), false)
                                      : allowlistText(state.allowlist);
-    fputs(text.c_str(), stdout);
-    return EXIT_OK;
+    return print(text) ? EXIT_OK : EXIT_FAILED;
 }
 
 int setAllowlist(const Service& service, const Options& options) {
