@@ -9,6 +9,7 @@
 #include <valgrind/callgrind.h>
 
 #include <future>
+#include <list>
 #include <string>
 #include <thread>
 
@@ -37,7 +38,10 @@ class Meter {
     explicit Meter(std::string name) : mName(std::move(name)) { CALLGRIND_ZERO_STATS; }
     ~Meter() {
         if (RUNNING_ON_VALGRIND) {
-            CALLGRIND_DUMP_STATS_AT(mName.c_str());
+            // The trigger is read when the dump is written, which is later than this.
+            static std::list<std::string> triggers;
+            triggers.push_back(mName + " x" + std::to_string(mRepeats));
+            CALLGRIND_DUMP_STATS_AT(triggers.back().c_str());
             return;
         }
         const auto average = [this](int64_t sum) {

@@ -47,6 +47,7 @@ int32_t readDebugMask() {
 
 ZephraMediaAnalytic::FrameTracker::FrameTracker(const AString& name)
     : mName(name), mLogPrefix(name) {
+    extendObjectLifetime(OBJECT_LIFETIME_WEAK);
     for (const Setting& setting : kSettings) {
         this->*setting.mMember = property_get_int32(setting.mProperty, setting.mDefault);
     }

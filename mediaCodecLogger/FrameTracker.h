@@ -29,6 +29,8 @@ namespace android {
  * tracking off, only log and dump what the debug mask asks for. A video encoder's records are
  * opened but never removed, so its tracker soon refuses input and the registry stops following it.
  *
+ * A tracker lives until its last reference goes, weak ones included.
+ *
  * Threads: every operation holds the tracker's lock for its whole run, file writes included.
  * updateConfigs() alone takes none: what it sets is settled before frames flow.
  */

@@ -23,12 +23,6 @@ class IMediaCodecLoggerService;
  */
 bool lookUpLoggerService(sp<IMediaCodecLoggerService>& service);
 
-/** The frame analytics when they are on, otherwise null: nothing need be copied for them then. */
-inline ZephraMediaAnalytic* enabledAnalytics() {
-    ZephraMediaAnalytic& analytics = ZephraMediaAnalytic::instance();
-    return analytics.isEnabled() ? &analytics : nullptr;
-}
-
 inline bool contains(const AString& text, const char* word) {
     return text.find(word) >= 0;
 }

@@ -16,6 +16,8 @@ namespace android {
 
 namespace {
 
+using FrameTracker = ZephraMediaAnalytic::FrameTracker;
+
 /** Output that comes this long after the output before it may be a resume after a pause. */
 constexpr int64_t kDelayedOutputMs = 1000;
 /** The total is logged whenever it is a multiple of this. */
@@ -27,9 +29,6 @@ constexpr int64_t kNoRenderTime = -1;
 
 void MediaCodecLogger::updateFrameDropCounters(long timeUs, bool rendered) {
     if (!mLoggingEnabled) return;
-    if (auto* analytics = enabledAnalytics()) {
-        analytics->dropFrameAnalyze(mCodec, timeUs, rendered);
-    }
     if (rendered) {
         ++mRenderedFrameCount;
         checkAndNotifyOutBufferAvailableAfterDelay();
@@ -38,11 +37,13 @@ void MediaCodecLogger::updateFrameDropCounters(long timeUs, bool rendered) {
             mFirstRenderAfterFlushMs = getSystemTimeMillis();
             ALOGI("Rendering first frame after starting or flushing.");
         }
-    } else if (mIsDecoder && !mIgnoreRepeatCheck) {
-        if (!mInDropRun) mDropRunStartMs = getSystemTimeMillis();
-        ++mConsecutiveFramesDropped;
-        mInDropRun = true;
+        return;
     }
+    ZephraMediaAnalytic::instance().pass(mCodec, &FrameTracker::dropFrameAnalyze, timeUs);
+    if (!mIsDecoder || mIgnoreRepeatCheck) return;
+    if (!mInDropRun) mDropRunStartMs = getSystemTimeMillis();
+    ++mConsecutiveFramesDropped;
+    mInDropRun = true;
 }
 
 // A run counts as the pieces it is made of, the largest first: 17 frames are a ten, a five and a
@@ -79,9 +80,8 @@ void MediaCodecLogger::resetConsecutiveFrameDropFlag(long renderTimeNs, long tim
         if (!isTunneled()) return;
         updatePTSTime(timeUs, false /* isEos */, renderCount);
     }
-    if (auto* analytics = enabledAnalytics()) {
-        analytics->updateFrameRender(mCodec, renderTimeNs, timeUs);
-    }
+    ZephraMediaAnalytic::instance().pass(mCodec, &FrameTracker::updateFrameRender, renderTimeNs,
+                                         timeUs);
     if (!mIsDecoder) return;
     if (mInDropRun) updateFrameDropCounters();
     mLastRenderTimeMs = getSystemTimeMillis();

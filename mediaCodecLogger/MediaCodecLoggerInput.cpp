@@ -16,6 +16,8 @@ namespace android {
 
 namespace {
 
+using FrameTracker = ZephraMediaAnalytic::FrameTracker;
+
 /** A bitrate interval is closed by the first buffer after more than five seconds. */
 constexpr uint64_t kBitrateIntervalMs = 5001;
 /** Input buffers of one frame-rate estimate. */
@@ -31,10 +33,9 @@ void MediaCodecLogger::queueInputBuffer_pre(const unsigned char* data, unsigned 
                                             const CryptoPlugin::SubSample* subSamples,
                                             CryptoPlugin::Mode mode, long timeUs, long nowUs,
                                             bool encrypted) {
-    if (auto* analytics = enabledAnalytics()) {
-        analytics->updateInputFrame_pre(mCodec, data, size, key, iv, numSubSamples, subSamples,
-                                        mode, timeUs, nowUs, encrypted);
-    }
+    ZephraMediaAnalytic::instance().pass(mCodec, &FrameTracker::updateInputFrame_pre, data, size,
+                                         key, iv, numSubSamples, subSamples, mode, timeUs, nowUs,
+                                         encrypted);
 }
 
 void MediaCodecLogger::logInputBufferBitrate(unsigned long size, long timeUs, bool secure,
@@ -42,9 +43,8 @@ void MediaCodecLogger::logInputBufferBitrate(unsigned long size, long timeUs, bo
     mIsSecure = secure;
     mSecureMemoryUsed = secureMemoryUsed;
     performBitrateCalculationAndTracking(size, timeUs);
-    if (auto* analytics = enabledAnalytics()) {
-        analytics->updateInputFrame(mCodec, size, timeUs, secure, mCodecFormat);
-    }
+    ZephraMediaAnalytic::instance().pass(mCodec, &FrameTracker::updateInputFrame, size, timeUs,
+                                         secure, mCodecFormat);
     sampleInputFramerate(timeUs);
 }
 

@@ -16,6 +16,8 @@ namespace android {
 
 namespace {
 
+using FrameTracker = ZephraMediaAnalytic::FrameTracker;
+
 /** A timestamp further ahead of the last one is a seek. */
 constexpr uint64_t kMaxContinuousStepUs = 5000000;
 /** Settling ends this long after the first rendered frame. */
@@ -31,7 +33,7 @@ constexpr MetricRecord kUhdRampup = {"p61w/2/02330410", "UHDRampupTime", "ms", 0
 }  // namespace
 
 void MediaCodecLogger::updatePTSTime(long pts, bool isEos, unsigned long count) {
-    if (auto* analytics = enabledAnalytics()) analytics->updateOutputFrame(mCodec, pts);
+    ZephraMediaAnalytic::instance().pass(mCodec, &FrameTracker::updateOutputFrame, pts);
 
     if (mFirstPtsAfterFlush) {
         ALOGI("%s [%s] First PTS after Flush or reset = %lld", __func__, mCodecTag.c_str(),
@@ -174,7 +176,7 @@ void MediaCodecLogger::updateMetricsForFlush() {
             updateFrameDropCounters();
         }
     }
-    if (auto* analytics = enabledAnalytics()) analytics->flush(mCodec);
+    ZephraMediaAnalytic::instance().pass(mCodec, &FrameTracker::flush);
 }
 
 }  // namespace android

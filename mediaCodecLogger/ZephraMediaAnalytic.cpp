@@ -23,13 +23,6 @@ using FrameTracker = ZephraMediaAnalytic::FrameTracker;
 /** Codecs followed at once; each may keep a queue of records and three dump files. */
 constexpr size_t kMaxTrackers = 101;
 
-/** Passes an event on, outside the registry's lock; nobody listens to the events of no tracker. */
-template <typename... Params, typename... Args>
-void deliver(const sp<FrameTracker>& tracker, void (FrameTracker::*event)(Params...),
-             const Args&... args) {
-    if (tracker != nullptr) (tracker.get()->*event)(args...);
-}
-
 }  // namespace
 
 ZephraMediaAnalytic::ZephraMediaAnalytic() = default;
@@ -57,14 +50,18 @@ status_t ZephraMediaAnalytic::addCodec(const AString& name, sp<CodecBase> codec,
         replaced = mTrackers.valueAt(index);
         for (CodecItem& item : mCodecs) {
             if (item.mCodec != codec) continue;
+            const CodecItem old = item;
             item.mOmxKey = omxKey;
             item.mBufferKey = bufferKey;
+            indexKeys_l(old);
+            indexKeys_l(item);
             mTrackers.editValueAt(index) = tracker;
             return OK;
         }
     }
     mTrackers.add(codec, tracker);
     mCodecs.push_back({codec, omxKey, bufferKey});
+    indexKeys_l({codec, omxKey, bufferKey});
     return OK;
 }
 
@@ -81,7 +78,9 @@ status_t ZephraMediaAnalytic::removeCodec(sp<CodecBase> codec) {
     }
     for (auto item = mCodecs.begin(); item != mCodecs.end(); ++item) {
         if (item->mCodec == codec) {
+            const CodecItem old = *item;
             mCodecs.erase(item);
+            indexKeys_l(old);
             break;
         }
     }
@@ -94,19 +93,19 @@ String8 ZephraMediaAnalytic::getPackageName() {
 
 // Routing
 
-sp<FrameTracker> ZephraMediaAnalytic::lookUp(const sp<CodecBase>& codec) {
+ZephraMediaAnalytic::TrackerRef ZephraMediaAnalytic::lookUp(const CodecBase* codec) {
     Mutex::Autolock lock(mLock);
     return lookUp_l(codec);
 }
 
-sp<FrameTracker> ZephraMediaAnalytic::lookUp_l(const sp<CodecBase>& codec) const {
+ZephraMediaAnalytic::TrackerRef ZephraMediaAnalytic::lookUp_l(const CodecBase* codec) const {
     // Instead of indexOfKey(), which takes and drops a reference to the codec to compare its key.
     size_t low = 0;
     size_t high = mTrackers.size();
     while (low < high) {
         const size_t middle = (low + high) / 2;
-        const sp<CodecBase>& key = mTrackers.keyAt(middle);
-        if (key == codec) return mTrackers.valueAt(middle);
+        const CodecBase* key = mTrackers.keyAt(middle).get();
+        if (key == codec) return TrackerRef(mTrackers.valueAt(middle));
         if (key < codec) {
             low = middle + 1;
         } else {
@@ -116,17 +115,31 @@ sp<FrameTracker> ZephraMediaAnalytic::lookUp_l(const sp<CodecBase>& codec) const
     return nullptr;
 }
 
-sp<FrameTracker> ZephraMediaAnalytic::trackerOf(const sp<CodecBase>& codec) {
+ZephraMediaAnalytic::TrackerRef ZephraMediaAnalytic::trackerOf(const CodecBase* codec) {
     return mEnabled ? lookUp(codec) : nullptr;
 }
 
-sp<FrameTracker> ZephraMediaAnalytic::trackerOf(long CodecItem::*key, long value) {
+ZephraMediaAnalytic::TrackerRef ZephraMediaAnalytic::trackerOf(KeyIndex ZephraMediaAnalytic::*index,
+                                                               long key) {
     if (!mEnabled) return nullptr;
     Mutex::Autolock lock(mLock);
+    const KeyIndex& codecs = this->*index;
+    const ssize_t position = codecs.indexOfKey(key);
+    return position < 0 ? nullptr : lookUp_l(codecs.valueAt(position));
+}
+
+void ZephraMediaAnalytic::indexKeys_l(const CodecItem& changed) {
+    indexKey_l(mByOmxKey, &CodecItem::mOmxKey, changed.mOmxKey);
+    indexKey_l(mByBufferKey, &CodecItem::mBufferKey, changed.mBufferKey);
+}
+
+void ZephraMediaAnalytic::indexKey_l(KeyIndex& index, long CodecItem::*key, long value) {
     for (const CodecItem& item : mCodecs) {
-        if (item.*key == value) return lookUp_l(item.mCodec);
+        if (item.*key != value) continue;
+        index.replaceValueFor(value, item.mCodec.get());
+        return;
     }
-    return nullptr;
+    index.removeItem(value);
 }
 
 bool ZephraMediaAnalytic::updateInputFrame_pre(sp<CodecBase> codec, const uint8_t* data,
@@ -135,86 +148,77 @@ bool ZephraMediaAnalytic::updateInputFrame_pre(sp<CodecBase> codec, const uint8_
                                                const CryptoPlugin::SubSample* subSamples,
                                                CryptoPlugin::Mode mode, long timeUs, long nowUs,
                                                bool encrypted) {
-    if (!mEnabled) return true;
-    const sp<FrameTracker> tracker = lookUp(codec);
-    if (tracker == nullptr) return false;
-    if (!tracker->updateInputFrame_pre(data, size, key, iv, numSubSamples, subSamples, mode, timeUs,
-                                       nowUs, encrypted)) {
-        removeCodec(codec);
-    }
-    return true;
+    return pass(codec, &FrameTracker::updateInputFrame_pre, data, size, key, iv, numSubSamples,
+                subSamples, mode, timeUs, nowUs, encrypted);
 }
 
 void ZephraMediaAnalytic::updateInputFrame(sp<CodecBase> codec, size_t size, long timeUs,
                                            bool secure, AString formatName) {
-    deliver(trackerOf(codec), &FrameTracker::updateInputFrame, size, timeUs, secure, formatName);
+    pass(codec, &FrameTracker::updateInputFrame, size, timeUs, secure, formatName);
 }
 
 void ZephraMediaAnalytic::updateOmxInput(sp<CodecBase> codec, const void* data, size_t size,
                                          long timeUs, int framesOwned, unsigned flags) {
-    deliver(trackerOf(codec), &FrameTracker::updateOmxInput, data, size, timeUs, framesOwned,
-            flags);
+    pass(codec, &FrameTracker::updateOmxInput, data, size, timeUs, framesOwned, flags);
 }
 
 void ZephraMediaAnalytic::updateOutputFrame(sp<CodecBase> codec, long timeUs) {
-    deliver(trackerOf(codec), &FrameTracker::updateOutputFrame, timeUs);
+    pass(codec, &FrameTracker::updateOutputFrame, timeUs);
 }
 
 void ZephraMediaAnalytic::updateOmxOutput(long omxKey, long timeUs, int flags, unsigned size) {
-    deliver(trackerOf(&CodecItem::mOmxKey, omxKey), &FrameTracker::updateOmxOutput, timeUs, flags,
-            size);
+    deliver(trackerOf(&ZephraMediaAnalytic::mByOmxKey, omxKey), &FrameTracker::updateOmxOutput,
+            timeUs, flags, size);
 }
 
 void ZephraMediaAnalytic::updateC2Output(sp<CodecBase> codec, long timeUs, unsigned flags) {
-    deliver(trackerOf(codec), &FrameTracker::updateC2Output, timeUs, flags);
+    pass(codec, &FrameTracker::updateC2Output, timeUs, flags);
 }
 
 void ZephraMediaAnalytic::updateACodecOutput(sp<CodecBase> codec, const void* data,
                                              GraphicBuffer* graphicBuffer, size_t size) {
-    deliver(trackerOf(codec), &FrameTracker::updateACodecOutput, data, graphicBuffer, size);
+    pass(codec, &FrameTracker::updateACodecOutput, data, graphicBuffer, size);
 }
 
 void ZephraMediaAnalytic::flush(sp<CodecBase> codec) {
-    deliver(trackerOf(codec), &FrameTracker::flush);
+    pass(codec, &FrameTracker::flush);
 }
 
 void ZephraMediaAnalytic::updateCCodecConfigs(sp<CodecBase> codec, bool isVideo, bool trackingOff,
                                               bool isDecoder) {
-    deliver(trackerOf(codec), &FrameTracker::updateConfigs, isVideo, trackingOff, isDecoder, true);
+    pass(codec, &FrameTracker::updateConfigs, isVideo, trackingOff, isDecoder, true);
 }
 
 void ZephraMediaAnalytic::updateBuffers(long bufferKey, unsigned port, size_t count,
                                         size_t minUndequeued) {
-    deliver(trackerOf(&CodecItem::mBufferKey, bufferKey), &FrameTracker::updateBuffers, port, count,
-            minUndequeued);
+    deliver(trackerOf(&ZephraMediaAnalytic::mByBufferKey, bufferKey), &FrameTracker::updateBuffers,
+            port, count, minUndequeued);
 }
 
 void ZephraMediaAnalytic::updateBuffers(sp<CodecBase> codec, unsigned port, size_t count,
                                         size_t minUndequeued, bool isVideo, bool trackingOff,
                                         bool isDecoder) {
-    const sp<FrameTracker> tracker = trackerOf(codec);
+    const TrackerRef tracker = trackerOf(codec.get());
     deliver(tracker, &FrameTracker::updateConfigs, isVideo, trackingOff, isDecoder, false);
     deliver(tracker, &FrameTracker::updateBuffers, port, count, minUndequeued);
 }
 
 void ZephraMediaAnalytic::updateFrameRender(sp<CodecBase> codec, long renderTimeNs, long timeUs) {
-    deliver(trackerOf(codec), &FrameTracker::updateFrameRender, renderTimeNs, timeUs);
+    pass(codec, &FrameTracker::updateFrameRender, renderTimeNs, timeUs);
 }
 
 void ZephraMediaAnalytic::dropFrameAnalyze(sp<CodecBase> codec, long timeUs, bool rendered) {
-    if (!rendered) deliver(trackerOf(codec), &FrameTracker::dropFrameAnalyze, timeUs);
+    if (!rendered) pass(codec, &FrameTracker::dropFrameAnalyze, timeUs);
 }
 
 void ZephraMediaAnalytic::updateQueueBuffer(sp<CodecBase> codec, long startUs, long renderTimeNs,
                                             long mediaTimeUs, const GraphicBuffer* buffer) {
-    deliver(trackerOf(codec), &FrameTracker::updateQueueBuffer, startUs, renderTimeNs, mediaTimeUs,
-            buffer);
+    pass(codec, &FrameTracker::updateQueueBuffer, startUs, renderTimeNs, mediaTimeUs, buffer);
 }
 
 void ZephraMediaAnalytic::updateDequeueBuffer(sp<CodecBase> codec, long startUs, const void* buffer,
                                               size_t ownedByComponent) {
-    deliver(trackerOf(codec), &FrameTracker::updateDequeueBuffer, startUs, buffer,
-            ownedByComponent);
+    pass(codec, &FrameTracker::updateDequeueBuffer, startUs, buffer, ownedByComponent);
 }
 
 }  // namespace android

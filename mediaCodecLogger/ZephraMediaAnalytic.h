@@ -164,6 +164,7 @@ class ZephraMediaAnalytic : public Singleton<ZephraMediaAnalytic> {
 
   private:
     friend class Singleton<ZephraMediaAnalytic>;
+    friend class MediaCodecLogger;
 
     /** One registration. */
     struct CodecItem {
@@ -175,15 +176,59 @@ class ZephraMediaAnalytic : public Singleton<ZephraMediaAnalytic> {
     ZephraMediaAnalytic();
     ~ZephraMediaAnalytic();
 
-    /** The tracker of a codec; null while the analytics are off or for an unknown codec. */
-    sp<FrameTracker> trackerOf(const sp<CodecBase>& codec);
+    /**
+     * Keeps a tracker through one event. Trackers live as long as weak references, which cost half
+     * of what strong ones do. Null when there is no tracker.
+     */
+    using TrackerRef = wp<FrameTracker>;
 
-    /** The tracker of the first codec registered with `value` as `key`; null as above. */
-    sp<FrameTracker> trackerOf(long CodecItem::*key, long value);
+    // Codecs are found by address: the pointers are compared and never dereferenced.
+
+    /** The tracker of a codec; null while the analytics are off or for an unknown codec. */
+    TrackerRef trackerOf(const CodecBase* codec);
+
+    using KeyIndex = KeyedVector<long, const CodecBase*>;
+
+    /** The tracker of the first codec registered with `key`; null as above. */
+    TrackerRef trackerOf(KeyIndex ZephraMediaAnalytic::*index, long key);
 
     /** The tracker of a codec whether or not the analytics are on; null for an unknown codec. */
-    sp<FrameTracker> lookUp(const sp<CodecBase>& codec);
-    sp<FrameTracker> lookUp_l(const sp<CodecBase>& codec) const REQUIRES(mLock);
+    TrackerRef lookUp(const CodecBase* codec);
+    TrackerRef lookUp_l(const CodecBase* codec) const REQUIRES(mLock);
+    /** Finds out anew which codec the keys of `changed` lead to. */
+    void indexKeys_l(const CodecItem& changed) REQUIRES(mLock);
+    void indexKey_l(KeyIndex& index, long CodecItem::*key, long value) REQUIRES(mLock);
+
+    // Templates of the tracker's type, because that is not known yet here.
+
+    /** Calls the tracker, outside the lock; nobody listens to the events of no tracker. */
+    template <typename Tracker, typename... Params, typename... Args>
+    static void deliver(const wp<Tracker>& tracker, void (Tracker::*event)(Params...),
+                        const Args&... args) {
+        if (tracker != nullptr) (tracker.unsafe_get()->*event)(args...);
+    }
+
+    // What the operations on a codec come to. The logger, which keeps its codec itself, calls
+    // these: a codec and a format name passed by value would be paid for with every frame.
+
+    template <typename Tracker, typename... Params, typename... Args>
+    void pass(const sp<CodecBase>& codec, void (Tracker::*event)(Params...), const Args&... args) {
+        if (mEnabled) deliver(lookUp(codec.get()), event, args...);
+    }
+
+    /**
+     * For an event that the tracker may refuse; that removes the codec.
+     *
+     * @return false only for an unknown codec while the analytics are on
+     */
+    template <typename Tracker, typename... Params, typename... Args>
+    bool pass(const sp<CodecBase>& codec, bool (Tracker::*event)(Params...), const Args&... args) {
+        if (!mEnabled) return true;
+        const wp<Tracker> tracker = lookUp(codec.get());
+        if (tracker == nullptr) return false;
+        if (!(tracker.unsafe_get()->*event)(args...)) removeCodec(codec);
+        return true;
+    }
 
     /** Guards the members below and writes of the flag. */
     Mutex mLock;
@@ -191,6 +236,9 @@ class ZephraMediaAnalytic : public Singleton<ZephraMediaAnalytic> {
     KeyedVector<sp<CodecBase>, sp<FrameTracker>> mTrackers GUARDED_BY(mLock);
     /** In order of registration. */
     List<CodecItem> mCodecs GUARDED_BY(mLock);
+    /** For each key the first of mCodecs that has it. */
+    KeyIndex mByOmxKey GUARDED_BY(mLock);
+    KeyIndex mByBufferKey GUARDED_BY(mLock);
     /** The property as the last addCodec() read it; nothing else writes it. */
     Relaxed<bool> mEnabled = false;
 };
