@@ -9,6 +9,7 @@
 #include <dirent.h>
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -133,6 +134,26 @@ TEST_F(HostilePeerTest, silentAndHalfSpokenPeersAreDroppedInTime) {
     EXPECT_TRUE(isDropped(half));
     EXPECT_TRUE(isDropped(stalled));
     EXPECT_FALSE(isDropped(idle, 500)) << "whoever has greeted may say nothing for ever";
+}
+
+TEST_F(HostilePeerTest, aCrowdOfStrangersDoesNotKeepOthersOut) {
+    const rlimit few = {40, 40};
+    ASSERT_EQ(0, prlimit(mPeer.pid(), RLIMIT_NOFILE, &few, nullptr));
+    std::vector<base::unique_fd> strangers(50);
+    for (base::unique_fd& socket : strangers) socket = connect();
+    EXPECT_EQ(6, callInt(mRemote, kEcho, 6)) << "who is connected stays so";
+    strangers.clear();
+    const base::unique_fd later = connect();
+    sendBytes(later, hello());
+    pollfd ready = {later.get(), POLLIN, 0};
+    EXPECT_EQ(1, poll(&ready, 1, 10000)) << "and who comes later is greeted";
+}
+
+TEST_F(HostilePeerTest, theOldestStrangerGivesWayToANewOne) {
+    std::vector<base::unique_fd> strangers(65);
+    for (base::unique_fd& socket : strangers) socket = connect();
+    EXPECT_TRUE(isDropped(strangers.front(), 3000));
+    EXPECT_FALSE(isDropped(strangers.back(), 200));
 }
 
 TEST_F(HostilePeerTest, aCallOfWhatIsNotHeldFails) {
