@@ -187,7 +187,7 @@ void* Parcel::writeInplace(size_t len) {
     const size_t whole = padded(len);
     if (growData(whole) != NO_ERROR) return nullptr;
     uint8_t* const at = mData + mDataPos;
-    memset(at + len, 0, whole - len);
+    if (whole > len) memset(at + len, 0, whole - len);
     finishWrite(whole);
     return at;
 }
@@ -195,6 +195,7 @@ void* Parcel::writeInplace(size_t len) {
 status_t Parcel::write(const void* data, size_t len) {
     if (len > INT32_MAX) return BAD_VALUE;
     void* const at = writeInplace(len);
+    if (len == 0) return mError;  // an empty Parcel has no buffer that at could point into
     if (at == nullptr) return mError != NO_ERROR ? mError : status_t{NO_MEMORY};
     if (len > 0) memcpy(at, data, len);
     return NO_ERROR;
@@ -242,7 +243,7 @@ status_t Parcel::validateReadData(size_t end) const {
 }
 
 const void* Parcel::readInplace(size_t len) const {
-    if (len > INT32_MAX || padded(len) > dataAvail()) return nullptr;
+    if (len > INT32_MAX || mDataPos > mDataSize || padded(len) > dataAvail()) return nullptr;
     const size_t start = mDataPos;
     const status_t err = validateReadData(start + padded(len));
     mDataPos += padded(len);
@@ -251,7 +252,8 @@ const void* Parcel::readInplace(size_t len) const {
 
 status_t Parcel::read(void* outData, size_t len) const {
     if (len > INT32_MAX) return BAD_VALUE;
-    if (padded(len) > dataAvail()) return NOT_ENOUGH_DATA;
+    if (mDataPos > mDataSize || padded(len) > dataAvail()) return NOT_ENOUGH_DATA;
+    if (mData == nullptr) return NO_ERROR;  // nothing was written and nothing is asked for
     const void* const at = readInplace(len);
     if (at == nullptr) return PERMISSION_DENIED;
     if (len > 0) memcpy(outData, at, len);

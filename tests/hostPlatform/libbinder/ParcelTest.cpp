@@ -292,6 +292,15 @@ TEST(ParcelTest, appendFromCopiesOnlyWhatExists) {
     EXPECT_EQ("02000000", hexOf(to));
 }
 
+TEST(ParcelTest, nothingCanBeWrittenAndReadWithoutABuffer) {
+    Parcel parcel;
+    EXPECT_EQ(OK, parcel.write(nullptr, 0));
+    EXPECT_EQ(OK, parcel.read(nullptr, 0));
+    parcel.setDataPosition(4);
+    EXPECT_EQ(NOT_ENOUGH_DATA, parcel.read(nullptr, 0));
+    EXPECT_EQ(nullptr, parcel.readInplace(0));
+}
+
 TEST(ParcelTest, readInPlaceStaysInside) {
     Parcel parcel;
     setHex(&parcel, "01020304 05060708");
