@@ -74,7 +74,8 @@ MediaCodecLogger::~MediaCodecLogger() {
 int64_t MediaCodecLogger::getSystemTimeMillis() {
     timespec now;
     clock_gettime(CLOCK_MONOTONIC, &now);
-    return static_cast<int64_t>(now.tv_sec) * 1000 + now.tv_nsec / 1000000;
+    return static_cast<int64_t>(static_cast<uint64_t>(now.tv_sec) * 1000 +
+                                static_cast<uint64_t>(now.tv_nsec / 1000000));
 }
 
 void MediaCodecLogger::configure(const AString& codecName, const AString& mime, unsigned int flags,

@@ -1,9 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <spawn.h>
-#include <sys/wait.h>
-
-#include <fstream>
-
 #include <cutils/properties.h>
 #include <mediaCodecLogger/ZephraMediaAnalytic.h>
 #include <tests/support/ScopedProperties.h>
@@ -125,26 +120,6 @@ TEST_F(LoggerTest, thePidTakesThePackagesPlace) {
     EXPECT_STREQ(logger->replacePkgNameWithPid("short").c_str(), PID "short");
 }
 
-/** A process with the given command line, for as long as it lives. */
-class Process {
-  public:
-    explicit Process(const char* name) {
-        const char* arguments[] = {name, "60", nullptr};
-        posix_spawn(&mPid, "/bin/sleep", nullptr, nullptr, const_cast<char**>(arguments), environ);
-        // For a moment after the start there is no command line yet.
-        const std::string path = "/proc/" + std::to_string(mPid) + "/cmdline";
-        while (std::ifstream(path).peek() == EOF) usleep(1000);
-    }
-    ~Process() {
-        kill(mPid, SIGKILL);
-        waitpid(mPid, nullptr, 0);
-    }
-    int pid() const { return mPid; }
-
-  private:
-    pid_t mPid = -1;
-};
-
 TEST_F(LoggerTest, thePackageName_isThatOfTheProcess) {
     const auto packageOf = [&](int pid) {
         create(pid);
@@ -153,14 +128,26 @@ TEST_F(LoggerTest, thePackageName_isThatOfTheProcess) {
         return summary.substr(0, summary.find(".VND.c2.audio.mp4a"));
     };
     const std::string longName(80, 'x');
-    EXPECT_EQ(packageOf(Process("com.app:svc").pid()), "com.app:svc");
-    EXPECT_EQ(packageOf(Process("abc").pid()), "abc");
-    EXPECT_EQ(packageOf(Process("ab").pid()), PKG);
-    EXPECT_EQ(packageOf(Process("").pid()), PKG);
-    EXPECT_EQ(packageOf(Process(longName.c_str()).pid()), longName.substr(0, 69));
+    EXPECT_EQ(packageOf(NamedProcess("com.app:svc").pid()), "com.app:svc");
+    EXPECT_EQ(packageOf(NamedProcess("abc").pid()), "abc");
+    EXPECT_EQ(packageOf(NamedProcess("ab").pid()), PKG);
+    EXPECT_EQ(packageOf(NamedProcess("").pid()), PKG);
+    EXPECT_EQ(packageOf(NamedProcess(longName.c_str()).pid()), longName.substr(0, 69));
     EXPECT_EQ(packageOf(kPid), PKG);
     EXPECT_THAT(program_invocation_name, StartsWith(packageOf(-1)));
     EXPECT_STREQ(logger->replacePkgNameWithPid(nullptr).c_str(), std::to_string(getpid()).c_str());
+}
+
+// A change of resolution that no frame has shown yet, and a run of drops that no frame has ended.
+TEST_F(LoggerTest, whatASessionLeftOpen_isNotClosedInTheNext) {
+    settle();
+    changeFormat(1280, 720);
+    drop();
+    configure();
+    log.take();
+    play(40, 33333);
+    EXPECT_THAT(logged(),
+                testing::Each(testing::Not(testing::ContainsRegex("Resolution change|Dropped 0"))));
 }
 
 TEST_F(LoggerTest, whenDestroyed_leavesTheFrameAnalytics) {

@@ -1,49 +1,30 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "LoggerTest.h"
 
-#include <binder/IServiceManager.h>
+#include <spawn.h>
+#include <sys/wait.h>
+
+#include <fstream>
+
 #include <hostplatform/Audio.h>
 #include <hostplatform/ColorConversion.h>
 #include <hostplatform/Display.h>
+#include <tests/support/LoggerServices.h>
 
 namespace android::test {
 
-namespace {
+NamedProcess::NamedProcess(const char* name) {
+    const char* arguments[] = {name, "60", nullptr};
+    posix_spawn(&mPid, "/bin/sleep", nullptr, nullptr, const_cast<char**>(arguments), environ);
+    // For a moment after the start there is no command line yet.
+    const std::string path = "/proc/" + std::to_string(mPid) + "/cmdline";
+    while (std::ifstream(path).peek() == EOF) usleep(1000);
+}
 
-/** Knows the logger service or, until a case registers one, nothing. */
-class OneServiceManager : public IServiceManager {
-  public:
-    /** The process's service manager from the first call on. */
-    static OneServiceManager& instance() {
-        static OneServiceManager& manager = install();
-        return manager;
-    }
-
-    sp<IBinder> service;
-
-    sp<IBinder> getService(const String16& name) const override { return checkService(name); }
-    sp<IBinder> checkService(const String16& name) const override {
-        return name == String16("zephra_media_codec_logger") ? service : nullptr;
-    }
-    status_t addService(const String16&, const sp<IBinder>&, bool, int) override {
-        return INVALID_OPERATION;
-    }
-    Vector<String16> listServices(int) override { return {}; }
-    sp<IBinder> waitForService(const String16& name) override { return checkService(name); }
-    bool isDeclared(const String16&) override { return false; }
-
-  protected:
-    IBinder* onAsBinder() override { return nullptr; }
-
-  private:
-    static OneServiceManager& install() {
-        const sp<OneServiceManager> manager = new OneServiceManager;
-        setDefaultServiceManager(manager);
-        return *manager;
-    }
-};
-
-}  // namespace
+NamedProcess::~NamedProcess() {
+    kill(mPid, SIGKILL);
+    waitpid(mPid, nullptr, 0);
+}
 
 LoggerTest::LoggerTest() {
     hostplatform::setDisplaySize(1920, 1080);
@@ -51,14 +32,18 @@ LoggerTest::LoggerTest() {
     hostplatform::setDisplayConfigStatus(OK);
     hostplatform::setAudioParameters("");
     hostplatform::setColorConversionFailure(OK);
-    OneServiceManager::instance().service = nullptr;
+    OneServiceManager::instance().setService(nullptr);
     create();
 }
 
 sp<RecordingService> LoggerTest::registerService() {
     const sp<RecordingService> service = new RecordingService;
-    OneServiceManager::instance().service = service;
+    registerService(service);
     return service;
+}
+
+void LoggerTest::registerService(const sp<IBinder>& service) {
+    OneServiceManager::instance().setService(service);
 }
 
 void LoggerTest::create(int pid) {

@@ -43,6 +43,17 @@ struct CodecSetup {
 inline const CodecSetup kAudio{"c2.vendor.aac.decoder", "audio/mp4a-latm"};
 inline const CodecSetup kTunneled{"c2.vendor.avc.decoder", "video/avc", 1};
 
+/** A process with the given command line, for as long as it lives. */
+class NamedProcess {
+  public:
+    explicit NamedProcess(const char* name);
+    ~NamedProcess();
+    int pid() const { return mPid; }
+
+  private:
+    pid_t mPid = -1;
+};
+
 /**
  * One codec under test, fed by hand: the clock stands still unless a case moves it, log lines and
  * metrics records are captured, and no service is registered unless a case does so.
@@ -54,6 +65,7 @@ class LoggerTest : public ::testing::Test {
     void create(int pid = kPid);
     void configure(const CodecSetup& setup = {});
     sp<RecordingService> registerService();
+    void registerService(const sp<IBinder>& service);
 
     void after(int64_t ms) { clock.advanceMs(ms); }
     void input(long pts, size_t size = 1000) {

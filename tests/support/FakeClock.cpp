@@ -16,6 +16,7 @@ constexpr int64_t kNsPerSecond = 1000000000;
 std::atomic<bool> gIsFrozen{false};
 std::atomic<int64_t> gNowNs{0};
 std::atomic<int64_t> gReads{0};
+std::atomic<int64_t> gLeapSeconds{0};
 
 }  // namespace
 
@@ -27,7 +28,7 @@ extern "C" int clock_gettime(clockid_t clock, timespec* time) noexcept {
     }
     gReads.fetch_add(1, std::memory_order_relaxed);
     const int64_t now = gNowNs.load(std::memory_order_relaxed);
-    time->tv_sec = now / kNsPerSecond;
+    time->tv_sec = now / kNsPerSecond + gLeapSeconds.load(std::memory_order_relaxed);
     time->tv_nsec = now % kNsPerSecond;
     return 0;
 }
@@ -37,6 +38,7 @@ namespace android::test {
 FakeClock::FakeClock(int64_t startMs) {
     gNowNs = startMs * 1000000;
     gReads = 0;
+    gLeapSeconds = 0;
     if (gIsFrozen.exchange(true)) {
         fprintf(stderr, "there is a FakeClock already\n");
         abort();
@@ -45,6 +47,10 @@ FakeClock::FakeClock(int64_t startMs) {
 
 FakeClock::~FakeClock() {
     gIsFrozen = false;
+}
+
+void FakeClock::leapTo(int64_t seconds) {
+    gLeapSeconds = seconds - gNowNs / kNsPerSecond;
 }
 
 int64_t FakeClock::nowMs() const {

@@ -22,6 +22,8 @@ class FakeClock {
 
     void advanceMs(int64_t ms) { advanceNs(ms * 1000000); }
     void advanceUs(int64_t us) { advanceNs(us * 1000); }
+    /** Moves it to any second that a timespec can hold, which nowMs() and nowUs() do not follow. */
+    void leapTo(int64_t seconds);
     int64_t nowMs() const;
     int64_t nowUs() const;
 
