@@ -20,6 +20,11 @@ target_compile_definitions(codecreport_test PRIVATE CODECREPORT="$<TARGET_FILE:c
 add_executable(codecreport_make_log codecreport/makeLog.cpp)
 target_link_libraries(codecreport_make_log PRIVATE codecreport_test_support)
 
+# The document is the table that the program answers from.
+add_test(NAME Codecreport.documentIsUpToDate
+    COMMAND sh -c "$<TARGET_FILE:codecreport> explain --markdown json | diff -u docs/report-json.md -"
+    WORKING_DIRECTORY ${CMAKE_SOURCE_DIR})
+
 # The page in a browser, which is large: scripts/packages-ci.txt brings it.
 find_program(MCL_CHROMIUM chromium)
 find_program(MCL_NODE node)

@@ -104,9 +104,9 @@ std::vector<std::string> columnsOf(const Reference::Table& table) {
     return columns;
 }
 
-std::string markdownOf(const Reference::Table& table) {
+std::string markdownOf(const Reference::Table& table, const char* heading) {
     const std::vector<std::string> columns = columnsOf(table);
-    std::string text = "## " + table.title + "\n\n";
+    std::string text = heading + table.title + "\n\n";
     if (!table.tag.empty()) {
         text += "Log tag `" + table.tag + "`, priority info unless a level is given.\n\n";
     }
@@ -160,7 +160,7 @@ std::string markdown(const Reference& reference, const std::string& name) {
     std::string text;
     for (const Reference::Table& table : reference.tables()) {
         if (!name.empty() && table.name != name) continue;
-        text += (text.empty() ? "" : "\n") + markdownOf(table);
+        text += (text.empty() ? "" : "\n") + markdownOf(table, name.empty() ? "## " : "# ");
     }
     return text;
 }

@@ -32,6 +32,11 @@ constexpr int64_t kDisplayWaitReachUs = 500'000;
 // A frame is worth a line in the table of the worst from here on.
 constexpr int64_t kLateMs = 8;
 
+/** For drawing: days are off every scale. */
+int32_t narrow(int64_t ms) {
+    return static_cast<int32_t>(std::clamp<int64_t>(ms, -1'000'000'000, 1'000'000'000));
+}
+
 bool isOutside(int64_t offsetMs) {
     return offsetMs > kVideoLateMs || offsetMs < kVideoEarlyMs;
 }
@@ -292,14 +297,14 @@ void FrameFlow::foldStages(const Frame& frame) {
     bool any = false;
     for (size_t i = 0; i < kStageCount; ++i) {
         const int64_t ms = frame.stageMs(static_cast<Stage>(i));
-        point.stageMs[i] = ms == kNoTime ? kNoStage : static_cast<int32_t>(ms);
+        point.stageMs[i] = ms == kNoTime ? kNoStage : narrow(ms);
         if (ms == kNoTime) continue;
         any = true;
         mSession->stages[i].add(ms);
     }
     if (frame.dueUs != kNoTime) {
         const int64_t shownUs = std::max(frame.displayUs, frame.renderCallUs);
-        point.lateMs = static_cast<int32_t>((shownUs - frame.dueUs) / 1000);
+        point.lateMs = narrow((shownUs - frame.dueUs) / 1000);
     }
     if (any || frame.dropped || frame.rendered) mSession->frames.add(point);
 }

@@ -48,15 +48,24 @@ class FrameFlow {
     void finish();
 
   private:
+    /** When a frame was shown, and how far that is from its media time. */
+    struct Offset {
+        int64_t timeUs;
+        int64_t rawMs;
+        int64_t intervalMs;
+    };
+
     void retire(Frame frame);
     void foldStages(const Frame& frame);
     void foldInterval(Frame* frame);
-    void foldSync(const Frame& frame, int64_t intervalMs);
-    void addOffset(int64_t timeUs, int64_t offsetMs);
     void foldFreeze(const Frame& frame, int64_t intervalMs);
+    void foldSync(const Frame& frame, int64_t intervalMs);
+    void foldOffset(const Offset& offset);
+    void addOffset(int64_t timeUs, int64_t offsetMs);
+    void settleReference();
     void foldDrop(const Frame& frame, Cause cause, int64_t lastPtsUs);
-    void keepIfWorst(const Frame& frame, int64_t lateMs, const Verdict& verdict);
     void closeDropRun();
+    void keepIfWorst(const Frame& frame, int64_t lateMs, const Verdict& verdict);
     const Usual& usual();
     int64_t displayWaitFor(const Frame& frame) const;
 
@@ -64,6 +73,7 @@ class FrameFlow {
     SessionObserver* mObserver;
     std::deque<Frame> mInFlight;
 
+    /** The frame rendered last, unless playback went on elsewhere, and the intervals before it. */
     bool mHasLast = false;
     Frame mLast;
     std::deque<int64_t> mIntervalsMs;
@@ -77,17 +87,10 @@ class FrameFlow {
     int64_t mDroppedLateMs = 0;
     Verdict mDroppedVerdict;
 
-    /** Offsets that the reference of the segment is taken from, until there are enough. */
-    struct Offset {
-        int64_t timeUs;
-        int64_t rawMs;
-        int64_t intervalMs;
-    };
-    std::vector<Offset> mFirstOffsets;
+    /** The segment's schedule, and the offsets that it is made of until there are enough. */
     bool mHasReference = false;
     int64_t mReferenceMs = 0;
-    void settleReference();
-    void foldOffset(const Offset& offset);
+    std::vector<Offset> mFirstOffsets;
 
     int64_t mDisplayWaitUs = kNoTime;
     int64_t mDisplayWaitMs = 0;

@@ -29,7 +29,6 @@ class LogClock {
     int64_t fromMonotonic(int64_t monotonicMs) const { return monotonicMs * 1000 + mOffsetUs; }
 
     bool isAnchored() const { return mAnchored; }
-    int64_t toMonotonicUs(int64_t timeUs) const { return timeUs - mOffsetUs; }
     uint64_t jumps() const { return mJumps; }
     uint64_t reboots() const { return mReboots; }
 

@@ -27,7 +27,6 @@ const char* toString(LogFormat format);
 struct LogLine {
     LogFormat format = LogFormat::RAW;
     bool hasTime = false;
-    bool hasTag = false;
     /** Clock of the log in microseconds: since 1970 without a time zone, or since boot. */
     int64_t timeUs = 0;
     /** What the log's clock resolves: 1 000 000 for a form that shows seconds only. */
@@ -36,6 +35,7 @@ struct LogLine {
     int pid = -1;
     int tid = -1;
     char priority = '?';
+    /** Empty where the form does not show it. */
     std::string_view tag;
     std::string_view text;
 };

@@ -51,7 +51,6 @@ bool readTagAndText(std::string_view text, LogLine* line) {
         colon = text.size() - 1;
     }
     line->tag = trimmed(text.substr(0, colon));
-    line->hasTag = true;
     line->text = text.substr(std::min(text.size(), colon + 2));
     return true;
 }
@@ -83,7 +82,6 @@ bool parseBrief(std::string_view text, bool withPid, LogLine* line) {
         std::string_view rest = text.substr(open + 1);
         if (!readPidInParentheses(&rest, line) || !(take(&rest, ": ") || rest == ":")) continue;
         line->tag = trimmed(text.substr(0, open));
-        line->hasTag = true;
         line->text = rest;
         return true;
     }
@@ -99,7 +97,6 @@ bool parseProcess(std::string_view text, LogLine* line) {
     const size_t open = text.rfind("  (");
     if (open == std::string_view::npos || text.back() != ')') return false;
     line->tag = trimmed(text.substr(open + 3, text.size() - open - 4));
-    line->hasTag = true;
     line->text = text.substr(0, open);
     return true;
 }
@@ -182,7 +179,6 @@ bool LogcatParser::parseLiblog(std::string_view text, LogLine* line) {
         return false;
     }
     line->tag = text.substr(0, end);
-    line->hasTag = true;
     line->priority = text[end + 1];
     text.remove_prefix(end + 3);
     if (!readTime(&text, line) || !readNumber(&text, " ", &line->pid) ||
@@ -213,7 +209,6 @@ bool LogcatParser::parseLongHeader(std::string_view text) {
     line.format = LogFormat::LONG;
     line.priority = text[slash - 1];
     mLongTag = trimmed(text.substr(slash + 1));
-    line.hasTag = true;
     mLongHeader = line;
     return true;
 }

@@ -153,7 +153,7 @@ constexpr int32_t kNoStage = std::numeric_limits<int32_t>::min();
  */
 class FramePoints {
   public:
-    static constexpr size_t kMax = 6000;
+    static constexpr size_t kMax = 4000;
     void add(const FramePoint& point);
     const std::vector<FramePoint>& points() const { return mPoints; }
     /** Frames of which the worst is drawn. */

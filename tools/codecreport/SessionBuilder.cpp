@@ -281,21 +281,26 @@ void SessionBuilder::learnPrefix(Session* session, const LinePrefix& prefix) {
     session->atmos |= prefix.atmos;
 }
 
+void SessionBuilder::keep(std::unique_ptr<Session> session) {
+    if (mDone.size() == kMaxSessions) {
+        ++mStats.sessionsLeftOut;
+        return;
+    }
+    // Frames are what a page is made of; without them the numbers stay.
+    if (!session->frames.points().empty() && ++mDetailed > kMaxDetailed) {
+        session->frames = FramePoints();
+        session->renderedRate = RateSeries();
+        session->inputRate = RateSeries();
+        session->bitrateKbps = Series();
+        session->sync.offsetMs = Series();
+        session->detailed = false;
+    }
+    mDone.push_back(std::move(session));
+}
+
 void SessionBuilder::close(Open* open) {
     open->flow->finish();
-    if (mDone.size() < kMaxSessions) {
-        if (mDone.size() >= kMaxDetailed) {
-            open->session->frames = FramePoints();
-            open->session->renderedRate = RateSeries();
-            open->session->inputRate = RateSeries();
-            open->session->bitrateKbps = Series();
-            open->session->sync.offsetMs = Series();
-            open->session->detailed = false;
-        }
-        mDone.push_back(std::move(open->session));
-    } else {
-        ++mStats.sessionsLeftOut;
-    }
+    keep(std::move(open->session));
     for (auto it = mByThread.begin(); it != mByThread.end();) {
         it = it->second == open ? mByThread.erase(it) : std::next(it);
     }

@@ -45,12 +45,12 @@ struct ReadStats {
  * timestamp is in flight. A session ends where its codec is configured anew; one whose beginning
  * the log does not hold is opened by its first line.
  *
- * Memory: kMaxSessions sessions, kMaxDetailed of them with plots, kMaxOpen of them open.
+ * Memory: kMaxSessions sessions, kMaxDetailed of them with frames to draw, kMaxOpen of them open.
  */
 class SessionBuilder {
   public:
     static constexpr size_t kMaxSessions = 5000;
-    static constexpr size_t kMaxDetailed = 200;
+    static constexpr size_t kMaxDetailed = 50;
     static constexpr size_t kMaxOpen = 128;
 
     /** @param observer may be null */
@@ -103,6 +103,7 @@ class SessionBuilder {
     Open* begin(const LogLine& line, std::string_view tag, int64_t timeUs, bool startedBefore);
     void beginAnew(const LogLine& line, std::string_view tag);
     void close(Open* open);
+    void keep(std::unique_ptr<Session> session);
     void learnPrefix(Session* session, const LinePrefix& prefix);
     static uint64_t threadOf(const LogLine& line);
 
@@ -116,6 +117,7 @@ class SessionBuilder {
     std::unordered_map<uint64_t, Open*> mByThread;
     std::vector<std::unique_ptr<Session>> mDone;
     uint64_t mTouches = 0;
+    size_t mDetailed = 0;
     int mNextId = 1;
 };
 

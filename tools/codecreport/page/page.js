@@ -338,7 +338,8 @@ function showSession(session) {
   parts.push(reportOf(session), momentsOf(session));
   document.getElementById('session').replaceChildren(
     make('h2', { id: 'session-title' }, `Session ${session.id}: ${session.codec_tag || session.format}`), ...parts);
-  for (const plot of plots) Plots.draw(document.getElementById(plot.id), plot);
+  const range = [0, Math.max(1, session.duration_ms / 1000)];
+  for (const plot of plots) Plots.draw(document.getElementById(plot.id), plot, range);
   for (const row of document.querySelectorAll('#sessions tbody tr')) {
     row.setAttribute('aria-current', String(row.dataset.id === String(session.id)));
   }

@@ -64,8 +64,7 @@ const Plots = (() => {
   }
 
   /** Arrow keys move, + and - zoom, 0 or Home shows all. */
-  function onKey(event, u) {
-    const all = u.data[0];
+  function onKey(event, u, range) {
     const { min, max } = u.scales.x;
     const width = max - min;
     const ranges = {
@@ -74,21 +73,22 @@ const Plots = (() => {
       '+': [min + width * STEP, max - width * STEP],
       '=': [min + width * STEP, max - width * STEP],
       '-': [min - width * STEP, max + width * STEP],
-      0: [all[0], all[all.length - 1]],
-      Home: [all[0], all[all.length - 1]],
+      0: range,
+      Home: range,
     };
-    const range = ranges[event.key];
-    if (!range || event.ctrlKey || event.metaKey || event.altKey) return;
+    const chosen = ranges[event.key];
+    if (!chosen || event.ctrlKey || event.metaKey || event.altKey) return;
     event.preventDefault();
-    u.setScale('x', { min: range[0], max: range[1] });
+    u.setScale('x', { min: chosen[0], max: chosen[1] });
   }
 
   /**
    * Draws one plot into an element.
    *
    * @param plot { data, series: [{ label, color, scale, dash }], scales, y, y2, marks, label }
+   * @param range what the time axis shows at first, in seconds
    */
-  function draw(element, plot) {
+  function draw(element, plot, range) {
     const options = {
       width: Math.max(300, element.clientWidth - 8),
       height: HEIGHT,
@@ -117,8 +117,9 @@ const Plots = (() => {
     element.tabIndex = 0;
     element.setAttribute('role', 'img');
     element.setAttribute('aria-label', plot.label);
-    element.addEventListener('keydown', (event) => onKey(event, u));
+    element.addEventListener('keydown', (event) => onKey(event, u, range));
     drawn.push(u);
+    u.setScale('x', { min: range[0], max: range[1] });
     return u;
   }
 
