@@ -73,10 +73,12 @@ TEST(ControlViews, lastFrame_saysWhyItIsUnknown) {
                   {Answer::SILENT, 0, "no answer"}};
     for (const auto& [answer, ms, text] : kCases) {
         CodecInfo codec;
+        codec.entry.isVideo = true;
         codec.answer = answer;
         codec.msSinceLastFrame = ms;
         EXPECT_EQ(codec.lastFrame(), text);
     }
+    EXPECT_EQ(audioCodec(Answer::GIVEN).lastFrame(), "-");
 }
 
 TEST(ControlViews, statusText_givesTheCounters) {

@@ -90,7 +90,8 @@ std::string CodecInfo::lastFrame() const {
         case Answer::GIVEN:
             break;
     }
-    if (msSinceLastFrame < 0) return "none yet";
+    // Sound is not rendered frame by frame.
+    if (msSinceLastFrame < 0) return entry.isVideo ? "none yet" : "-";
     char text[32];
     if (msSinceLastFrame < 10000) {
         snprintf(text, sizeof(text), "%" PRId64 " ms", msSinceLastFrame);
