@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <stdlib.h>
 
+#include <algorithm>
+#include <charconv>
+
 #include "LineHandlers.h"
 
 namespace android::codecreport {
@@ -9,6 +12,12 @@ namespace {
 
 // A lead of more is a render time on another clock than the monotonic one.
 constexpr int64_t kMaxLeadMs = 60'000;
+
+int64_t parseNumber(std::string_view text) {
+    int64_t value = 0;
+    std::from_chars(text.data(), text.data() + text.size(), value);
+    return value;
+}
 
 /** The frame was queued, as one or two lines say. */
 Frame& onInput(const Event& event) {
@@ -82,11 +91,22 @@ void foldAnalysis(const Event& event, Frame* frame) {
     }
 }
 
+/** When the last rendered frame was to be shown, or was released by a client without a clock. */
+int64_t lastShown(const Event& event) {
+    const Fields& fields = event.fields;
+    const int64_t outputMs = fields.number("now_ms") - fields.number("app_ms");
+    const std::string_view afterRender = fields.text("after_render_ms");
+    int64_t afterMs = fields.number("after_render_call_ms");
+    if (!afterRender.empty()) afterMs = std::min(afterMs, parseNumber(afterRender));
+    return outputMs - afterMs > 0 ? event.clock.fromMonotonic(outputMs - afterMs) : kNoTime;
+}
+
 void onAnalysis(const Event& event) {
     const int64_t pts = event.fields.number("pts_us");
     foldAnalysis(event, &event.flow.get(pts));
     if (event.fields.text("label") != "Drop") return;
-    event.flow.onDropped(pts, event.timeUs, pts - event.fields.number("ts_delta_ms") * 1000);
+    event.flow.onDropped(pts, event.timeUs, pts - event.fields.number("ts_delta_ms") * 1000,
+                         lastShown(event));
     if (event.observer != nullptr) {
         event.observer->onMoment(event.session,
                                  {event.timeUs, "drop", format("media time %.3f s", pts / 1e6)});

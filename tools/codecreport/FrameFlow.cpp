@@ -89,16 +89,21 @@ void FrameFlow::onRendered(int64_t ptsUs, int64_t callUs, int64_t displayUs) {
     retire(frame);
 }
 
-void FrameFlow::onDropped(int64_t ptsUs, int64_t timeUs, int64_t lastPtsUs) {
+void FrameFlow::onDropped(int64_t ptsUs, int64_t timeUs, int64_t lastPtsUs, int64_t lastShownUs) {
     Frame frame = get(ptsUs);
     mInFlight.erase(std::find_if(mInFlight.begin(), mInFlight.end(),
                                  [ptsUs](const Frame& f) { return f.ptsUs == ptsUs; }));
     frame.dropped = true;
     frame.renderCallUs = timeUs;
     ++mSession->dropped;
-    const int64_t stepUs = ptsUs - mLast.ptsUs;
-    if (mHasLast && stepUs >= 0 && stepUs <= kMaxStepUs) {
-        frame.dueUs = std::max(mLast.displayUs, mLast.renderCallUs) + stepUs;
+    // The log may hold a line for each drop and none for renders.
+    if (mHasLast) {
+        lastPtsUs = mLast.ptsUs;
+        lastShownUs = std::max(mLast.displayUs, mLast.renderCallUs);
+    }
+    const int64_t stepUs = ptsUs - lastPtsUs;
+    if (lastShownUs != kNoTime && stepUs >= 0 && stepUs <= kMaxStepUs) {
+        frame.dueUs = lastShownUs + stepUs;
     }
     const int64_t lateMs = frame.dueUs == kNoTime ? 0 : (timeUs - frame.dueUs) / 1000;
     const Verdict verdict = judge(frame, usual(), lateMs, displayWaitFor(frame));
@@ -108,7 +113,8 @@ void FrameFlow::onDropped(int64_t ptsUs, int64_t timeUs, int64_t lastPtsUs) {
     }
     mDroppedSince = true;
     foldDrop(frame, verdict.cause, lastPtsUs);
-    keepIfWorst(frame, lateMs, verdict);
+    // Before anything was shown, no frame is late.
+    if (frame.dueUs != kNoTime) keepIfWorst(frame, lateMs, verdict);
     retire(frame);
 }
 
@@ -346,7 +352,9 @@ void FrameFlow::finish() {
         retire(frame);
     }
     std::sort(mSession->worstFrames.begin(), mSession->worstFrames.end(),
-              [](const WorstFrame& a, const WorstFrame& b) { return a.lateMs > b.lateMs; });
+              [](const WorstFrame& a, const WorstFrame& b) {
+                  return a.lateMs != b.lateMs ? a.lateMs > b.lateMs : a.frame.ptsUs < b.frame.ptsUs;
+              });
 }
 
 }  // namespace android::codecreport

@@ -33,8 +33,11 @@ class FrameFlow {
 
     /** Ends the frame's life. `displayUs` is kNoTime where the client gave no clock time. */
     void onRendered(int64_t ptsUs, int64_t callUs, int64_t displayUs);
-    /** @param lastPtsUs of the frame that was rendered last, which tells drop runs apart */
-    void onDropped(int64_t ptsUs, int64_t timeUs, int64_t lastPtsUs);
+    /**
+     * @param lastPtsUs of the frame that was rendered last, which tells drop runs apart
+     * @param lastShownUs when that was to be shown, kNoTime if there is none
+     */
+    void onDropped(int64_t ptsUs, int64_t timeUs, int64_t lastPtsUs, int64_t lastShownUs);
     void onSyncLine(int64_t timeUs, int64_t behindMs, int64_t elapsedMs);
     void onDisplayWait(int64_t timeUs, int64_t waitMs);
 

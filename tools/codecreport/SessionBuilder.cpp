@@ -220,7 +220,7 @@ SessionBuilder::Open* SessionBuilder::byLabel(const LogLine& line, const Route& 
     Open* open = choose(line, accepts);
     if (open != nullptr || isEvent) return open;
     // Before its first input a tracker goes by the name of its component.
-    if (contains(label, ".")) return byThread(line, true);
+    if (contains(label, ".")) return ofThread(line) ? ofThread(line) : byThread(line, true);
     return route.announces ? begin(line, label, timeUs, true) : nullptr;
 }
 

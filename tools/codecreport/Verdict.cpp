@@ -48,7 +48,10 @@ Verdict judge(const Frame& frame, const Usual& usual, int64_t lateMs, int64_t di
                                                           {Stage::CODEC, Cause::CODEC},
                                                           {Stage::MESSAGE, Cause::MESSAGE},
                                                           {Stage::APP, Cause::APP}};
-    if (frame.dropped && frame.dueUs != kNoTime && lateMs < kNoticeableMs) {
+    if (frame.dropped && frame.dueUs == kNoTime) {
+        return {Cause::APP, "app: dropped before a frame was shown since start, seek or flush"};
+    }
+    if (frame.dropped && lateMs < kNoticeableMs) {
         return {Cause::APP, "app: dropped although it was in time"};
     }
     std::array<Suspect, 6> suspects;

@@ -339,6 +339,14 @@ TEST(Session, dropsGoTogetherByTheLastRenderedFrameWhereRendersHaveNoLine) {
     EXPECT_EQ(Json::array({{{"length_frames", 1}, {"run_count", 1}},
                            {{"length_frames", 2}, {"run_count", 1}}}),
               drops["lengths"]);
+    // Output at 100 933, 9 ms after the last frame was shown: due at 100 924 + 40, dropped at 101
+    // 000.
+    const Json& worst = report["sessions"][0]["worst_frames"];
+    EXPECT_EQ(1'000'000, worst[0]["pts_us"]);
+    EXPECT_EQ(36, worst[0]["late_ms"]);
+    // The second likewise, but 80 ms of media time after that frame.
+    EXPECT_EQ(1'040'000, worst[2]["pts_us"]);
+    EXPECT_EQ(-4, worst[2]["late_ms"]);
 }
 
 TEST(Session, framesRenderedByMediaTimeAreShownWhenReleased) {
