@@ -125,7 +125,7 @@ void ZephraMediaAnalytic::FrameTracker::updateInputFrame(size_t size, long timeU
         ALOGW("%s Not found when %s ts:%lld", mLogPrefix.c_str(), __func__, ll(timeUs));
         return;
     }
-    AnalyticTsInfo& rec = mTsInfos.editItemAt(index);
+    AnalyticTsInfo& rec = editRecord(mTsInfos, index);
     rec.mQueueTimeMs = monotonicMs();
     if (mIsCodec2) {
         // Codec2 takes the buffer at once and reports no hand-over of its own.
@@ -155,7 +155,7 @@ void ZephraMediaAnalytic::FrameTracker::updateOmxInput(const void* data, size_t 
         ALOGW("%s Not found when %s ts:%lld", mLogPrefix.c_str(), __func__, ll(timeUs));
         return;
     }
-    AnalyticTsInfo& rec = mTsInfos.editItemAt(index);
+    AnalyticTsInfo& rec = editRecord(mTsInfos, index);
     rec.mCodecInTimeMs = monotonicMs();
     rec.mFramesInCodec = framesInCodec_l();
     if (mTsInfos.size() <= mFramesOwnedByUs) {

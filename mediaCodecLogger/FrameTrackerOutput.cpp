@@ -64,7 +64,7 @@ void ZephraMediaAnalytic::FrameTracker::updateC2Output(long timeUs, unsigned fla
 }
 
 const AnalyticTsInfo& ZephraMediaAnalytic::FrameTracker::markDecoded_l(size_t index) {
-    AnalyticTsInfo& rec = mTsInfos.editItemAt(index);
+    AnalyticTsInfo& rec = editRecord(mTsInfos, index);
     rec.mCodecOutTimeMs = monotonicMs();
     mFramesOwnedByUs = checkedCount(mFramesOwnedByUs, size_t{1});
     return rec;
@@ -84,7 +84,7 @@ void ZephraMediaAnalytic::FrameTracker::updateOutputFrame(long timeUs) {
         return;
     }
     if (mFirstOutputTs == -1) mFirstOutputTs = timeUs;
-    AnalyticTsInfo& rec = mTsInfos.editItemAt(index);
+    AnalyticTsInfo& rec = editRecord(mTsInfos, index);
     rec.mOutputTimeMs = monotonicMs();
     if (debugs(kDebugTimeline)) {
         ALOGI("%s Frame:%zu Decoded and filled into output buffer, %s mediaTs:%lld, %zd/%zu",

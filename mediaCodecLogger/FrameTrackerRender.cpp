@@ -32,7 +32,7 @@ void ZephraMediaAnalytic::FrameTracker::updateFrameRender(long renderTimeNs, lon
         if (takeErrorFrame_l()) ALOGW("%s Not found ts  when %s", mLogPrefix.c_str(), __func__);
         return;
     }
-    AnalyticTsInfo& rec = mTsInfos.editItemAt(index);
+    AnalyticTsInfo& rec = editRecord(mTsInfos, index);
     rec.mRenderTimeMs = nsToMs(renderTimeNs);
     rec.mRenderCallTimeMs = monotonicMs();
     const int64_t leadMs = checkedSub(rec.mRenderTimeMs, rec.mRenderCallTimeMs);
