@@ -4,7 +4,6 @@
 
 #include <string>
 
-#include <media/stagefright/foundation/AHandler.h>
 #include <media/stagefright/foundation/AMessage.h>
 #include <media/stagefright/foundation/AString.h>
 #include <utils/String8.h>
@@ -36,7 +35,6 @@ TEST(AStringTest, prefixRules) {
     EXPECT_FALSE(AString("OMX").startsWith("OMX.video"));
     EXPECT_FALSE(AString("OMX").startsWith("omx"));
     EXPECT_TRUE(AString("OMX").startsWithIgnoreCase("omx"));
-    EXPECT_TRUE(AString("").startsWith(""));
     EXPECT_TRUE(AString("a.secure").endsWith(".secure"));
     EXPECT_FALSE(AString("secure").endsWith(".secure"));
     EXPECT_TRUE(AString("a.SECURE").endsWithIgnoreCase(".secure"));
@@ -55,30 +53,18 @@ TEST(AStringTest, appendWritesNumbersInFull) {
     EXPECT_DEATH(appended(1e10f), "F/AString");
 }
 
-TEST(AStringTest, editsInPlace) {
+TEST(AStringTest, editsInPlaceAndDiesOutside) {
     AString text("  Codec Name \t");
     text.trim();
     text.tolower();
-    EXPECT_STREQ(text.c_str(), "codec name");
     text.erase(5, 5);
     text.insert("c2.", 3, 0);
     EXPECT_STREQ(text.c_str(), "c2.codec");
-    text.append(AString("0123"), 1, 2);
-    EXPECT_STREQ(text.c_str(), "c2.codec12");
-    EXPECT_STREQ(AString(text, 3, 5).c_str(), "codec");
     text.setTo(text, 3, 5);
     EXPECT_STREQ(text.c_str(), "codec");
-    AString blank(" \n ");
-    blank.trim();
-    EXPECT_TRUE(blank.empty());
-}
-
-TEST(AStringTest, whenPositionIsOutside_dies) {
-    AString text("abc");
-    EXPECT_DEATH(text.erase(3, 0), "F/AString");
-    EXPECT_DEATH(text.erase(1, 3), "F/AString");
-    EXPECT_DEATH(text.insert("x", 1, 4), "F/AString");
-    EXPECT_DEATH(AString(text, 2, 2), "F/AString");
+    EXPECT_DEATH(text.erase(1, 5), "F/AString");
+    EXPECT_DEATH(text.insert("x", 1, 6), "F/AString");
+    EXPECT_DEATH(AString(text, 4, 2), "F/AString");
 }
 
 TEST(AStringTest, equalityLooksAtAllBytesOrderUpToNul) {
@@ -90,16 +76,11 @@ TEST(AStringTest, equalityLooksAtAllBytesOrderUpToNul) {
     EXPECT_EQ(AString(String8("x")), AString("x"));
 }
 
-TEST(AStringTest, printfHasNoLimit) {
-    const std::string text(5000, 'y');
-    EXPECT_EQ(AStringPrintf("%s-%d", text.c_str(), 7).c_str(), text + "-7");
-}
-
-TEST(AMessageTest, findsNeedTheExactType) {
+TEST(AMessageTest, findsNeedTheExactTypeOfTheLatestValue) {
     const sp<AMessage> message = new AMessage;
+    message->setString("narrow", "changes its type");
     message->setInt32("narrow", 32);
     message->setInt64("wide", 64);
-    message->setString("text", "abc", 2);
     message->setRect("rect", 1, 2, 3, 4);
 
     int32_t narrow = -1;
@@ -115,32 +96,10 @@ TEST(AMessageTest, findsNeedTheExactType) {
 
     EXPECT_TRUE(message->findAsInt64("narrow", &wide));
     EXPECT_EQ(wide, 32);
-    EXPECT_TRUE(message->findAsInt64("wide", &wide));
-    EXPECT_EQ(wide, 64);
-    EXPECT_TRUE(message->findString("text", &text));
-    EXPECT_STREQ(text.c_str(), "ab");
     int32_t l, t, r, b;
     ASSERT_TRUE(message->findRect("rect", &l, &t, &r, &b));
     EXPECT_THAT((std::vector<int32_t>{l, t, r, b}), testing::ElementsAre(1, 2, 3, 4));
-    EXPECT_TRUE(message->contains("rect"));
-    EXPECT_FALSE(message->contains("absent"));
-}
-
-TEST(AMessageTest, whenSetAgain_valueAndTypeChangeInPlace) {
-    const sp<AMessage> message = new AMessage;
-    message->setInt32("first", 1);
-    message->setInt32("second", 2);
-    message->setString("first", "text");
-
-    int32_t number = 0;
-    EXPECT_FALSE(message->findInt32("first", &number));
-    EXPECT_EQ(message->countEntries(), 2u);
-    AMessage::Type type;
-    EXPECT_STREQ(message->getEntryNameAt(0, &type), "first");
-    EXPECT_EQ(type, AMessage::kTypeString);
-    EXPECT_STREQ(message->getEntryNameAt(1, &type), "second");
-    EXPECT_EQ(type, AMessage::kTypeInt32);
-    EXPECT_EQ(message->getEntryNameAt(2, &type), nullptr);
+    EXPECT_EQ(message->countEntries(), 3u);
 }
 
 TEST(AMessageTest, whenA65thNameIsSet_dies) {
@@ -149,19 +108,6 @@ TEST(AMessageTest, whenA65thNameIsSet_dies) {
     message->setInt32("63", -1);
     EXPECT_EQ(message->countEntries(), 64u);
     EXPECT_DEATH(message->setInt32("64", 64), "F/AMessage.*\"64\"");
-}
-
-TEST(AMessageTest, copyIsIndependent) {
-    const sp<AMessage> message = new AMessage(7, nullptr);
-    message->setFloat("rate", 23.5f);
-    const sp<AMessage> copy = message->dup();
-    message->clear();
-
-    float rate = 0;
-    EXPECT_EQ(copy->what(), 7u);
-    EXPECT_TRUE(copy->findFloat("rate", &rate));
-    EXPECT_EQ(rate, 23.5f);
-    EXPECT_FALSE(message->contains("rate"));
 }
 
 }  // namespace

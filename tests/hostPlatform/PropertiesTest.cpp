@@ -5,22 +5,14 @@
 #include <gtest/gtest.h>
 #include <string.h>
 
-#define ATRACE_TAG ATRACE_TAG_VIDEO
-#include <cutils/trace.h>
-
 #include <map>
 #include <string>
-#include <thread>
 
-#include <hostplatform/Properties.h>
-#include <hostplatform/Trace.h>
 #include <tests/support/ScopedProperties.h>
 
 namespace android {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
 using testing::Pair;
 
 /** property_get's result and value. */
@@ -103,53 +95,6 @@ TEST(PropertiesTest, setRefusesLongValuesUnlessReadOnly) {
     EXPECT_EQ(property_set("ro.key", tooLong.c_str()), 0);
     EXPECT_EQ(property_set("key", nullptr), 0);
     EXPECT_THAT(get("key", "default"), Pair(7, "default"));
-}
-
-TEST(PropertiesTest, whenPolicyForbids_setFailsAndChangesNothing) {
-    const test::ScopedProperties properties({{"key", "old"}});
-    hostplatform::failPropertySet(true);
-    EXPECT_EQ(property_set("key", "new"), -1);
-    EXPECT_THAT(get("key", nullptr), Pair(3, "old"));
-}
-
-TEST(PropertiesTest, listShowsEachPropertyAndAllowsChanges) {
-    const test::ScopedProperties properties({{"a", "1"}, {"b", "2"}});
-    std::map<std::string, std::string> seen;
-    const auto visit = [](const char* key, const char* value, void* cookie) {
-        (*static_cast<std::map<std::string, std::string>*>(cookie))[key] = value;
-        property_set("c", "3");
-    };
-    EXPECT_EQ(property_list(visit, &seen), 0);
-    EXPECT_THAT(seen, ElementsAre(Pair("a", "1"), Pair("b", "2")));
-}
-
-TEST(PropertiesTest, whenReadWhileWritten_valueIsWhole) {
-    test::ScopedProperties properties({{"key", "aaaaaaaa"}});
-    std::thread writer([&properties] {
-        for (int i = 0; i < 2000; ++i) properties.set("key", i % 2 == 0 ? "bbbb" : "aaaaaaaa");
-    });
-    for (int i = 0; i < 2000; ++i) {
-        const std::string value = get("key", nullptr).second;
-        EXPECT_TRUE(value == "bbbb" || value == "aaaaaaaa") << value;
-    }
-    writer.join();
-}
-
-TEST(TraceTest, whenTagIsEnabled_countersAreKept) {
-    ATRACE_INT64("off", 1);
-    hostplatform::setTraceTags(ATRACE_TAG_VIDEO);
-    ATRACE_INT64("wide", INT64_C(1) << 40);
-    ATRACE_INT("narrow", -5);
-    atrace_int64(ATRACE_TAG_AUDIO, "other tag", 1);
-    hostplatform::setTraceTags(0);
-
-    const auto counters = hostplatform::takeTraceCounters();
-    ASSERT_EQ(counters.size(), 2u);
-    EXPECT_EQ(counters[0].name, "wide");
-    EXPECT_EQ(counters[0].value, INT64_C(1) << 40);
-    EXPECT_EQ(counters[1].name, "narrow");
-    EXPECT_EQ(counters[1].value, -5);
-    EXPECT_THAT(hostplatform::takeTraceCounters(), IsEmpty());
 }
 
 }  // namespace

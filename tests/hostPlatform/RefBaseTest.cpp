@@ -55,21 +55,11 @@ TEST(RefBaseTest, objectGoesWithItsLastStrongReference) {
         // The two strong references, and weak.
         EXPECT_EQ(strong->getWeakRefs()->getWeakCount(), 3);
         EXPECT_EQ(strong->getWeakRefs()->refBase(), strong.get());
-        second.clear();
         EXPECT_EQ(weak.promote(), strong);
         EXPECT_EQ(events, "first ");
     }
     EXPECT_EQ(events, "first lastStrong destroyed ");
     EXPECT_EQ(weak.promote(), nullptr);
-}
-
-TEST(RefBaseTest, whenPromotedFirst_objectLivesWithoutFirstRef) {
-    std::string events;
-    wp<Object> weak(new Object(&events));
-    sp<Object> strong = weak.promote();
-    EXPECT_EQ(strong->getStrongCount(), 1);
-    strong.clear();
-    EXPECT_EQ(events, "lastStrong destroyed ");
 }
 
 TEST(RefBaseTest, whenLifetimeIsExtended_objectGoesWithItsLastWeakReference) {

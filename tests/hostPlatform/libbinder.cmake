@@ -4,7 +4,7 @@ mcl_add_test(host_binder_test
         libbinder/HostileServerTest.cpp libbinder/MessageTest.cpp libbinder/ObjectsTest.cpp
         libbinder/ParcelTest.cpp
         libbinder/PeerProcess.cpp libbinder/RuntimeDirTest.cpp libbinder/StatusTest.cpp
-        libbinder/TestService.cpp
+        libbinder/TestService.cpp ../support/Process.cpp
     LIBS test_support hostPlatform)
 
 # The other process, which the tests start.
@@ -12,3 +12,4 @@ add_executable(binder_test_peer libbinder/TestPeer.cpp libbinder/TestService.cpp
 target_include_directories(binder_test_peer PRIVATE ${CMAKE_SOURCE_DIR})
 target_link_libraries(binder_test_peer PRIVATE binder)
 add_dependencies(host_binder_test binder_test_peer)
+target_compile_definitions(host_binder_test PRIVATE TEST_PEER="$<TARGET_FILE:binder_test_peer>")

@@ -15,7 +15,6 @@ namespace {
 
 using ::testing::ElementsAre;
 
-constexpr status_t kUnexpectedNull = -2147483640;
 constexpr status_t kNotEnoughData = -61;
 
 struct WriteCase {
@@ -23,19 +22,6 @@ struct WriteCase {
     std::function<status_t(Parcel&)> write;
     const char* hex;
 };
-
-std::ostream& operator<<(std::ostream& out, const WriteCase& c) {
-    return out << c.name;
-}
-
-class ParcelWriteTest : public ::testing::TestWithParam<WriteCase> {};
-
-TEST_P(ParcelWriteTest, givesTheBytesOfAndroid11) {
-    Parcel parcel;
-    EXPECT_EQ(OK, GetParam().write(parcel));
-    EXPECT_EQ(GetParam().hex, hexOf(parcel));
-    EXPECT_EQ(parcel.dataSize(), parcel.dataPosition());
-}
 
 const WriteCase kWrites[] = {
         {"int32", [](Parcel& p) { return p.writeInt32(-2); }, "feffffff"},
@@ -59,8 +45,6 @@ const WriteCase kWrites[] = {
          "03000000 61626300"},
         {"String8 of 4", [](Parcel& p) { return p.writeString8(String8("abcd")); },
          "04000000 61626364 00000000"},
-        {"empty String16", [](Parcel& p) { return p.writeString16(String16()); },
-         "00000000 00000000"},
         {"String16 of 1", [](Parcel& p) { return p.writeString16(String16("a")); },
          "01000000 61000000"},
         {"String16 of 2", [](Parcel& p) { return p.writeString16(String16("ab")); },
@@ -72,12 +56,6 @@ const WriteCase kWrites[] = {
          "04000000 61000000 3dd800de 00000000"},
         {"null UTF-8", [](Parcel& p) { return p.writeUtf8AsUtf16(std::unique_ptr<std::string>()); },
          "ffffffff"},
-        {"UTF-8 pointer",
-         [](Parcel& p) { return p.writeUtf8AsUtf16(std::make_unique<std::string>("a")); },
-         "01000000 61000000"},
-        {"empty UTF-8 vector",
-         [](Parcel& p) { return p.writeUtf8VectorAsUtf16Vector(std::vector<std::string>()); },
-         "00000000"},
         {"UTF-8 vector",
          [](Parcel& p) {
              return p.writeUtf8VectorAsUtf16Vector(std::vector<std::string>{"a", ""});
@@ -92,7 +70,15 @@ const WriteCase kWrites[] = {
          "00000080 ffffffff 54535953 03000000 61002e00 62000000"},
         {"no exception", [](Parcel& p) { return p.writeNoException(); }, "00000000"},
 };
-INSTANTIATE_TEST_SUITE_P(, ParcelWriteTest, ::testing::ValuesIn(kWrites));
+
+TEST(ParcelTest, writesTheBytesOfAndroid11) {
+    for (const WriteCase& c : kWrites) {
+        Parcel parcel;
+        EXPECT_EQ(OK, c.write(parcel)) << c.name;
+        EXPECT_EQ(c.hex, hexOf(parcel)) << c.name;
+        EXPECT_EQ(parcel.dataSize(), parcel.dataPosition()) << c.name;
+    }
+}
 
 TEST(ParcelTest, whenUtf8IsInvalid_nothingIsWritten) {
     Parcel parcel;
@@ -108,10 +94,6 @@ struct ReadCase {
     const char* expected;
     size_t position;
 };
-
-std::ostream& operator<<(std::ostream& out, const ReadCase& c) {
-    return out << c.name;
-}
 
 std::string text(status_t status, const std::string& value) {
     return std::to_string(status) + "|" + value;
@@ -159,19 +141,8 @@ std::string readCString(const Parcel& parcel) {
     return value == nullptr ? "null" : value;
 }
 
-const std::string kNull = std::to_string(kUnexpectedNull) + "|";
 constexpr auto readI32 = readNumber<int32_t, &Parcel::readInt32>;
 constexpr auto readI64 = readNumber<int64_t, &Parcel::readInt64>;
-
-class ParcelReadTest : public ::testing::TestWithParam<ReadCase> {};
-
-TEST_P(ParcelReadTest, givesWhatAndroid11Gives) {
-    LogCapture log;
-    Parcel parcel;
-    setHex(&parcel, GetParam().hex);
-    EXPECT_EQ(GetParam().expected, GetParam().read(parcel));
-    EXPECT_EQ(GetParam().position, parcel.dataPosition());
-}
 
 const ReadCase kReads[] = {
         {"int32 at the end", "", readI32, "-61|7", 0},
@@ -186,15 +157,8 @@ const ReadCase kReads[] = {
              return text(status, std::to_string(value));
          },
          "-61|0", 0},
-        {"value forms at the end", "",
-         [](const Parcel& p) {
-             return text(p.readInt32(),
-                         std::to_string(p.readInt64()) + std::to_string(p.readBool()));
-         },
-         "0|00", 0},
         {"C string", "61626364 00000000 07000000", readCString, "abcd", 8},
         {"C string without NUL", "61626364", readCString, "null", 0},
-        {"C string at the end", "", readCString, "null", 0},
         {"C string whose padding is cut off", "616200", readCString, "ab", 3},
         {"String8", "03000000 61626300", readString8Value, "abc", 8},
         {"String8 at the end", "", readString8Value, "", 0},
@@ -205,14 +169,11 @@ const ReadCase kReads[] = {
          "-2147483640|", 4},
         {"C strings read as String8", "66697273 74000000 7365636f 6e640000",
          [](const Parcel& p) { return readString8Value(p) + readString8Value(p); }, "", 8},
-        {"empty C strings read as String8", "00000000 00000000",
-         [](const Parcel& p) { return readString8Value(p) + readString8Value(p); }, "", 8},
         {"UTF-8 at the end keeps the value", "", readUtf8, "-2147483640|old", 0},
         {"UTF-8 of length -1", "ffffffff", readUtf8, "-2147483640|old", 4},
         {"UTF-8", "03000000 61003dd8 00de0000", readUtf8, "0|a\xf0\x9f\x98\x80", 12},
         {"UTF-8 pointer of length -1", "ffffffff", readUtf8Pointer, "0|null", 4},
         {"UTF-8 pointer at the end", "", readUtf8Pointer, "-61|null", 0},
-        {"UTF-8 pointer", "01000000 61000000", readUtf8Pointer, "0|a", 8},
         {"vector at the end is unchanged", "", readInt64s, "-61|5,", 0},
         {"vector of negative count is unchanged", "ffffffff", readInt64s, "-2147483640|5,", 4},
         {"vector with too few elements is resized", "02000000 01000000 00000000", readInt64s,
@@ -220,7 +181,16 @@ const ReadCase kReads[] = {
         {"vector", "01000000 01000000 00000000", readInt64s, "0|1,", 12},
         {"vector of a count that no memory holds", "ffffff7f 01000000", readInt64s, "-61|5,", 4},
 };
-INSTANTIATE_TEST_SUITE_P(, ParcelReadTest, ::testing::ValuesIn(kReads));
+
+TEST(ParcelTest, readsWhatAndroid11Reads) {
+    LogCapture log;
+    for (const ReadCase& c : kReads) {
+        Parcel parcel;
+        setHex(&parcel, c.hex);
+        EXPECT_EQ(c.expected, c.read(parcel)) << c.name;
+        EXPECT_EQ(c.position, parcel.dataPosition()) << c.name;
+    }
+}
 
 TEST(ParcelTest, whenAString8IsNull_aLineSaysSo) {
     LogCapture log;
@@ -228,19 +198,6 @@ TEST(ParcelTest, whenAString8IsNull_aLineSaysSo) {
     parcel.readString8();
     EXPECT_THAT(log.lines(), ElementsAre(LogLine{ANDROID_LOG_ERROR, "Parcel",
                                                  "Reading a NULL string not supported here."}));
-}
-
-TEST(ParcelTest, whenTheNamesOfTokensHaveTheirLengths_tokensHaveTheirs) {
-    const std::pair<const char*, size_t> cases[] = {
-            {"android.media.IMediaCodecLoggerClient", 92},
-            {"android.media.IMediaCodecLoggerService", 96},
-            {"android.media.IMediaCodecLoggerListener", 96},
-    };
-    for (const auto& [name, size] : cases) {
-        Parcel parcel;
-        parcel.writeInterfaceToken(String16(name));
-        EXPECT_EQ(size, parcel.dataSize()) << name;
-    }
 }
 
 TEST(ParcelTest, enforceInterfaceTakesOnlyTheWholeToken) {
@@ -290,15 +247,6 @@ TEST(ParcelTest, appendFromCopiesOnlyWhatExists) {
     EXPECT_EQ(BAD_VALUE, to.appendFrom(&from, 12, 4));
     EXPECT_EQ(OK, to.appendFrom(&from, 4, 4));
     EXPECT_EQ("02000000", hexOf(to));
-}
-
-TEST(ParcelTest, nothingCanBeWrittenAndReadWithoutABuffer) {
-    Parcel parcel;
-    EXPECT_EQ(OK, parcel.write(nullptr, 0));
-    EXPECT_EQ(OK, parcel.read(nullptr, 0));
-    parcel.setDataPosition(4);
-    EXPECT_EQ(NOT_ENOUGH_DATA, parcel.read(nullptr, 0));
-    EXPECT_EQ(nullptr, parcel.readInplace(0));
 }
 
 TEST(ParcelTest, readInPlaceStaysInside) {

@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <android-base/unique_fd.h>
-#include <sys/types.h>
-
 #include <functional>
 #include <string>
 
 #include "tests/hostPlatform/libbinder/TestService.h"
+#include "tests/support/Process.h"
 
 namespace android::test {
 
@@ -16,20 +14,18 @@ class PeerProcess {
   public:
     /** Started and ready. |threads| says what serves in it: "pool" or "joined", its main thread. */
     explicit PeerProcess(const std::string& serviceName, const char* threads = "pool");
-    ~PeerProcess();
 
-    pid_t pid() const { return mPid; }
+    pid_t pid() const { return mProcess.pid(); }
     /** Its TestService; fails the test if it is not found. */
     sp<IBinder> service() const;
 
     void kill();
-    /** Lets it exit by itself; gives its wait status. */
-    int leave();
+    /** Lets it exit by itself; fails the test if it does not do so in good order. */
+    void leave();
 
   private:
     const std::string mName;
-    pid_t mPid = -1;
-    base::unique_fd mStdin;
+    Process mProcess;
 };
 
 /** True once |condition| is; false if that takes ten seconds. */

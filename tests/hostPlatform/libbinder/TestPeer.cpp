@@ -1,15 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
-// A process for the tests of the transport: serves a TestService under the name given, until its
-// standard input ends; then it leaves through exit() with all its connections open.
+// A process for the tests of the transport: serves a TestService under the name given, until
+// SIGTERM; then it leaves through exit() with all its connections open.
 #include "tests/hostPlatform/libbinder/TestService.h"
 
 #include <binder/IPCThreadState.h>
 #include <binder/IServiceManager.h>
 #include <binder/ProcessState.h>
 
+#include <signal.h>
 #include <stdio.h>
 #include <string.h>
-#include <unistd.h>
+#include <sys/prctl.h>
 
 #include <filesystem>
 #include <thread>
@@ -18,23 +19,19 @@ namespace {
 
 // Sockets and files of the process that started this one.
 int inheritedDescriptors() {
+    const std::string folder = getenv("HOSTBINDER_DIR");
     int count = 0;
     for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
         std::error_code error;
         const std::string target = std::filesystem::read_symlink(entry.path(), error).string();
-        if (target.find("socket:") == 0 || target.find(getenv("HOSTBINDER_DIR")) == 0 ||
-            target.find("anon_inode:[eventfd]") == 0) {
+        for (const std::string& kind :
+             {std::string("socket:"), folder, std::string("anon_inode:[eventfd]")}) {
+            if (target.find(kind) != 0) continue;
             fprintf(stderr, "inherited %s\n", target.c_str());
             count++;
         }
     }
     return count;
-}
-
-void awaitEndOfInput() {
-    char byte;
-    while (read(STDIN_FILENO, &byte, 1) > 0) {
-    }
 }
 
 }  // namespace
@@ -43,6 +40,16 @@ int main(int argc, char** argv) {
     using namespace android;
     if (argc != 3) return 2;
     if (inheritedDescriptors() > 0) return 4;
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    sigset_t end;
+    sigemptyset(&end);
+    sigaddset(&end, SIGTERM);
+    pthread_sigmask(SIG_BLOCK, &end, nullptr);  // in the threads to come as well
+    const auto awaitEnd = [&end] {
+        int number;
+        sigwait(&end, &number);
+    };
+
     const sp<IBinder> service = new test::TestService();
     if (defaultServiceManager()->addService(String16(argv[1]), service) != OK) return 1;
     const bool usesPool = strcmp(argv[2], "pool") == 0;
@@ -50,11 +57,11 @@ int main(int argc, char** argv) {
     puts("ready");
     fflush(stdout);
     if (usesPool) {
-        awaitEndOfInput();
+        awaitEnd();
         return 0;
     }
-    std::thread stopper([] {
-        awaitEndOfInput();
+    std::thread stopper([&awaitEnd] {
+        awaitEnd();
         IPCThreadState::self()->stopProcess();
     });
     IPCThreadState::self()->joinThreadPool();

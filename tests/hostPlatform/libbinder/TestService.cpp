@@ -113,8 +113,7 @@ status_t callTest(const sp<IBinder>& target, uint32_t code, Parcel* reply,
 
 int32_t callInt(const sp<IBinder>& target, uint32_t code, int32_t argument) {
     Parcel reply;
-    const status_t status =
-            callTest(target, code, &reply, [=](Parcel& p) { p.writeInt32(argument); });
+    const status_t status = callTest(target, code, &reply, arguments(argument));
     return status == OK ? reply.readInt32() : status;
 }
 

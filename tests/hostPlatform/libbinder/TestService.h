@@ -56,6 +56,19 @@ class TestService : public BBinder {
     sp<IBinder> mKept GUARDED_BY(mLock);
 };
 
+inline void write(Parcel& parcel, int32_t value) {
+    parcel.writeInt32(value);
+}
+inline void write(Parcel& parcel, const sp<IBinder>& value) {
+    parcel.writeStrongBinder(value);
+}
+
+/** Writes integers and objects, for callTest(). */
+template <typename... Values>
+std::function<void(Parcel&)> arguments(const Values&... values) {
+    return [=](Parcel& parcel) { (write(parcel, values), ...); };
+}
+
 /** Calls |code| with |arguments| written to the request. */
 status_t callTest(const sp<IBinder>& target, uint32_t code, Parcel* reply,
                   const std::function<void(Parcel&)>& arguments = nullptr, uint32_t flags = 0);
