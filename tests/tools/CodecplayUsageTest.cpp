@@ -18,53 +18,43 @@ ProcessResult codecplay(const std::vector<std::string>& arguments) {
 }  // namespace
 
 TEST(CodecplayUsageTest, wrongCommandLinesAreRefused) {
-    const std::vector<std::vector<std::string>> wrong = {
-            {},
-            {"--no-such-option", "f"},
-            {"--speed", "-1", "f"},
-            {"--speed", "fast", "f"},
-            {"--speed"},
-            {"--seek", "5", "f"},
-            {"--seek", "5@", "f"},
-            {"--seek", "1:2:3:4@5", "f"},
-            {"--flush", "", "f"},
-            {"--drop", "0", "f"},
-            {"--drop", "9-3", "f"},
-            {"--stall", "3", "f"},
-            {"--stall", "3:-5", "f"},
-            {"--slow-decode", "3:", "f"},
-            {"--error", "3", "f"},
-            {"--error", "bad@3", "f"},
-            {"--display", "1920", "f"},
-            {"--display", "0x5", "f"},
-            {"--prop", "name", "f"},
-            {"--prop", "=value", "f"},
-            {"--prop", "name=" + std::string(92, 'x'), "f"},
-            {"--vsync", "0", "f"},
-            {"--buffers", "1", "f"},
-            {"--instances", "0", "f"},
-            {"--loop", "99999999999999999999", "f"},
-    };
-    for (const auto& arguments : wrong) {
-        const ProcessResult result = codecplay(arguments);
-        EXPECT_EQ(result.exitCode, 2) << testing::PrintToString(arguments) << result.err;
+    for (const std::string& arguments :
+         std::vector<std::string>{"",
+                                  "--no-such-option f",
+                                  "--speed -1 f",
+                                  "--speed fast f",
+                                  "--speed",
+                                  "--seek 5 f",
+                                  "--seek 5@ f",
+                                  "--seek 1:2:3:4@5 f",
+                                  "--flush '' f",
+                                  "--drop 0 f",
+                                  "--drop 9-3 f",
+                                  "--stall 3 f",
+                                  "--stall 3:-5 f",
+                                  "--slow-decode 3: f",
+                                  "--error 3 f",
+                                  "--error bad@3 f",
+                                  "--display 1920 f",
+                                  "--display 0x5 f",
+                                  "--prop name f",
+                                  "--prop =value f",
+                                  "--prop name=" + std::string(92, 'x') + " f",
+                                  "--vsync 0 f",
+                                  "--buffers 1 f",
+                                  "--instances 0 f",
+                                  "--loop 99999999999999999999 f"}) {
+        const ProcessResult result = runProcess({"sh", "-c", CODECPLAY " " + arguments});
+        EXPECT_EQ(result.exitCode, 2) << arguments << result.err;
         EXPECT_NE(result.err, "");
         EXPECT_EQ(result.out, "");
     }
 }
 
-TEST(CodecplayUsageTest, helpNamesEveryOptionAndExitCode) {
+TEST(CodecplayUsageTest, helpFitsIntoATerminal) {
     const ProcessResult help = codecplay({"--help"});
     EXPECT_EQ(help.exitCode, 0);
-    for (const char* option :
-         {"--speed",        "--seek",    "--flush",       "--reconfigure", "--loop",
-          "--instances",    "--codec2",  "--omx",         "--tunneled",    "--secure",
-          "--component",    "--package", "--prop",        "--display",     "--vsync",
-          "--buffers",      "--stall",   "--slow-decode", "--drop",        "--error",
-          "--log",          "--metrics", "--json",        "--quiet",       "--version",
-          "130 interrupted"}) {
-        EXPECT_NE(help.out.find(option), std::string::npos) << option;
-    }
+    EXPECT_NE(help.out.find("130 interrupted"), std::string::npos);
     for (const std::string& line : splitLines(help.out)) EXPECT_LE(line.size(), 100U) << line;
     EXPECT_TRUE(std::regex_match(codecplay({"--version"}).out, std::regex("codecplay [0-9.]+\n")));
 }

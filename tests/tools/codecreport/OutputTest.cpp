@@ -27,7 +27,6 @@ using codecreport::Reference;
 using perfetto::protos::Trace;
 using perfetto::protos::TrackEvent;
 using testing::HasSubstr;
-using testing::IsEmpty;
 using testing::Not;
 
 /** A playback in which something of everything happens, with lines that are not understood. */
@@ -84,14 +83,8 @@ TEST(JsonReport, everyKeyIsDocumentedAndEveryDocumentedKeyIsThere) {
         if (table.name != "json") continue;
         for (const auto& entry : table.entries) documented.insert(entry.id);
     }
-    std::vector<std::string> missing;
-    std::set_difference(keys.begin(), keys.end(), documented.begin(), documented.end(),
-                        std::back_inserter(missing));
-    EXPECT_THAT(missing, IsEmpty()) << "not documented";
-    missing.clear();
-    std::set_difference(documented.begin(), documented.end(), keys.begin(), keys.end(),
-                        std::back_inserter(missing));
-    EXPECT_THAT(missing, IsEmpty()) << "documented, not written";
+    for (const std::string& key : keys) EXPECT_EQ(1u, documented.count(key)) << key;
+    for (const std::string& key : documented) EXPECT_EQ(1u, keys.count(key)) << key;
 }
 
 TEST(JsonReport, bytesThatAreNoTextAreReplaced) {
@@ -108,7 +101,6 @@ TEST(JsonReport, bytesThatAreNoTextAreReplaced) {
     EXPECT_THAT(page, HasSubstr("The MIT License"));
 }
 
-/** The slices of one track, in the order of their times. */
 struct Slice {
     uint64_t beginNs;
     uint64_t endNs;
@@ -117,61 +109,50 @@ struct Slice {
     std::vector<uint64_t> lastFlows;
 };
 
+/** What is on the tracks of a trace, by their names. */
 struct ReadTrace {
     std::map<uint64_t, std::string> names;
-    std::map<uint64_t, uint64_t> parents;
-    std::map<uint64_t, std::vector<Slice>> slices;
-    std::map<uint64_t, int> counters;
-    std::map<std::string, int> instants;
+    std::map<std::string, std::vector<Slice>> slices;
+    std::map<std::string, int> others;  ///< instants and counters
     std::set<int> pids;
-
-    std::vector<Slice> slicesOf(const std::string& name) const {
-        std::vector<Slice> result;
-        for (const auto& [track, list] : slices) {
-            if (names.at(track) == name) result.insert(result.end(), list.begin(), list.end());
-        }
-        return result;
-    }
 };
 
 ReadTrace readTrace(const std::string& path) {
     Trace trace;
     EXPECT_TRUE(trace.ParseFromString(readFile(path)));
     ReadTrace result;
+    std::map<uint64_t, std::vector<Slice>> tracks;
     for (const auto& packet : trace.packet()) {
         if (packet.has_track_descriptor()) {
             const auto& track = packet.track_descriptor();
+            EXPECT_TRUE(track.has_process() || result.names.count(track.parent_uuid()))
+                    << track.name() << " leads to no process";
             result.names[track.uuid()] = track.name();
-            result.parents[track.uuid()] = track.parent_uuid();
             if (track.has_process()) result.pids.insert(track.process().pid());
         }
         if (!packet.has_track_event()) continue;
         const TrackEvent& event = packet.track_event();
-        EXPECT_EQ(1u, result.names.count(event.track_uuid()));
-        std::vector<Slice>& slices = result.slices[event.track_uuid()];
-        switch (event.type()) {
-            case TrackEvent::TYPE_SLICE_BEGIN:
-                // What is written one after the other must not overlap on its track.
-                if (!slices.empty()) {
-                    EXPECT_LE(slices.back().endNs, packet.timestamp());
-                }
-                slices.push_back({packet.timestamp(),
-                                  0,
-                                  event.name(),
-                                  {event.flow_ids().begin(), event.flow_ids().end()},
-                                  {event.terminating_flow_ids().begin(),
-                                   event.terminating_flow_ids().end()}});
-                break;
-            case TrackEvent::TYPE_SLICE_END:
-                EXPECT_EQ(0u, slices.back().endNs);
-                slices.back().endNs = packet.timestamp();
-                break;
-            case TrackEvent::TYPE_COUNTER:
-                ++result.counters[event.track_uuid()];
-                break;
-            default:
-                ++result.instants[event.name()];
+        const std::string name = result.names.at(event.track_uuid());
+        std::vector<Slice>& slices = tracks[event.track_uuid()];
+        if (event.type() == TrackEvent::TYPE_SLICE_BEGIN) {
+            // What is written one after the other must not overlap on its track.
+            EXPECT_LE(slices.empty() ? 0 : slices.back().endNs, packet.timestamp());
+            slices.push_back(
+                    {packet.timestamp(),
+                     0,
+                     event.name(),
+                     {event.flow_ids().begin(), event.flow_ids().end()},
+                     {event.terminating_flow_ids().begin(), event.terminating_flow_ids().end()}});
+        } else if (event.type() == TrackEvent::TYPE_SLICE_END) {
+            EXPECT_EQ(0u, slices.back().endNs);
+            slices.back().endNs = packet.timestamp();
+        } else {
+            ++result.others[event.type() == TrackEvent::TYPE_COUNTER ? name : event.name()];
         }
+    }
+    for (const auto& [track, slices] : tracks) {
+        auto& all = result.slices[result.names.at(track)];
+        all.insert(all.end(), slices.begin(), slices.end());
     }
     return result;
 }
@@ -182,25 +163,25 @@ TEST(Trace, holdsASliceAFrameAndStageTiedByAFlow) {
     ASSERT_TRUE(writer.open(path));
     reportOf(eventfulLog(), &writer);
     ASSERT_TRUE(writer.close());
-    const ReadTrace trace = readTrace(path);
+    ReadTrace trace = readTrace(path);
 
     EXPECT_EQ(std::set<int>{4321}, trace.pids);
     std::set<uint64_t> flows;
     for (const char* stage : {"decrypt", "codec", "message", "app"}) {
-        const std::vector<Slice> slices = trace.slicesOf(stage);
-        EXPECT_EQ(300u, slices.size()) << stage;
-        for (const Slice& slice : slices) flows.insert(slice.flows.begin(), slice.flows.end());
+        EXPECT_EQ(300u, trace.slices[stage].size()) << stage;
+        for (const Slice& slice : trace.slices[stage]) {
+            flows.insert(slice.flows.begin(), slice.flows.end());
+        }
     }
     EXPECT_EQ(300u, flows.size());
     // The render lead ends the flow, but for the dropped frames.
-    const std::vector<Slice> leads = trace.slicesOf("lead");
-    EXPECT_EQ(297u, leads.size());
-    for (const Slice& slice : leads) {
+    EXPECT_EQ(297u, trace.slices["lead"].size());
+    for (const Slice& slice : trace.slices["lead"]) {
         ASSERT_EQ(1u, slice.lastFlows.size());
         EXPECT_EQ(1u, flows.count(slice.lastFlows[0]));
     }
     // Frame 151 (counted from 1) was stalled: 467 ms with the application, from its output on.
-    const std::vector<Slice> apps = trace.slicesOf("app");
+    const std::vector<Slice>& apps = trace.slices["app"];
     const auto stalled = std::find_if(apps.begin(), apps.end(),
                                       [](const Slice& s) { return s.name == "frame 151"; });
     ASSERT_NE(apps.end(), stalled);
@@ -209,16 +190,11 @@ TEST(Trace, holdsASliceAFrameAndStageTiedByAFlow) {
     EXPECT_EQ(outputMs * 1'000'000, stalled->beginNs);
 
     for (const char* span : {"P2 configure", "P3 start", "P5 first frame", "freeze", "drop run"}) {
-        EXPECT_EQ(1u, trace.slicesOf(span).size()) << span;
+        EXPECT_EQ(1u, trace.slices[span].size()) << span;
     }
-    EXPECT_EQ(3, trace.instants.at("drop"));
-    std::set<std::string> counted;
-    for (const auto& [track, count] : trace.counters) counted.insert(trace.names.at(track));
-    EXPECT_EQ((std::set<std::string>{"frames in flight", "input bitrate", "sync offset"}), counted);
-    // Every track leads to a process.
-    for (auto [track, parent] : trace.parents) {
-        for (int depth = 0; parent != 0 && depth < 5; ++depth) parent = trace.parents.at(parent);
-        EXPECT_EQ(0u, parent) << track;
+    EXPECT_EQ(3, trace.others["drop"]);
+    for (const char* counter : {"frames in flight", "input bitrate", "sync offset"}) {
+        EXPECT_GT(trace.others[counter], 0) << counter;
     }
 }
 

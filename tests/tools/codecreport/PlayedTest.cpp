@@ -66,19 +66,5 @@ TEST(CodecreportPlayed, insertedStallIsFoundAndNamed) {
     EXPECT_EQ("app", session["worst_frames"][0]["cause"]);
 }
 
-TEST(CodecreportPlayed, concurrentCodecsOfOneKindStayApart) {
-    const Both both = playAndReport(analysis("0x407") + std::vector<std::string>{"--speed", "0",
-                                                                                 "--instances", "4",
-                                                                                 ordinaryClip()});
-    ASSERT_EQ(8u, both.report["sessions"].size());
-    for (const Json& session : both.report["sessions"]) {
-        if (session["kind"] != "video") continue;
-        // 4 s at 30 frames a second, and the empty buffer that ends them.
-        EXPECT_EQ(121, session["counts"]["input_count"]);
-        EXPECT_EQ(120, session["counts"]["rendered_count"].get<int>() +
-                               session["counts"]["dropped_count"].get<int>());
-    }
-}
-
 }  // namespace
 }  // namespace android::test

@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 #include <stdio.h>
-#include <unistd.h>
+#include <stdlib.h>
+
+#include <filesystem>
 
 #include <tools/codecreport/Analysis.h>
 #include <tools/codecreport/JsonReport.h>
@@ -12,9 +14,30 @@
 
 namespace android::test {
 
+namespace {
+
+/** A folder of this process, made at the first use and removed with all in it at the end. */
+class ScratchFolder {
+  public:
+    ScratchFolder() {
+        mPath = testing::TempDir() + "codecreport_test.XXXXXX";
+        EXPECT_NE(nullptr, mkdtemp(mPath.data())) << mPath;
+    }
+    ~ScratchFolder() {
+        std::error_code error;
+        std::filesystem::remove_all(mPath, error);
+    }
+    const std::string& path() const { return mPath; }
+
+  private:
+    std::string mPath;
+};
+
+}  // namespace
+
 std::string fileWith(const std::string& content, const std::string& name) {
-    const std::string path =
-            testing::TempDir() + "codecreport_" + std::to_string(getpid()) + "_" + name;
+    static const ScratchFolder folder;
+    const std::string path = folder.path() + "/" + name;
     FILE* file = fopen(path.c_str(), "w");
     EXPECT_EQ(content.size(), fwrite(content.data(), 1, content.size(), file));
     fclose(file);
@@ -26,7 +49,6 @@ Json reportOf(const std::string& log, codecreport::SessionObserver* observer) {
     const codecreport::Reference reference;
     codecreport::Analysis analysis;
     EXPECT_TRUE(codecreport::readLogs(reference, {path}, observer, false, &analysis));
-    unlink(path.c_str());
     return codecreport::toJson(analysis);
 }
 

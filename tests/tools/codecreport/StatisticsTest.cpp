@@ -11,19 +11,8 @@
 namespace android::codecreport {
 namespace {
 
-TEST(Histogram, percentilesAreNearestRanks) {
-    Histogram histogram;
-    for (int i = 1; i <= 10; ++i) histogram.add(i * 10);
-    EXPECT_EQ(10, histogram.percentile(0.01));
-    EXPECT_EQ(50, histogram.percentile(0.5));
-    EXPECT_EQ(90, histogram.percentile(0.9));
-    EXPECT_EQ(100, histogram.percentile(0.91));
-    EXPECT_EQ(100, histogram.percentile(1));
-    EXPECT_EQ(55, histogram.mean());
-    EXPECT_EQ(0, Histogram().percentile(0.5));
-}
-
 TEST(Histogram, agreesWithSortedValuesWithinItsPromise) {
+    EXPECT_EQ(0, Histogram().percentile(0.5));
     std::mt19937_64 random(1);
     for (int64_t range : {100, 4095, 1'000'000, 1'000'000'000}) {
         Histogram histogram;

@@ -19,8 +19,6 @@ constexpr int64_t kCodecMs = 20;
 constexpr int64_t kMessageMs = 1;
 constexpr int64_t kLeadMs = 10;
 
-using LL = long long;
-
 std::string text(const char* format, ...) __attribute__((format(printf, 1, 2)));
 std::string text(const char* format, ...) {
     char buffer[512];
@@ -33,13 +31,7 @@ std::string text(const char* format, ...) {
 
 /** The times of one frame, monotonic milliseconds. */
 struct Times {
-    int64_t ptsUs;
-    int64_t announced;
-    int64_t queued;
-    int64_t decoded;
-    int64_t output;
-    int64_t call;
-    int64_t render;
+    int64_t ptsUs, announced, queued, decoded, output, call, render;
 };
 
 class Writer {
@@ -67,13 +59,13 @@ class Writer {
     void begin() {
         const char* tag = mPlayback.tag.c_str();
         const int64_t at = mPlayback.startMs;
-        const LL firstInput = at + 60 + kDecryptMs;
-        add(at, kLogger, text("[BRISK] %s P2 + %lld", tag, static_cast<LL>(at)));
-        add(at + 20, kLogger, text("[BRISK] %s P2 - %lld", tag, static_cast<LL>(at + 20)));
-        add(at + 25, kLogger, text("[BRISK] %s P3 + %lld", tag, static_cast<LL>(at + 25)));
-        add(at + 55, kLogger, text("[BRISK] %s P3 - %lld", tag, static_cast<LL>(at + 55)));
+        const int64_t firstInput = at + 60 + kDecryptMs;
+        add(at, kLogger, text("[BRISK] %s P2 + %ld", tag, at));
+        add(at + 20, kLogger, text("[BRISK] %s P2 - %ld", tag, at + 20));
+        add(at + 25, kLogger, text("[BRISK] %s P3 + %ld", tag, at + 25));
+        add(at + 55, kLogger, text("[BRISK] %s P3 - %ld", tag, at + 55));
         add(firstInput, kLogger,
-            text("[BRISK] %s Got First Input Frame %lld pts:0", tag, firstInput));
+            text("[BRISK] %s Got First Input Frame %ld pts:0", tag, firstInput));
         add(firstInput + 5, kLogger,
             "updateFormatChanged width = 1920 height = 1080, hdrType = 1, scanType = 0, bitDepth = "
             "10, colorStandard = 6");
@@ -104,50 +96,49 @@ class Writer {
 
     void input(int i, const Times& t) {
         const char* f = mPlayback.format.c_str();
-        add(t.queued, kAnalytics, text("%s queue:%lld s:5000 tsS:3", f, LL(t.ptsUs)));
+        add(t.queued, kAnalytics, text("%s queue:%ld s:5000 tsS:3", f, t.ptsUs));
         add(t.queued, kAnalytics,
-            text("%s Frame:%d Decrypt cost:%lld ts:%lld size:5000", f, i + 1,
-                 LL(t.queued - t.announced), LL(t.ptsUs)));
+            text("%s Frame:%d Decrypt cost:%ld ts:%ld size:5000", f, i + 1, t.queued - t.announced,
+                 t.ptsUs));
     }
 
     void output(int i, const Times& t) {
         const char* f = mPlayback.format.c_str();
         add(t.decoded, kAnalytics,
-            text("%s C2 OWD FL:%lld mediaTs:%lld f:0 0/3", f, LL(t.decoded - t.queued),
-                 LL(t.ptsUs)));
+            text("%s C2 OWD FL:%ld mediaTs:%ld f:0 0/3", f, t.decoded - t.queued, t.ptsUs));
         if (i == 0) {
             add(t.output, kLogger,
-                text("[BRISK] %s Got First Frame Ready %lld(%lld)", mPlayback.tag.c_str(),
-                     LL(t.output), LL(t.output - t.queued)));
+                text("[BRISK] %s Got First Frame Ready %ld(%ld)", mPlayback.tag.c_str(), t.output,
+                     t.output - t.queued));
         }
         add(t.output, kAnalytics,
             text("%s Frame:%d Decoded and filled into output buffer, Output onWorkDone "
-                 "mediaTs:%lld, "
+                 "mediaTs:%ld, "
                  "0/3",
-                 f, i + 1, LL(t.ptsUs)));
+                 f, i + 1, t.ptsUs));
         analysis(t, f, t.output);
     }
 
     void analysis(const Times& t, const char* label, int64_t now) {
         const bool first = mLast.render == 0;
         add(now, kAnalytics,
-            text("%s%s:%lld(%lld) TD:%lld FARD:%lld(%lld) FAD:%lld(%lld) AL:%lld(%lld) "
-                 "FL:%lld(%lld) "
+            text("%s%s:%ld(%ld) TD:%ld FARD:%ld(%ld) FAD:%ld(%ld) AL:%ld(%ld) "
+                 "FL:%ld(%ld) "
                  "0/3",
-                 first ? "Pre-Render " : "", label, LL(t.ptsUs), LL(now - t.ptsUs / 1000),
-                 LL((t.ptsUs - mLast.ptsUs) / 1000), LL(t.output - mLast.render),
-                 LL(t.output - mLast.call), LL(t.decoded - mLast.decoded), LL(t.output - t.decoded),
-                 LL(now - t.output), LL(now), LL(t.decoded - t.queued), LL(t.output - t.queued)));
+                 first ? "Pre-Render " : "", label, t.ptsUs, now - t.ptsUs / 1000,
+                 (t.ptsUs - mLast.ptsUs) / 1000, t.output - mLast.render, t.output - mLast.call,
+                 t.decoded - mLast.decoded, t.output - t.decoded, now - t.output, now,
+                 t.decoded - t.queued, t.output - t.queued));
     }
 
     void rendered(int i, const Times& t) {
         add(t.call, kAnalytics,
-            text("%s Render R-S:%lld R:%lld(%lld) pts:%lld 0/3", mPlayback.format.c_str(),
-                 LL(t.render - t.call), LL(t.render), LL(t.render - mLast.render), LL(t.ptsUs)));
+            text("%s Render R-S:%ld R:%ld(%ld) pts:%ld 0/3", mPlayback.format.c_str(),
+                 t.render - t.call, t.render, t.render - mLast.render, t.ptsUs));
         if (i == 0) {
             add(t.call, kLogger,
-                text("[BRISK] %s Got First Frame Render %lld(%lld), renderNum = 1",
-                     mPlayback.tag.c_str(), LL(t.call), LL(t.call - t.queued)));
+                text("[BRISK] %s Got First Frame Render %ld(%ld), renderNum = 1",
+                     mPlayback.tag.c_str(), t.call, t.call - t.queued));
         }
         mLast = t;
     }
@@ -155,12 +146,11 @@ class Writer {
     void report() {
         const std::string key = std::to_string(mPlayback.pid) + "." + mPlayback.tag + ".";
         const int64_t at = mLast.call + 50;
-        const LL played = mLast.ptsUs / 1000;
+        const int64_t played = mLast.ptsUs / 1000;
         add(at, kLogger,
-            text("MC Stop Time(start: %lld, stop:%lld :40 <profileMCStopEnd 1462>", LL(at - 40),
-                 LL(at)));
-        add(at, kLogger, key + text("TotalVideoPlaybackTimeMs = %lld", played));
-        add(at, kLogger, key + text("videoResolution.FHD = %lld", played));
+            text("MC Stop Time(start: %ld, stop:%ld :40 <profileMCStopEnd 1462>", at - 40, at));
+        add(at, kLogger, key + text("TotalVideoPlaybackTimeMs = %ld", played));
+        add(at, kLogger, key + text("videoResolution.FHD = %ld", played));
         add(at, kLogger, key + "StreamAvgFramerate = 24.917");
         if (!mPlayback.drops.empty()) {
             add(at, kLogger, key + text("TotalFramesDropped = %zu", mPlayback.drops.size()));
