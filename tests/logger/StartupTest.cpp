@@ -7,28 +7,10 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
-TEST_F(LoggerTest, thePhases_areLogged) {
-    configure();
-    after(1);
-    logger->profileP2End();
-    after(2);
-    logger->profileP3Start();
-    after(3);
-    logger->profileP3End();
-    after(4);
-    logger->profileMCStopBegin();
-    after(5);
-    logger->profileMCStopEnd();
-    EXPECT_THAT(logged(),
-                ElementsAre("I [BRISK] HW.c2.video.avc P2 + 1000",
-                            "I [BRISK] HW.c2.video.avc P2 - 1001",
-                            "W zephra_media_codec_logger Service unavailable!",
-                            "I [BRISK] HW.c2.video.avc P3 + 1003",
-                            "I [BRISK] HW.c2.video.avc P3 - 1006",
-                            "I MC Stop Time(start: 1010, stop:1015 :5 <profileMCStopEnd 1462>\n"));
-    // A stop that never began.
+TEST_F(LoggerTest, aStopThatNeverBegan_isLogged_butNoneOfAudio) {
     configure();
     log.take();
+    after(15);
     logger->profileMCStopEnd();
     EXPECT_THAT(logged(), ElementsAre("I MC Stop Time(start: 0, stop:1015 :1015 <profileMCStopEnd "
                                       "1462>\n"));
@@ -107,17 +89,16 @@ TEST_F(LoggerTest, onlyAMediaTekCodec2Decoder_isAskedForItsFormatKeys) {
         codec = new FakeCodec;
         configure(c.setup);
         logger->profileP2End();
-        EXPECT_EQ(
-                loggedWith("D Subscribe MTK C2 hdr-type, scan-type, color-depth parameters").size(),
-                c.subscribed);
+        EXPECT_THAT(loggedWith("D Subscribe MTK C2 hdr-type, scan-type, color-depth parameters"),
+                    testing::SizeIs(c.subscribed));
         const auto parameters = codec->parameters();
         ASSERT_EQ(parameters.size(), c.subscribed);
+        if (!c.subscribed) continue;
+        EXPECT_EQ(parameters[0]->countEntries(), 3u);
         for (const char* key : {"hdr-type", "scan-type", "color-depth"}) {
             int32_t value = -1;
-            if (!c.subscribed) break;
             parameters[0]->findInt32((std::string("vendor.mtk-codec2.") + key).c_str(), &value);
             EXPECT_EQ(value, 0);
-            EXPECT_EQ(parameters[0]->countEntries(), 3u);
         }
     }
     codec = nullptr;
@@ -126,36 +107,22 @@ TEST_F(LoggerTest, onlyAMediaTekCodec2Decoder_isAskedForItsFormatKeys) {
     EXPECT_THAT(loggedWith("Subscribe"), IsEmpty());
 }
 
-TEST_F(LoggerTest, theFirstFrameReady_fetchesTheAudioCodec) {
-    const auto service = registerService();
-    configure();
-    logger->profileP2End();
-    service->take();
-    input(0);
-    output(0);
-    output(1);
-    EXPECT_THAT(service->take(), ElementsAre("getOldestAudioClientCodec()"));
-}
-
 TEST_F(LoggerTest, anError_isLoggedAndCausesTheReport) {
-    const struct {
-        int type;
-        const char* key;
-    } kCases[] = {{0, "DecoderErrorFatal"},
-                  {2, "DecoderErrorRecov"},
-                  {1, "DecoderErrorTrans"},
-                  {-3, "DecoderErrorTrans"}};
-    for (const auto& c : kCases) {
+    const std::pair<int, std::string> kCases[] = {{0, "DecoderErrorFatal"},
+                                                  {2, "DecoderErrorRecov"},
+                                                  {1, "DecoderErrorTrans"},
+                                                  {-3, "DecoderErrorTrans"}};
+    for (const auto& [type, key] : kCases) {
         configure(kAudio);
         log.take();
-        const std::string line = std::string("I " PID ".VND.c2.audio.mp4a.") + c.key + " = 1";
-        logger->uploadDecoderError(c.type);
+        const std::string line = "I " PID ".VND.c2.audio.mp4a." + key + " = 1";
+        logger->uploadDecoderError(type);
         EXPECT_THAT(logged(), ElementsAre(line, "I " PID ".VND.c2.audio.mp4a..DecoderErrorFatal = "
                                                 "1"));
         EXPECT_THAT(sent(), ElementsAre("68pc/2/03330470 .DecoderErrorFatal 1 errors [VND_mp4a] "
                                         "media=audio 1"));
         // A second one has no report.
-        logger->uploadDecoderError(c.type);
+        logger->uploadDecoderError(type);
         EXPECT_THAT(logged(), ElementsAre(line));
         EXPECT_THAT(sent(), IsEmpty());
     }
