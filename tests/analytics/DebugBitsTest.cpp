@@ -90,6 +90,25 @@ Lines dumpOpened(const char* what) {
     return {info("fopen " + DumpFolder::path(what))};
 }
 
+/** The lines of the bits that do the same for decoders and encoders of video. */
+LinesOfBits videoBits(const std::string& name, bool isDecoder) {
+    LinesOfBits lines = {
+            {0x4, {info(name + " Render R-S:10 R:10020(10020) pts:1000 0/1")}},
+            {0x8, kDequeue},
+            {0x20, kQueueBuffer},
+            {0x40, {info("S:0 v:1 t:1000")}},
+            {0x80, dumpOpened("input_video")},
+            {0x100, dumpOpened("decrypted_1")},
+            {0x200, dumpOpened("output_video")},
+    };
+    lines[0x200].push_back(info("write output size:4"));
+    for (uint32_t bit = 0x10000; bit <= 0x400000; bit <<= 1) {
+        lines[bit] = {info(name + " input:0 output:0 minUndequeue:0 video:1 decoder:" +
+                           std::to_string(isDecoder))};
+    }
+    return lines;
+}
+
 TEST_F(DebugBitsTest, ofAnOmxVideoDecoder) {
     // Fed at 10000, queued and handed over at 10002, decoded and output at 10007, rendered at
     // 10010; media time is 1 ms.
@@ -100,23 +119,14 @@ TEST_F(DebugBitsTest, ofAnOmxVideoDecoder) {
     const std::string app =
             "omx Frame:1 AL: App Latency: time spent by frame after it is ready in MediaCodec but "
             "before app handles it ";
-    const Lines counts = {info("omx input:0 output:0 minUndequeue:0 video:1 decoder:1")};
-    Lines output = dumpOpened("output_video");
-    output.push_back(info("write output size:4"));
-    LinesOfBits expected = {
+    LinesOfBits expected = videoBits("omx", true);
+    expected.insert({
             {0x1,
              {info("omx ETB:1000 s:1000 tsS:1"),
               info("omx Omx ETB:1000 size:1000 c:3 tsS:1 flag:0")}},
             {0x2,
              {info("omx OMX FBD FL:5 mediaTs:1000 f:0 s:5000/1"), info("omx FBD mediaTs:1000, 0/1"),
               info("Pre-Render FBD:" + stages)}},
-            {0x4, {info("omx Render R-S:10 R:10020(10020) pts:1000 0/1")}},
-            {0x8, kDequeue},
-            {0x20, kQueueBuffer},
-            {0x40, {info("S:0 v:1 t:1000")}},
-            {0x80, dumpOpened("input_video")},
-            {0x100, dumpOpened("decrypted_1")},
-            {0x200, output},
             {0x400,
              {info("omx Frame:1 Decrypt cost:2 ts:1000 size:1000"),
               info("omx Frame:1 sent to Omx, ETB(Empty this buffer) Timestamp:1000 size:1000 "
@@ -128,8 +138,7 @@ TEST_F(DebugBitsTest, ofAnOmxVideoDecoder) {
               info("Pre-Render Small_Early:10:1000(10009) TD:1 FARD:(10007) FAD:10007(0) "
                    "AL:3(10010) FL:5(5) 0/1$I:-5(1:0)"),
               kSlowSurface[2]}},
-    };
-    for (uint32_t bit = 0x10000; bit <= 0x400000; bit <<= 1) expected[bit] = counts;
+    });
     check(kOmxVideo, expected);
 }
 
@@ -154,20 +163,12 @@ TEST_F(DebugBitsTest, ofACodec2VideoDecoder) {
 
 TEST_F(DebugBitsTest, ofAVideoEncoder) {
     // Nothing stamps its record but the render, so that the stages show the initial values.
-    Lines output = dumpOpened("output_video");
-    output.push_back(info("write output size:4"));
-    LinesOfBits expected = {
+    LinesOfBits expected = videoBits("enc", false);
+    expected.insert({
             {0x1,
              {info("enc ETB:1000, size:1000"),
               info("enc Omx ETB:1000 size:1000 c:3 tsS:1 flag:0")}},
             {0x2, {info("enc OMX FBD mediaTs:1000 f:0 s:5001"), info("enc FBD:1000")}},
-            {0x4, {info("enc Render R-S:10 R:10020(10020) pts:1000 0/1")}},
-            {0x8, kDequeue},
-            {0x20, kQueueBuffer},
-            {0x40, {info("S:0 v:1 t:1000")}},
-            {0x80, dumpOpened("input_video")},
-            {0x100, dumpOpened("decrypted_1")},
-            {0x200, output},
             {0x400,
              {kSlowSurface[0], kSlowSurface[1],
               info("enc Frame:1 Frame latency in MediaCodec: 0 Frame latency in Codec: 0 1000 s:1 "
@@ -177,10 +178,7 @@ TEST_F(DebugBitsTest, ofAVideoEncoder) {
               info("Pre-Render Small_Early:10:1000(10009) TD:1 FARD:(-1) FAD:0(-1) "
                    "AL:10011(10010) FL:0(0) 0/1"),
               kSlowSurface[2]}},
-    };
-    for (uint32_t bit = 0x10000; bit <= 0x400000; bit <<= 1) {
-        expected[bit] = {info("enc input:0 output:0 minUndequeue:0 video:1 decoder:0")};
-    }
+    });
     check(kVideoEncoder, expected);
 }
 

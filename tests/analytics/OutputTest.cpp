@@ -26,6 +26,10 @@ class OutputTest : public AnalyticsTest {
 };
 
 TEST_F(OutputTest, anOmxBufferCountsWhenItHoldsAKnownFrame) {
+    const auto notFound = [](const std::string& frame, const char* flags) {
+        return std::vector<LogLine>{warning("omx not found ts:" + frame + " infos Size:1 flag:" +
+                                            flags + " when updateOmxOutput")};
+    };
     const struct {
         long timeUs;
         int flags;
@@ -39,20 +43,8 @@ TEST_F(OutputTest, anOmxBufferCountsWhenItHoldsAKnownFrame) {
             {1000, kEndOfStream, 500, "2", false, {}},
             {1000, kEndOfStream | 0x10, 0, "2", false, {}},
             {1000, 0, 0, "0", false, {}},
-            {1000,
-             0,
-             0,
-             "2",
-             false,
-             {warning("omx not found ts:1000 size:0 infos Size:1 flag:0 "
-                      "when updateOmxOutput")}},
-            {1001,
-             2,
-             7,
-             "0",
-             false,
-             {warning("omx not found ts:1001 size:7 infos Size:1 flag:2 "
-                      "when updateOmxOutput")}},
+            {1000, 0, 0, "2", false, notFound("1000 size:0", "0")},
+            {1001, 2, 7, "0", false, notFound("1001 size:7", "2")},
             {1001, 0, 0, "0", false, {}},
     };
     for (const auto& c : cases) {

@@ -2,11 +2,9 @@
 // Registration, capacity, keys and the switch.
 
 #include <errno.h>
-#include <unistd.h>
 
 #include <memory>
 
-#include <hostplatform/AppIdentity.h>
 #include <tests/analytics/FramePlayer.h>
 
 namespace android::test {
@@ -114,13 +112,13 @@ TEST_F(RegistryTest, keysLeadToTheCodecRegisteredFirst) {
         analytics.updateBuffers(5, 0, 4, 2);
         return log.take();
     };
-    EXPECT_THAT(report(), ElementsAre(info("first OMX FBD mediaTs:1000 f:0 s:90"),
-                                      info("first input:4 output:0 minUndequeue:2 video:0 "
-                                           "decoder:0")));
+    const auto linesOf = [](const std::string& name) {
+        return ElementsAre(info(name + " OMX FBD mediaTs:1000 f:0 s:90"),
+                           info(name + " input:4 output:0 minUndequeue:2 video:0 decoder:0"));
+    };
+    EXPECT_THAT(report(), linesOf("first"));
     analytics.removeCodec(first);
-    EXPECT_THAT(report(), ElementsAre(info("second OMX FBD mediaTs:1000 f:0 s:90"),
-                                      info("second input:4 output:0 minUndequeue:2 video:0 "
-                                           "decoder:0")));
+    EXPECT_THAT(report(), linesOf("second"));
     analytics.removeCodec(second);
     EXPECT_THAT(report(), IsEmpty());
 }
@@ -164,12 +162,6 @@ TEST_F(RegistryTest, theLastReferenceToACodecMayGoByRemoval) {
     ASSERT_NE(nullptr, codec.promote());
     analytics.removeCodec(codec.promote());
     EXPECT_EQ(nullptr, codec.promote());
-}
-
-TEST_F(RegistryTest, thePackageIsThatOfThisProcess) {
-    hostplatform::setPackageNameForPid(getpid(), "com.example.player");
-    EXPECT_STREQ("com.example.player", analytics.getPackageName().string());
-    hostplatform::setPackageNameForPid(getpid(), nullptr);
 }
 
 }  // namespace

@@ -103,15 +103,10 @@ TEST_F(RenderTest, whenTheLeadIsBelowAVsync_theTimelineAnalysesTheFrame) {
     FramePlayer talkative;
     const auto isAnalysed = [&](int64_t leadMs) {
         talkative.feed(1000);
-        log.take();
         talkative.render(1000, leadMs);
-        for (const LogLine& line : log.take()) {
-            if (line.text.find("Small_Early:" + std::to_string(leadMs) + ":1000(") !=
-                std::string::npos) {
-                return true;
-            }
-        }
-        return false;
+        std::string text;
+        for (const LogLine& line : log.take()) text += line.text + "\n";
+        return text.find("Small_Early:" + std::to_string(leadMs) + ":1000(") != text.npos;
     };
     EXPECT_TRUE(isAnalysed(-40));
     EXPECT_TRUE(isAnalysed(15));

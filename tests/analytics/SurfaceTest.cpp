@@ -87,23 +87,24 @@ TEST_F(SurfaceTest, aDequeueMayTakeAVsyncMoreThanNeededAnd80MsInAll) {
 
 TEST_F(SurfaceTest, aQueuedBufferIsJudgedByItsCostAndByHowEarlyItComes) {
     const LogLine cost = info("queueBuffer cost:11 ts:40000");
+    const auto early = [](const char* how) {
+        return info("Warning queueBuffer early too " + std::string(how) + " ms ts:40000");
+    };
     const struct {
         int64_t costMs, earlyMs;
         std::vector<LogLine> lines;
     } cases[] = {
             {10, 16, {}},
             {11, 16, {cost}},
-            {0, 15, {info("Warning queueBuffer early too small:15 ms ts:40000")}},
-            {0, -3, {info("Warning queueBuffer early too small:-3 ms ts:40000")}},
+            {0, 15, {early("small:15")}},
+            {0, -3, {early("small:-3")}},
             {0, 200, {}},
-            {0, 201, {info("Warning queueBuffer early too large:201 ms ts:40000")}},
-            {1, 200, {info("Warning queueBuffer early too large:200 ms ts:40000")}},
-            {11, 190, {cost, info("Warning queueBuffer early too large:190 ms ts:40000")}},
+            {0, 201, {early("large:201")}},
+            {1, 200, {early("large:200")}},
+            {11, 190, {cost, early("large:190")}},
             {300,
              10,
-             {info("queueBuffer cost:300 ts:40000"),
-              info("Warning queueBuffer early too small:10 ms ts:40000"),
-              info("Warning queueBuffer early too large:10 ms ts:40000")}},
+             {info("queueBuffer cost:300 ts:40000"), early("small:10"), early("large:10")}},
     };
     for (const auto& c : cases) {
         start("0x400");
