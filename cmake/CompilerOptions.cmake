@@ -25,3 +25,11 @@ elseif(MCL_SANITIZE)
 else()
     add_link_options(-Wl,--no-undefined)
 endif()
+
+if(MCL_FUZZ)
+    if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+        message(FATAL_ERROR "Fuzzers are clang's: use the preset fuzz")
+    endif()
+    # Everywhere, so that the fuzzer sees which code of the libraries an input reaches.
+    add_compile_options(-fsanitize=fuzzer-no-link)
+endif()

@@ -16,7 +16,7 @@ constexpr int64_t kNsPerSecond = 1000000000;
 std::atomic<bool> gIsFrozen{false};
 std::atomic<int64_t> gNowNs{0};
 std::atomic<int64_t> gReads{0};
-std::atomic<int64_t> gLeapSeconds{0};
+std::atomic<uint64_t> gLeapSeconds{0};  // unsigned, because it may come near the limits
 
 }  // namespace
 
@@ -28,7 +28,8 @@ extern "C" int clock_gettime(clockid_t clock, timespec* time) noexcept {
     }
     gReads.fetch_add(1, std::memory_order_relaxed);
     const int64_t now = gNowNs.load(std::memory_order_relaxed);
-    time->tv_sec = now / kNsPerSecond + gLeapSeconds.load(std::memory_order_relaxed);
+    time->tv_sec =
+            static_cast<time_t>(gLeapSeconds.load(std::memory_order_relaxed) + now / kNsPerSecond);
     time->tv_nsec = now % kNsPerSecond;
     return 0;
 }
@@ -50,7 +51,7 @@ FakeClock::~FakeClock() {
 }
 
 void FakeClock::leapTo(int64_t seconds) {
-    gLeapSeconds = seconds - gNowNs / kNsPerSecond;
+    gLeapSeconds = static_cast<uint64_t>(seconds) - gNowNs / kNsPerSecond;
 }
 
 int64_t FakeClock::nowMs() const {
