@@ -5,6 +5,7 @@
 
 #include <limits>
 #include <memory>
+#include <sstream>
 
 #include <binder/IServiceManager.h>
 #include <gtest/gtest.h>
@@ -54,6 +55,20 @@ class ClientObject : public testing::Test {
         logger->updateFrameDropCounters(0, true);
     }
 
+    /** Bit depth, user, frames, milliseconds since the last, secure, width, height, colour. */
+    std::string answers() {
+        int width = 7, height = 8, color = 9;
+        client->getClientResolution(width, height);
+        client->getClientColorProperties(color);
+        std::ostringstream text;
+        text << client->getClientBitDepth() << ' ' << client->getUid() << ' '
+             << client->getBufferCountSinceLastFlush() << ' '
+             << client->getTimeSinceLastFrameRendered() << ' '
+             << client->isVideoClientUsingSecureMem() << ' ' << width << ' ' << height << ' '
+             << color;
+        return text.str();
+    }
+
     FakeClock clock{kNowMs};
     sp<MediaCodecLogger> logger = MediaCodecLogger::Create(1234, 10057);
     sp<IMediaCodecLoggerClient> client;
@@ -62,49 +77,26 @@ class ClientObject : public testing::Test {
 }  // namespace
 
 TEST_F(ClientObject, answers_comeFromTheLiveLogger) {
+    EXPECT_EQ(client->getTimeSinceLastFrameRendered(), kNowMs + 1) << "before the first frame";
     play();
     clock.advanceMs(42);
+    EXPECT_EQ(answers(), "10 10057 2 42 1 3840 2160 6");
     EXPECT_STREQ(client->getStatus(), logger->getStatus().c_str());
     EXPECT_STREQ(client->getClientHDRType(), logger->getHDRType().c_str());
     EXPECT_STREQ(client->getClientScanType(), logger->getScanType().c_str());
     EXPECT_FALSE(client->getClientHDRType().isEmpty());
     EXPECT_FALSE(client->getClientScanType().isEmpty());
     EXPECT_STREQ(client->getClientCodecFormat(), "hevc");
-    EXPECT_EQ(client->getClientBitDepth(), 10);
-    EXPECT_EQ(client->getUid(), 10057);
-    EXPECT_EQ(client->getBufferCountSinceLastFlush(), 2);
-    EXPECT_EQ(client->getTimeSinceLastFrameRendered(), 42);
-    EXPECT_TRUE(client->isVideoClientUsingSecureMem());
-    int width = 0, height = 0, color = 0;
-    client->getClientResolution(width, height);
-    client->getClientColorProperties(color);
-    EXPECT_EQ(width, 3840);
-    EXPECT_EQ(height, 2160);
-    EXPECT_EQ(color, 6);
-}
-
-TEST_F(ClientObject, beforeTheFirstFrame_theTimeSinceItIsTheClockPlusOne) {
-    EXPECT_EQ(client->getTimeSinceLastFrameRendered(), kNowMs + 1);
 }
 
 TEST_F(ClientObject, withoutTheLogger_fallsBack) {
     play();
     logger = nullptr;
-    EXPECT_STREQ(client->getStatus(), "");
-    EXPECT_STREQ(client->getClientHDRType(), "");
-    EXPECT_STREQ(client->getClientScanType(), "");
-    EXPECT_STREQ(client->getClientCodecFormat(), "");
-    EXPECT_EQ(client->getClientBitDepth(), 0);
-    EXPECT_EQ(client->getUid(), -1);
-    EXPECT_EQ(client->getBufferCountSinceLastFlush(), 0);
-    EXPECT_EQ(client->getTimeSinceLastFrameRendered(), 0);
-    EXPECT_FALSE(client->isVideoClientUsingSecureMem());
-    int width = 7, height = 8, color = 9;
-    client->getClientResolution(width, height);
-    client->getClientColorProperties(color);
-    EXPECT_EQ(width, 7);
-    EXPECT_EQ(height, 8);
-    EXPECT_EQ(color, 9);
+    EXPECT_EQ(answers(), "0 -1 0 0 0 7 8 9");
+    for (const String8& text : {client->getStatus(), client->getClientHDRType(),
+                                client->getClientScanType(), client->getClientCodecFormat()}) {
+        EXPECT_STREQ(text, "");
+    }
     // These never needed it.
     EXPECT_EQ(client->getPid(), 1234);
     EXPECT_TRUE(client->isVideoClient());

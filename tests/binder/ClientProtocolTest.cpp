@@ -160,16 +160,6 @@ TEST(ClientProtocol, initialize_isNeverSent) {
     EXPECT_EQ(peer->last.code, 0u);
 }
 
-TEST(ClientProtocol, asInterface_findsTheLocalObjectOrMakesAProxy) {
-    EXPECT_EQ(IMediaCodecLoggerClient::asInterface(nullptr), nullptr);
-    const sp<FullClient> client = new FullClient;
-    EXPECT_EQ(IMediaCodecLoggerClient::asInterface(client).get(), client.get());
-    const sp<IBinder> foreign = new Boundary(client);
-    const sp<IMediaCodecLoggerClient> proxy = IMediaCodecLoggerClient::asInterface(foreign);
-    ASSERT_NE(proxy, nullptr);
-    EXPECT_EQ(IInterface::asBinder(proxy), foreign);
-}
-
 TEST(ClientProtocol, defaultImplementation_isReplacedButNeverRemovedNorAsked) {
     struct Default : PlainClient {
         explicit Default(int* destroyed) : destroyed(destroyed) {}

@@ -81,18 +81,6 @@ TEST(ControlViews, lastFrame_saysWhyItIsUnknown) {
     EXPECT_EQ(audioCodec(Answer::GIVEN).lastFrame(), "-");
 }
 
-TEST(ControlViews, statusText_givesTheCounters) {
-    const CodecInfo codec = videoCodec();
-    EXPECT_EQ(codec.bitrateKbps, 4200);
-    EXPECT_DOUBLE_EQ(codec.framerate, 59.94);
-    EXPECT_EQ(codec.framesDropped, 7);
-    CodecInfo cut;
-    cut.status = "\tInput Bitrate: 12";  // the rest is missing
-    readStatusText(&cut);
-    EXPECT_EQ(cut.bitrateKbps, 12);
-    EXPECT_EQ(cut.framesDropped, 0);
-}
-
 TEST(ControlViews, json_holdsWhatIsKnownAndAlwaysParses) {
     const nlohmann::ordered_json video = codecJson(videoCodec());
     EXPECT_EQ(video["id"], "0x7f001234");

@@ -45,10 +45,7 @@ class FakeObserverService : public Stub, public CallLog {
     sp<Listener> lastListener;
 
     binder::Status registerListener(const sp<Listener>& listener, int64_t* result) override {
-        if (listener != nullptr)
-            received("registerListener", *result);
-        else
-            received("registerListener", *result, "null");
+        received(listener != nullptr ? "registerListener" : "registerListener(null)", *result);
         lastListener = listener;
         *result = 43;
         return status;

@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <set>
+#include <sstream>
 #include <thread>
 
 #include <binder/IServiceManager.h>
@@ -243,25 +244,14 @@ TEST_F(ServiceProcess, manyThreads_queryWhileCodecsComeAndGo) {
 }
 
 TEST(CodecloggerctlUsage, wrongCommandLines_areRefused) {
-    const std::vector<std::string> kWrong[] = {{},
-                                               {"show"},
-                                               {"list", "1"},
-                                               {"status", "x"},
-                                               {"status", "#"},
-                                               {"watch", "-i", "0"},
-                                               {"watch", "-i", "nan"},
-                                               {"watch", "-n", "0"},
-                                               {"watch", "--openmetrics"},
-                                               {"list", "-n", "1"},
-                                               {"list", "--label", "a"},
-                                               {"allowlist"},
-                                               {"allowlist", "get"},
-                                               {"--unknown"}};
-    for (const auto& arguments : kWrong) {
+    for (const char* const line : {"", "show", "list 1", "status x", "status #", "watch -i 0",
+                                   "watch -i nan", "watch -n 0", "watch --openmetrics", "list -n 1",
+                                   "list --label a", "allowlist", "allowlist get", "--unknown"}) {
+        std::istringstream words(line);
         std::vector<std::string> command{CODECLOGGERCTL};
-        command.insert(command.end(), arguments.begin(), arguments.end());
+        for (std::string word; words >> word;) command.push_back(word);
         const ProcessResult result = runProcess(command);
-        EXPECT_EQ(result.exitCode, 2) << testing::PrintToString(arguments);
+        EXPECT_EQ(result.exitCode, 2) << line;
         EXPECT_EQ(result.out, "");
         EXPECT_THAT(result.err, HasSubstr("codecloggerctl: "));
     }
