@@ -120,13 +120,12 @@ TEST(Codecreport, comparesLogsAndReports) {
     const ProcessResult result = codecreport({"compare", good, bad, "--json"});
     const Json comparison = Json::parse(result.out);
     EXPECT_FALSE(comparison["exceeds"].get<bool>());
-    bool found = false;
-    for (const Json& value : comparison["values"]) {
-        if (value["key"] != "counts.dropped_count") continue;
-        found = true;
-        EXPECT_EQ(2, value["worse_by"]);
-    }
-    EXPECT_TRUE(found);
+    EXPECT_THAT(comparison["values"], testing::Contains(testing::ResultOf(
+                                              [](const Json& value) {
+                                                  return value["key"] == "counts.dropped_count" &&
+                                                         value["worse_by"] == 2;
+                                              },
+                                              true)));
 }
 
 }  // namespace
