@@ -214,6 +214,18 @@ TEST_F(DropTest, theAllowlist_isTheServices) {
             testing::AllOf(SizeIs(2), testing::Each("isInMitigateFrameDropAllowlist(" PKG ")")));
 }
 
+TEST_F(DropTest, theDropClass_isHardwareOrSoftware) {
+    secure = true;
+    for (const auto& [setup, text] :
+         {std::make_pair(kTunneled, "HW_secure_tunneled"),
+          std::make_pair(CodecSetup{"c2.android.x", "video/avc"}, "SW_secure"),
+          std::make_pair(kAudio, "SW_secure")}) {
+        configure(setup);
+        input(0);
+        EXPECT_STREQ(logger->getFramedropMeta().c_str(), text);
+    }
+}
+
 // Per frame in steady state: one read for the input, one for the render, one for the late-output
 // check.
 TEST_F(DropTest, aFrame_readsTheClockThreeTimes) {

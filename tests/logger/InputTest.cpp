@@ -58,12 +58,10 @@ TEST_F(LoggerTest, theFramerate_isTheSpreadOf240Timestamps) {
 
 TEST_F(LoggerTest, atmos_isAskedOnceASessionAndOnlyOfRawAudio) {
     const struct {
-        const char* mime;
-        const char* reply;
+        const char *mime, *reply;
         bool detected;
         int queries;
     } kCases[] = {
-            {"audio/raw", "atmos_detected=1", true, 1},
             {"audio/raw", "a=1;atmos_detected=-2", true, 1},
             {"audio/raw", "atmos_detected=0", false, 1},
             {"audio/raw", "atmos_detected=true", false, 1},

@@ -124,6 +124,15 @@ TEST_F(LoggerTest, repeatsAreThrottled_onRequest) {
     EXPECT_THAT(loggedWith("Repeating PTS in Output = 33333"), SizeIs(61));
 }
 
+TEST_F(LoggerTest, aRepeatStandsForItsFrames) {
+    settle();
+    logger->updatePTSTime(33333, false, 10);
+    logger->updatePTSTime(33333, false, 1);
+    output(33333);
+    const std::string line = PID ".HW.c2.video.avc Repeating PTS in Output = 33333";
+    EXPECT_THAT(logged(), ElementsAre("I " + line, "I " + line, "I W.rot11." + line));
+}
+
 TEST_F(LoggerTest, aRepeat_isTheInputs_whenItWasQueuedExactlyTwice) {
     const struct {
         std::vector<long> inputs;
