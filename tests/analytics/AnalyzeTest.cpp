@@ -140,15 +140,11 @@ TEST_F(AnalyzeTest, whenTheMessageIsLate_whatWasQueuedAndDequeuedMeanwhileIsShow
         player.announce(120000);
         player.queue(120000);
         player.output(40000);
-        if (delayMs == 10) {
-            EXPECT_EQ("Drop:40000(9990) TD:40 FARD:0(20) FAD:10(10) AL:0(10030) FL:10(20) 0/3",
-                      dropped(40000));
-        } else {
-            EXPECT_EQ(
-                    "Drop:40000(9991) TD:40 FARD:1(21) FAD:10(11) AL:0(10031) FL:10(21) 0/3"
-                    "$D:-0(0)D:-6(3)Q:-3(12)",
-                    dropped(40000));
-        }
+        EXPECT_EQ(delayMs == 10
+                          ? "Drop:40000(9990) TD:40 FARD:0(20) FAD:10(10) AL:0(10030) FL:10(20) 0/3"
+                          : "Drop:40000(9991) TD:40 FARD:1(21) FAD:10(11) AL:0(10031) FL:10(21) 0/3"
+                            "$D:-0(0)D:-6(3)Q:-3(12)",
+                  dropped(40000));
     }
 }
 

@@ -2,9 +2,11 @@
 // Registration, capacity, keys and the switch.
 
 #include <errno.h>
+#include <unistd.h>
 
 #include <memory>
 
+#include <hostplatform/AppIdentity.h>
 #include <tests/analytics/FramePlayer.h>
 
 namespace android::test {
@@ -150,6 +152,12 @@ TEST_F(RegistryTest, aTrackerThatRefusesInputTakesItsCodecAlong) {
     EXPECT_TRUE(player.announce(1)) << "the refusal is no concern of the caller";
     EXPECT_FALSE(player.announce(2));
     EXPECT_EQ(1, player.codec->getStrongCount());
+}
+
+TEST_F(RegistryTest, thePackageIsThatOfThisProcess) {
+    hostplatform::setPackageNameForPid(getpid(), "com.example.player");
+    EXPECT_STREQ("com.example.player", analytics.getPackageName().string());
+    hostplatform::setPackageNameForPid(getpid(), nullptr);
 }
 
 TEST_F(RegistryTest, theLastReferenceToACodecMayGoByRemoval) {
