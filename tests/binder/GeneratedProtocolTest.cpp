@@ -16,27 +16,16 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 /** The classes of one form. */
-struct ByHand {
-    using Service = media::IMediaCodecLoggerService;
-    using ServiceProxy = media::BpMediaCodecLoggerService;
-    using ServiceDefault = media::IMediaCodecLoggerServiceDefault;
-    using Listener = media::IMediaCodecLoggerListener;
-    using ListenerProxy = media::BpMediaCodecLoggerListener;
-    using ListenerDefault = media::IMediaCodecLoggerListenerDefault;
-    using FakeService = FakeObserverService<media::BnMediaCodecLoggerService, Listener>;
-    using FakeListener = FakeListenerOf<media::BnMediaCodecLoggerListener>;
-};
-
-struct Generated {
-    using Service = generated::IMediaCodecLoggerService;
-    using ServiceProxy = generated::BpMediaCodecLoggerService;
-    using ServiceDefault = generated::IMediaCodecLoggerServiceDefault;
-    using Listener = generated::IMediaCodecLoggerListener;
-    using ListenerProxy = generated::BpMediaCodecLoggerListener;
-    using ListenerDefault = generated::IMediaCodecLoggerListenerDefault;
-    using FakeService = FakeObserverService<generated::BnMediaCodecLoggerService, Listener>;
-    using FakeListener = FakeListenerOf<generated::BnMediaCodecLoggerListener>;
-};
+#define FORM(name, space)                                                                    \
+    struct name {                                                                            \
+        using Service = space::IMediaCodecLoggerService;                                     \
+        using Listener = space::IMediaCodecLoggerListener;                                   \
+        using ListenerProxy = space::BpMediaCodecLoggerListener;                             \
+        using FakeService = FakeObserverService<space::BnMediaCodecLoggerService, Listener>; \
+        using FakeListener = FakeListenerOf<space::BnMediaCodecLoggerListener>;              \
+    }
+FORM(ByHand, media);
+FORM(Generated, generated);
 
 template <typename Listener>
 struct ListenerCall {
@@ -99,13 +88,7 @@ template <typename Form>
 class GeneratedProtocol : public testing::Test {};
 using Forms = testing::Types<ByHand, Generated>;
 
-struct FormNames {
-    template <typename Form>
-    static std::string GetName(int) {
-        return std::is_same_v<Form, ByHand> ? "byHand" : "generated";
-    }
-};
-TYPED_TEST_SUITE(GeneratedProtocol, Forms, FormNames);
+TYPED_TEST_SUITE(GeneratedProtocol, Forms);
 
 }  // namespace
 

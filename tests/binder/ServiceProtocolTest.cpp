@@ -10,6 +10,7 @@ namespace android::test {
 
 namespace {
 
+using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -82,6 +83,16 @@ sp<IMediaCodecLoggerService> proxyOf(const sp<IBinder>& binder) {
     return new BpMediaCodecLoggerService(binder);
 }
 
+/** The results of all calls of a code. */
+std::vector<std::string> resultsOf(uint32_t code, const sp<IBinder>& binder) {
+    std::vector<std::string> results;
+    for (const Call& call : kCalls) {
+        if (call.code == code) results.push_back(call.call(*proxyOf(binder)));
+    }
+    EXPECT_FALSE(results.empty()) << code;
+    return results;
+}
+
 LogLine warning(const char* text) {
     return {ANDROID_LOG_WARN, "IMediaCodecLoggerService", text};
 }
@@ -138,14 +149,10 @@ TEST(ServiceProtocol, exception_isFollowedByTheOutValueAllTheSame) {
     };
     const sp<Boundary> boundary = new Boundary(service);
     for (const auto& [code, reply] : kReplies) {
-        SCOPED_TRACE(code);
-        for (const Call& call : kCalls) {
-            if (call.code != code) continue;
-            // What the caller passed in is unchanged: 5, or false.
-            const std::string unchanged = code == 9 ? "{5}" : code == 13 ? "0" : "5";
-            EXPECT_EQ(call.call(*proxyOf(boundary)), "-5 no " + unchanged);
-            EXPECT_EQ(boundary->last().reply, reply);
-        }
+        // What the caller passed in is unchanged: 5, or false.
+        const std::string unchanged = code == 9 ? "{5}" : code == 13 ? "0" : "5";
+        EXPECT_THAT(resultsOf(code, boundary), ElementsAre("-5 no " + unchanged)) << code;
+        EXPECT_EQ(boundary->last().reply, reply) << code;
     }
 }
 
@@ -225,11 +232,8 @@ TEST(ServiceProtocol, damagedReply_neverReachesTheCaller) {
     };
     LogCapture log;
     for (const auto& [code, reply, result] : kDamages) {
-        for (const Call& call : kCalls) {
-            if (call.code != code) continue;
-            EXPECT_EQ(call.call(*proxyOf(new CannedPeer(OK, reply))), result)
-                    << code << " " << reply;
-        }
+        EXPECT_THAT(resultsOf(code, new CannedPeer(OK, reply)), Each(std::string(result)))
+                << code << " " << reply;
     }
     // Logged with the caller's own ids although the service answered with an exception.
     std::vector<int64_t> ids{1, 2, 3};

@@ -125,10 +125,7 @@ TEST_F(CrossProcessTest, objectsLiveWhileAnyProcessHoldsThem) {
     EXPECT_EQ(2, callInt(mRemote, kCount));
     made.clear();
     EXPECT_TRUE(eventually([&] { return callInt(mRemote, kCount) == 1; }));
-}
 
-TEST_F(CrossProcessTest, whenItsHolderDies_anObjectIsLetGo) {
-    const int before = TestService::alive();
     callTest(mRemote, kKeep, nullptr, arguments(new TestService()));
     EXPECT_EQ(before + 1, TestService::alive());
     mPeer.kill();
@@ -155,21 +152,18 @@ TEST_F(CrossProcessTest, anObjectPassedOnIsCalledWithoutTheOneInBetween) {
     EXPECT_EQ(DEAD_OBJECT, callInt(dead, kEcho));
 }
 
-TEST_F(CrossProcessTest, aCallBackIsServedByTheThreadThatWaits) {
+TEST_F(CrossProcessTest, callsNestDeeperThanThereAreThreads) {
     const sp<TestService> local = new TestService();
     std::thread::id servedBy;
     local->onEcho = [&] { servedBy = std::this_thread::get_id(); };
     Parcel reply;
     ASSERT_EQ(OK, callTest(mRemote, kCall, &reply, arguments(local, kEcho, 6)));
     EXPECT_EQ(5, reply.readInt32());
-    EXPECT_EQ(std::this_thread::get_id(), servedBy);
-}
+    EXPECT_EQ(std::this_thread::get_id(), servedBy) << "by the thread that waits";
 
-TEST_F(CrossProcessTest, callsNestDeeperThanThereAreThreads) {
-    const sp<TestService> local = new TestService();
-    Parcel reply;
-    ASSERT_EQ(OK, callTest(mRemote, kCall, &reply, arguments(local, kCall, 100)));
-    EXPECT_EQ(-1, reply.readInt32());
+    Parcel deep;
+    ASSERT_EQ(OK, callTest(mRemote, kCall, &deep, arguments(local, kCall, 100)));
+    EXPECT_EQ(-1, deep.readInt32());
     EXPECT_EQ(getpid(), IPCThreadState::self()->getCallingPid());
 }
 
