@@ -100,7 +100,6 @@ class Session {
     }
 
     void operate(int operation, int which) {
-        Model& model = mModels[which];
         const sp<CodecBase>& codec = mCodecs[which];
         switch (operation) {
             case 0:
@@ -110,18 +109,9 @@ class Session {
                 mAnalytics.removeCodec(codec);
                 if (mEnabled) forget(which);
                 break;
-            case 2: {
-                const uint8_t kind = mIn.byte();
-                const bool video = (kind & 1) != 0, off = (kind & 2) != 0, dec = (kind & 4) == 0;
-                if ((kind & 8) != 0) {
-                    mAnalytics.updateCCodecConfigs(codec, video, off, dec);
-                } else {
-                    mAnalytics.updateBuffers(codec, kind >> 4, mIn.byte(), mIn.byte(), video, off,
-                                             dec);
-                }
-                if (mEnabled) model.configure(video, off, dec);
+            case 2:
+                configure(which);
                 break;
-            }
             case 3:
             case 4:
                 announce(which);
@@ -136,29 +126,20 @@ class Session {
             case 7:
                 omxOutput();
                 break;
-            case 8: {
-                const long ts = timestamp();
-                mAnalytics.updateC2Output(codec, ts, mIn.byte());
-                if (mEnabled) model.decoded(ts);
+            case 8:
+                codec2Output(which);
                 break;
-            }
             case 9:
                 mAnalytics.updateOutputFrame(codec, timestamp());
                 break;
-            case 10: {
-                const long ts = timestamp();
-                mAnalytics.updateFrameRender(codec, mIn.number<int64_t>(), ts);
-                if (mEnabled && model.take(ts) && model.owned > 0) --model.owned;
+            case 10:
+                render(which);
                 break;
-            }
             case 11:
                 drop(which);
                 break;
             case 12:
-                mAnalytics.flush(codec);
-                if (!mEnabled) break;
-                model.frames.clear();
-                model.owned = 0;
+                flush(which);
                 break;
             case 13:
                 mAnalytics.updateQueueBuffer(codec, mIn.number<int64_t>(), mIn.number<int64_t>(),
@@ -193,6 +174,19 @@ class Session {
         mModels[which].registered = true;
         mModels[which].maxQueue = mMaxQueue;
         mModels[which].omxKey = omxKey;
+    }
+
+    void configure(int which) {
+        const sp<CodecBase>& codec = mCodecs[which];
+        const uint8_t kind = mIn.byte();
+        const bool video = (kind & 1) != 0, off = (kind & 2) != 0, decoder = (kind & 4) == 0;
+        if ((kind & 8) != 0) {
+            mAnalytics.updateCCodecConfigs(codec, video, off, decoder);
+        } else {
+            const uint8_t count = mIn.byte();
+            mAnalytics.updateBuffers(codec, kind >> 4, count, mIn.byte(), video, off, decoder);
+        }
+        if (mEnabled) mModels[which].configure(video, off, decoder);
     }
 
     void forget(int which) {
@@ -236,6 +230,26 @@ class Session {
             mModels[which].decoded(ts);
             break;
         }
+    }
+
+    void codec2Output(int which) {
+        const long ts = timestamp();
+        mAnalytics.updateC2Output(mCodecs[which], ts, mIn.byte());
+        if (mEnabled) mModels[which].decoded(ts);
+    }
+
+    void flush(int which) {
+        mAnalytics.flush(mCodecs[which]);
+        if (!mEnabled) return;
+        mModels[which].frames.clear();
+        mModels[which].owned = 0;
+    }
+
+    void render(int which) {
+        Model& model = mModels[which];
+        const long ts = timestamp();
+        mAnalytics.updateFrameRender(mCodecs[which], mIn.number<int64_t>(), ts);
+        if (mEnabled && model.take(ts) && model.owned > 0) --model.owned;
     }
 
     void drop(int which) {

@@ -30,7 +30,6 @@ constexpr const char* kCodecNames[] = {"c2.vendor.avc", "OMX.google.aac", "c2.mt
                                        "c2.android.raw"};
 constexpr const char* kMimes[] = {"video/avc",    "audio/mp4a-latm", "audio/raw",
                                   "%s%n/video%d", "text/vtt",        "video/audio"};
-constexpr const char* kVendorKeys[] = {"TunnelFrameDropCount", "HWCRenderFrameCount"};
 
 bool contains(const std::string& text, const char* word) {
     return text.find(word) != std::string::npos;
@@ -110,15 +109,9 @@ class Session {
         const int64_t now = mClock.nowMs();
         switch (operation) {
             case 0:
-            case 1: {
-                const uint8_t size = mIn.byte();
-                mLogger->queueInputBuffer_pre(nullptr, 0, nullptr, nullptr, 0, nullptr,
-                                              CryptoPlugin::kMode_Unencrypted, mPts, now * 1000,
-                                              false);
-                mLogger->logInputBufferBitrate(size, pts(), size & 1, size & 2);
-                mModel.input(now, size == 0);
+            case 1:
+                input(now);
                 break;
-            }
             case 2:
             case 3:
             case 4: {
@@ -154,30 +147,43 @@ class Session {
             case 11:
                 advance();
                 break;
-            case 12: {
-                sp<AMessage> format = new AMessage;
-                format->setInt32("width", mIn.number<uint16_t>());
-                format->setInt32("vendor.mtk-codec2.hdr-type", mIn.byte());
-                mLogger->updateFormatChanged(format);
-                mModel.formatChanged();
+            case 12:
+                changeFormat();
                 break;
-            }
             case 13:
-            case 14: {
-                const uint8_t value = mIn.byte();
-                AString metrics(kVendorKeys[operation - 13]);
-                metrics.append(" ");
-                metrics.append(int{value});
-                metrics.append(" ");
-                mLogger->updateVendorMetrics(metrics);
-                if (mModel.tunneled == (operation == 13)) mModel.vendor(value);
+            case 14:
+                vendor(operation == 13);
                 break;
-            }
             case 15:
                 mLogger->checkRepeatedInputPTS(pts());
                 mLogger->logRepeatPTS(mIn.byte(), mPts);
                 break;
         }
+    }
+
+    void input(int64_t now) {
+        const uint8_t size = mIn.byte();
+        mLogger->queueInputBuffer_pre(nullptr, 0, nullptr, nullptr, 0, nullptr,
+                                      CryptoPlugin::kMode_Unencrypted, mPts, now * 1000, false);
+        mLogger->logInputBufferBitrate(size, pts(), size & 1, size & 2);
+        mModel.input(now, size == 0);
+    }
+
+    void changeFormat() {
+        sp<AMessage> format = new AMessage;
+        format->setInt32("width", mIn.number<uint16_t>());
+        format->setInt32("vendor.mtk-codec2.hdr-type", mIn.byte());
+        mLogger->updateFormatChanged(format);
+        mModel.formatChanged();
+    }
+
+    void vendor(bool ofTunnel) {
+        const uint8_t value = mIn.byte();
+        AString metrics(ofTunnel ? "TunnelFrameDropCount " : "HWCRenderFrameCount ");
+        metrics.append(int{value});
+        metrics.append(" ");
+        mLogger->updateVendorMetrics(metrics);
+        if (mModel.tunneled == ofTunnel) mModel.vendor(value);
     }
 
     void control(int operation) {

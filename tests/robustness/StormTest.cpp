@@ -99,9 +99,13 @@ class Slot {
         path == 0 ? input(random, pts) : path == 1 ? output(random, pts) : render(random, pts);
     }
 
-    void end() {
+    /** How many of the codecs and loggers that there ever were still live. */
+    int end() {
         std::unique_lock<std::shared_mutex> life(mLife);
         destroy();
+        int living = 0;
+        for (const auto& object : mMade) living += object.promote() != nullptr;
+        return living;
     }
 
   private:
@@ -131,6 +135,8 @@ class Slot {
         EXPECT_EQ(OK, analytics.addCodec("storm", mCodec, mKey, mKey));
         analytics.updateCCodecConfigs(mCodec, random() % 4 != 0, false, random() % 8 != 0);
         mLogger = MediaCodecLogger::Create(-1, 1000);
+        mMade.push_back(wp<RefBase>(mCodec));
+        mMade.push_back(wp<RefBase>(mLogger));
         configure(random);
     }
 
@@ -218,6 +224,7 @@ class Slot {
     std::mutex mPaths[3];
     sp<MediaCodecLogger> mLogger;
     sp<FakeCodec> mCodec;
+    std::vector<wp<RefBase>> mMade;
     long mKey = 0;
     std::atomic<long> mPts{0};
 };
@@ -304,7 +311,7 @@ TEST(StormTest, nothingIsLostOrLeftWhateverHappens) {
     std::cout << steps << " steps, " << questions << " questions, " << lines << " log lines\n";
     EXPECT_GT(lines, 0u);
 
-    for (auto& slot : slots) slot->end();
+    for (auto& slot : slots) EXPECT_EQ(0, slot->end());
     OneServiceManager::instance().setService(nullptr);
     EXPECT_EQ(descriptors, openDescriptors());
     EXPECT_TRUE(registryIsEmpty());
