@@ -39,8 +39,8 @@ namespace {
 int32_t readDebugMask() {
     char value[PROPERTY_VALUE_MAX];
     if (property_get("mediaanalytic.debug", value, nullptr) <= 0) return 0;
-    if (strncmp(value, "0x", 2) == 0) return static_cast<int32_t>(strtol(value, nullptr, 16));
-    return atoi(value);
+    const int base = strncmp(value, "0x", 2) == 0 ? 16 : 10;
+    return static_cast<int32_t>(strtol(value, nullptr, base));
 }
 
 }  // namespace

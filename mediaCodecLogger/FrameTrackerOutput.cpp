@@ -113,7 +113,9 @@ void ZephraMediaAnalytic::FrameTracker::updateACodecOutput(const void* data,
         if (status != OK) {
             // Unsigned, because the smallest status has no negative.
             const int error = static_cast<int>(0u - static_cast<unsigned>(status));
-            ALOGW("lock graphic buffer fail: %s (%d)", strerror(error), error);
+            char text[64];
+            ALOGW("lock graphic buffer fail: %s (%d)", strerror_r(error, text, sizeof(text)),
+                  error);
             return;
         }
         if (mapped != nullptr) writeDump(mOutputDumpFile, mapped, size);

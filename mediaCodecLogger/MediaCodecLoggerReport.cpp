@@ -191,7 +191,7 @@ void MediaCodecLogger::Report::writeDrops(uint64_t totalMs) {
                {"videoCodec", mLogger.mCodecFormat.c_str()},
                {"displayFormat", mLogger.getHDRType().c_str()},
                {"framerate", mLogger.getFramerate().c_str()},
-               {"duration", mLogger.getDurationRange(totalMs).c_str()}});
+               {"duration", mLogger.getDurationRange(static_cast<long>(totalMs)).c_str()}});
     sendMetric(kDropContext, mLogger.mPackageName.c_str(), mLogger.getFramedropMeta().c_str(),
                total, &mData);
     const uint32_t longest = mLogger.mMaxConsecutiveFramesDropped;
@@ -295,7 +295,7 @@ void MediaCodecLogger::Report::send(const MetricRecord& record, double value,
 AString MediaCodecLogger::logMetrics() {
     if (mMetricsLogged || !mLoggingEnabled) return AString();
     mMetricsLogged = true;
-    const AString summary = Report(*this).write();
+    AString summary = Report(*this).write();
     resetMetricsData();
     return summary;
 }

@@ -21,21 +21,31 @@ as_root() {
     fi
 }
 
-# need_packages FILE...: installs what the lists name and the machine lacks.
+# need_packages FILE...: installs what the lists name and the machine lacks. An entry "package@arch" is
+# a package of another architecture.
 need_packages() {
-    local entry name
+    local entry name native installed
+    native=$(dpkg --print-architecture 2>/dev/null) || native=
+    installed=$(dpkg-query -W -f='${db:Status-Status} ${Package}:${Architecture}\n' 2>/dev/null) || :
     missing=
     for entry in $(sed 's/#.*//' "$@"); do
         name=${entry#*:}
         if [ "$name" != "$entry" ] && command -v "${entry%%:*}" >/dev/null; then continue; fi
-        if [ "$(dpkg-query -W -f='${db:Status-Status}' "$name" 2>/dev/null)" != installed ]; then
-            missing="$missing $name"
-        fi
+        case $name in
+        *@*) name=${name/@/:} ;;
+        *) name=$name:$native ;;
+        esac
+        # Packages without code are of the architecture "all".
+        grep -qxF "installed $name
+installed ${name%:*}:all" <<<"$installed" || missing="$missing ${name%":$native"}"
     done
     [ -n "$missing" ] || return 0
     command -v apt-get >/dev/null ||
         die "this is no Debian machine; install the equivalents of:$missing" 69
     say "installing$missing"
+    for name in $missing; do
+        case $name in *:*) as_root dpkg --add-architecture "${name#*:}" ;; esac
+    done
     # Bookworm's names and versions are what the build is made for; others may do, or lack one.
     as_root apt-get update -q >&2 || die "apt-get update failed; is the package mirror reachable?" 69
     # shellcheck disable=SC2086 # a list of words
@@ -43,16 +53,20 @@ need_packages() {
         $missing >&2 || die "apt-get could not install:$missing" 69
 }
 
+# configure PRESET: once.
+configure() {
+    [ ! -e "$root/build/$1/build.ninja" ] || return 0
+    say "configuring $1"
+    cd "$root" || exit
+    cmake --preset "$1" -DCMAKE_CXX_COMPILER_LAUNCHER=ccache >&2 || die "configuring $1 failed" 1
+}
+
 # build PRESET [TARGET...]: configures once, then builds (everything where no target is named).
 build() {
     local preset=$1
     shift
+    configure "$preset"
     cd "$root" || exit
-    if [ ! -e "build/$preset/build.ninja" ]; then
-        say "configuring $preset"
-        cmake --preset "$preset" -DCMAKE_CXX_COMPILER_LAUNCHER=ccache >&2 ||
-            die "configuring $preset failed" 1
-    fi
     say "building $preset"
     cmake --build --preset "$preset" ${1:+--target "$@"} >&2 || die "building $preset failed" 1
 }
