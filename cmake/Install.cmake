@@ -22,7 +22,7 @@ foreach(library ${hostLibraries})
     endif()
 endforeach()
 
-foreach(program codecplay codecloggerd codecloggerctl codecreport)
+foreach(program ${MCL_PROGRAMS})
     set(folder ${CMAKE_SOURCE_DIR}/tools/${program})
     install(FILES ${folder}/${program}.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
     install(FILES ${folder}/completion.bash RENAME ${program}

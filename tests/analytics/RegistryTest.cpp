@@ -42,14 +42,16 @@ TEST_F(RegistryTest, whenOff_nothingIsRegisteredAndEveryInputIsWelcome) {
 }
 
 TEST_F(RegistryTest, whenSwitchedOff_allCodecsFallSilentAndStayRegistered) {
-    debug("1");
+    debug("0x20001");
     FramePlayer player;
     player.queue(1000);
-    EXPECT_EQ(2u, log.take().size());
+    player.decode(1000);
+    EXPECT_EQ(4u, log.take().size());
 
     properties.set("mediaanalytic.enable", "false");
     EXPECT_EQ(OK, analytics.addCodec("x", new FakeCodec, 0, 0));
     player.queue(1000);
+    player.decode(1000);
     player.render(1000, 0);
     EXPECT_THAT(log.take(), IsEmpty());
     EXPECT_EQ(OK, analytics.removeCodec(player.codec));
@@ -86,6 +88,7 @@ TEST_F(RegistryTest, whenFull_refusesEvenCodecsThatItKnows) {
 
 TEST_F(RegistryTest, whenRegisteredAgain_theCodecStartsAfreshUnderItsNewKeys) {
     debug("2");
+    FramePlayer earlier;
     FramePlayer player;
     player.feed(1000);
     log.take();

@@ -186,7 +186,10 @@ TYPED_TEST(GeneratedProtocol, badRequest_reachesNoMethod) {
              EX_NULL_POINTER_REPLY},
             {service, 6, SERVICE_TOKEN ID, UNKNOWN_TRANSACTION, ""},
             {service, 15, SERVICE_TOKEN ID, UNKNOWN_TRANSACTION, ""},
+            {service, 0, SERVICE_TOKEN ID, UNKNOWN_TRANSACTION, ""},
+            {listener, 0, LISTENER_TOKEN ID, UNKNOWN_TRANSACTION, ""},
             {listener, 1, SERVICE_TOKEN ID, BAD_TYPE, ""},
+            {listener, 1, LISTENER_TOKEN, NOT_ENOUGH_DATA, ""},
             {listener, 2, LISTENER_TOKEN ID, NOT_ENOUGH_DATA, ""},
             {listener, 3, LISTENER_TOKEN, NOT_ENOUGH_DATA, ""},
             {listener, 4, LISTENER_TOKEN ID, UNKNOWN_TRANSACTION, ""},
@@ -293,6 +296,7 @@ TEST(HandWrittenProtocol, defaultClasses_failEveryCall) {
         EXPECT_EQ(textOf(call(*listener)), "failed -74") << received;
     }
     EXPECT_EQ(IInterface::asBinder(service), nullptr);
+    EXPECT_EQ(IInterface::asBinder(listener), nullptr);
 }
 
 }  // namespace android::test

@@ -222,6 +222,7 @@ TEST_F(FormatTest, thePrefix_tellsWarningsScreenSecurityAndTag) {
     vendor("MaxConsecutiveFramesDropped=10;");
     EXPECT_EQ(prefix(), "W.mcfd10." PID ".HW.c2.video.avc");
     vendor("MaxConsecutiveFramesDropped=3;");
+    vendor("");
     output(33333);
     EXPECT_EQ(prefix(), "W.mcfd10.rot11." PID ".HW.c2.video.avc");
     secure = true;
