@@ -7,63 +7,36 @@ namespace android::bench {
 
 namespace {
 
-constexpr size_t kUsualInFlight = 8;
-
-template <void (Stream::*Frame)()>
-void playFrames(benchmark::State& state, Component component, size_t inFlight) {
-    Stream stream(playedCodec(state.thread_index()), component, inFlight);
-    (stream.*Frame)();
-    HeapMeter heap(state);
-    for (auto _ : state) (stream.*Frame)();
+template <void (Stream::*Frame)(), Component kComponent>
+void play(benchmark::State& state) {
+    playFrames<Frame>(state, playedCodec(state.thread_index()), kComponent, kUsualInFlight);
 }
 
-void frameLoggerOnlyOff(benchmark::State& state) {
-    playFrames<&Stream::loggerFrame>(state, Component::kNone, kUsualInFlight);
+template <Component kComponent>
+void playWithInFlight(benchmark::State& state) {
+    playFrames<&Stream::frame>(state, playedCodec(0), kComponent,
+                               static_cast<size_t>(state.range(0)));
 }
-BENCHMARK(frameLoggerOnlyOff)->Name("frame: logger's events, analysis off")->ThreadRange(1, 8);
 
-void frameOff(benchmark::State& state) {
-    playFrames<&Stream::frame>(state, Component::kNone, kUsualInFlight);
-}
-BENCHMARK(frameOff)->Name("frame: all events, analysis off");
-
-void frameLoggerOnlyOn(benchmark::State& state) {
-    playFrames<&Stream::loggerFrame>(state, Component::kOmx, kUsualInFlight);
-}
-BENCHMARK(frameLoggerOnlyOn)->Name("frame: logger's events, analysis on, in flight 8");
-
-void frameOmx(benchmark::State& state) {
-    playFrames<&Stream::frame>(state, Component::kOmx, static_cast<size_t>(state.range(0)));
-}
-BENCHMARK(frameOmx)
-        ->Name("frame: all events (OMX), analysis on, in flight")
-        ->Arg(1)
-        ->Arg(8)
-        ->Arg(64)
-        ->Arg(128);
-
-void frameCodec2(benchmark::State& state) {
-    playFrames<&Stream::frame>(state, Component::kCodec2, static_cast<size_t>(state.range(0)));
-}
-BENCHMARK(frameCodec2)
-        ->Name("frame: all events (Codec2), analysis on, in flight")
-        ->Arg(1)
-        ->Arg(8)
-        ->Arg(64)
-        ->Arg(128);
-
-void frameOnThreads(benchmark::State& state) {
-    playFrames<&Stream::frame>(state, Component::kOmx, kUsualInFlight);
-}
-BENCHMARK(frameOnThreads)
-        ->Name("frame: all events (OMX), analysis on, in flight 8, own codec")
-        ->ThreadRange(2, 8);
-
-void droppedFrame(benchmark::State& state) {
-    const auto component = state.range(0) ? Component::kOmx : Component::kNone;
-    playFrames<&Stream::droppedFrame>(state, component, kUsualInFlight);
-}
-BENCHMARK(droppedFrame)->Name("frame dropped: all events, analysis on")->Arg(0)->Arg(1);
+BENCHMARK_TEMPLATE(play, &Stream::loggerFrame, Component::kNone)
+        ->Name("frame, logger's events, analysis off")
+        ->ThreadRange(1, kMaxThreads);
+BENCHMARK_TEMPLATE(play, &Stream::frame, Component::kNone)->Name("frame, all events, analysis off");
+BENCHMARK_TEMPLATE(play, &Stream::loggerFrame, Component::kOmx)
+        ->Name("frame, logger's events, analysis on, in flight 8");
+BENCHMARK_TEMPLATE(playWithInFlight, Component::kOmx)
+        ->Name("frame, all events (OMX), analysis on, in flight")
+        ->ArgsProduct({{1, 8, 64, 128}});
+BENCHMARK_TEMPLATE(playWithInFlight, Component::kCodec2)
+        ->Name("frame, all events (Codec2), analysis on, in flight")
+        ->ArgsProduct({{1, 8, 64, 128}});
+BENCHMARK_TEMPLATE(play, &Stream::frame, Component::kOmx)
+        ->Name("frame, all events (OMX), analysis on, in flight 8,")
+        ->ThreadRange(2, kMaxThreads);
+BENCHMARK_TEMPLATE(play, &Stream::droppedFrame, Component::kNone)
+        ->Name("frame dropped, all events, analysis off");
+BENCHMARK_TEMPLATE(play, &Stream::droppedFrame, Component::kOmx)
+        ->Name("frame dropped, all events (OMX), analysis on, in flight 8");
 
 /**
  * Times one step of frames that pass all of them. The frames pass in groups, each step for a whole

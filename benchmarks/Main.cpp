@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 // codec_benchmark [--json=FILE] [options of Google Benchmark]: what the library costs.
+#include <stdio.h>
 #include <string.h>
-
-#include <future>
-#include <thread>
 
 #include <benchmark/benchmark.h>
 #include <benchmarks/NullLog.h>
 #include <benchmarks/Report.h>
+#include <mediaCodecLogger/MediaCodecLogger.h>
 
 int main(int argc, char** argv) {
     constexpr char kJson[] = "--json=";
@@ -18,18 +17,14 @@ int main(int argc, char** argv) {
         --argc;
         ++argv;
     }
+    const std::string size = std::to_string(sizeof(android::MediaCodecLogger));
+    benchmark::AddCustomContext("sizeof(MediaCodecLogger)", size);
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
-
-    // With a second thread alive the C library's locks and reference counts are what they are in a
-    // media process: it takes short cuts while there is only one.
-    std::promise<void> done;
-    std::thread bystander([wait = done.get_future()] { wait.wait(); });
 
     android::bench::discardLog();
     android::bench::Report report(jsonPath);
     benchmark::RunSpecifiedBenchmarks(&report);
-    done.set_value();
-    bystander.join();
+    printf("\nsizeof(MediaCodecLogger): %s bytes\n", size.c_str());
     return report.ok() ? 0 : 1;
 }

@@ -10,6 +10,7 @@ namespace {
 class Registry {
   public:
     explicit Registry(size_t count) {
+        startSecondThread();
         switchAnalytics(true);
         for (size_t i = 0; i < count; ++i) {
             mCodecs.push_back(new test::FakeCodec);

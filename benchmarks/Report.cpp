@@ -3,6 +3,7 @@
 
 #include <stdio.h>
 
+#include <cmath>
 #include <fstream>
 
 namespace android::bench {
@@ -22,6 +23,7 @@ std::string shownName(const benchmark::BenchmarkReporter::Run& run) {
     std::string name = run.run_name.function_name;
     if (!run.run_name.args.empty()) name += " " + run.run_name.args;
     if (!run.run_name.threads.empty()) name += " " + run.run_name.threads;
+    if (!run.report_label.empty()) name += " (" + run.report_label + ")";
     return name;
 }
 
@@ -29,7 +31,7 @@ std::string counter(const benchmark::BenchmarkReporter::Run& run, const char* na
     const auto found = run.counters.find(name);
     if (found == run.counters.end()) return "";
     char text[32];
-    snprintf(text, sizeof(text), "%.6g", found->second.value);
+    snprintf(text, sizeof(text), "%g", std::round(found->second.value * 1000) / 1000);
     return text;
 }
 

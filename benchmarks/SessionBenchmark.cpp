@@ -9,6 +9,7 @@ namespace android::bench {
 namespace {
 
 void formatChange(benchmark::State& state) {
+    startSecondThread();
     const Codec codec;
     sp<AMessage> formats[2];
     for (int i = 0; i < 2; ++i) {
@@ -31,16 +32,20 @@ void status(benchmark::State& state) {
 }
 BENCHMARK(status)->Name("getStatus");
 
-void flush(benchmark::State& state) {
+void flush(benchmark::State& state, Component component) {
+    startSecondThread();
     Codec codec;
-    Stream stream(codec, state.range(0) ? Component::kOmx : Component::kNone, 8);
+    Stream stream(codec, component, kUsualInFlight);
+    codec.logger->updateMetricsForFlush();
     HeapMeter heap(state);
     for (auto _ : state) codec.logger->updateMetricsForFlush();
 }
-BENCHMARK(flush)->Name("updateMetricsForFlush, analysis on")->Arg(0)->Arg(1);
+BENCHMARK_CAPTURE(flush, off, Component::kNone)->Name("updateMetricsForFlush, analysis off");
+BENCHMARK_CAPTURE(flush, on, Component::kOmx)->Name("updateMetricsForFlush, analysis on");
 
 /** The report alone; the session before it is not timed. */
 void report(benchmark::State& state) {
+    startSecondThread();
     Laps laps(state);
     for (auto _ : state) {
         Codec codec;
@@ -55,9 +60,10 @@ void report(benchmark::State& state) {
 }
 BENCHMARK(report)->Name("logMetrics, no service, records to nowhere")->UseManualTime();
 
-void lifeCycle(benchmark::State& state) {
+void lifeCycle(benchmark::State& state, bool analysisOn) {
+    startSecondThread();
     const sp<CodecBase> backEnd = new test::FakeCodec;
-    switchAnalytics(state.range(0) != 0);
+    switchAnalytics(analysisOn);
     int64_t bytes = 0;
     HeapMeter heap(state);
     for (auto _ : state) {
@@ -67,16 +73,11 @@ void lifeCycle(benchmark::State& state) {
         logger->configure("c2.vendor.avc.decoder", "video/avc", 0, true, 0, 0, backEnd, true);
         bytes = (heapUse() - before).bytes;
     }
-    // The codec was removed with its logger.
     state.counters[kBytes] = static_cast<double>(bytes);
 }
-BENCHMARK(lifeCycle)->Name("Create + configure + destruction, analysis on")->Arg(0)->Arg(1);
-
-void objectSize(benchmark::State& state) {
-    for (auto _ : state) benchmark::DoNotOptimize(sizeof(MediaCodecLogger));
-    state.counters[kBytes] = sizeof(MediaCodecLogger);
-}
-BENCHMARK(objectSize)->Name("sizeof(MediaCodecLogger)")->Iterations(1);
+BENCHMARK_CAPTURE(lifeCycle, off, false)->Name("Create + configure + destruction, analysis off");
+BENCHMARK_CAPTURE(lifeCycle, on, true)
+        ->Name("Create + addCodec + configure + destruction, analysis on");
 
 }  // namespace
 

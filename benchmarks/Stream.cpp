@@ -8,11 +8,10 @@ namespace android::bench {
 namespace {
 
 constexpr unsigned kOutputPort = 1;
-constexpr size_t kOutputBuffers = 8;
 
 }  // namespace
 
-const uint8_t Stream::kData[64] = {};
+const uint8_t Stream::kData[kOutputBuffers] = {};
 
 void switchAnalytics(bool on) {
     const sp<CodecBase> anyCodec = new test::FakeCodec;
@@ -92,7 +91,7 @@ void Stream::frame() {
     release(frame);
     render(frame);
     toDisplay(frame);
-    fromDisplay(frame - 2);
+    fromDisplay(frame);
     ++mCodec.next;
 }
 

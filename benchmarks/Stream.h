@@ -85,8 +85,9 @@ class Stream {
         analytics().updateQueueBuffer(mCodec.backEnd, timeUs(frame), timeUs(frame) * 1000,
                                       timeUs(frame), displayBuffer(frame));
     }
+    /** While the frame is queued, the buffer of the one before the last comes back. */
     void fromDisplay(int64_t frame) {
-        analytics().updateDequeueBuffer(mCodec.backEnd, timeUs(frame), displayBuffer(frame), 4);
+        analytics().updateDequeueBuffer(mCodec.backEnd, timeUs(frame), displayBuffer(frame - 2), 4);
     }
 
     /** One frame into and one out of the codec, as far as the logger is told. */
@@ -100,13 +101,14 @@ class Stream {
     int64_t newest() const { return mCodec.next + static_cast<int64_t>(mInFlight); }
 
   private:
-    static constexpr int64_t kDisplayBuffers = 4;
-    static const uint8_t kData[64];
+    static constexpr size_t kOutputBuffers = 32;
+    static const uint8_t kData[kOutputBuffers];
 
     static long timeUs(int64_t frame) { return frame * 33333; }
     /** Never dereferenced, so any address will do. */
     static const GraphicBuffer* displayBuffer(int64_t frame) {
-        return reinterpret_cast<const GraphicBuffer*>(&kData[frame % kDisplayBuffers]);
+        return reinterpret_cast<const GraphicBuffer*>(
+                &kData[static_cast<uint64_t>(frame) % kOutputBuffers]);
     }
     void input();
 

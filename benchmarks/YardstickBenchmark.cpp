@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What everything else is compared with: the clock, and what a line in a log or a trace would cost.
+// For scale: what an event is made of, and what a line in a log or a trace costs.
 #include <fcntl.h>
 #include <stdio.h>
 #include <sys/socket.h>
@@ -7,21 +7,35 @@
 
 #include <benchmarks/Measure.h>
 #include <benchmarks/NullLog.h>
+#include <utils/Mutex.h>
 
 namespace android::bench {
 
 namespace {
 
-void readClock(benchmark::State& state) {
+void lockAndUnlock(benchmark::State& state) {
+    startSecondThread();
+    Mutex mutex;
     for (auto _ : state) {
-        timespec now;
-        clock_gettime(CLOCK_MONOTONIC, &now);
-        benchmark::DoNotOptimize(now);
+        Mutex::Autolock lock(mutex);
+        benchmark::ClobberMemory();
     }
 }
-BENCHMARK(readClock)->Name(kClockBenchmark);
+BENCHMARK(lockAndUnlock)->Name("Mutex, locked and unlocked");
+
+template <template <typename> class Pointer>
+void takeReference(benchmark::State& state) {
+    const sp<CodecBase> object = new test::FakeCodec;
+    for (auto _ : state) {
+        const Pointer<CodecBase> copy(object);
+        benchmark::DoNotOptimize(copy);
+    }
+}
+BENCHMARK_TEMPLATE(takeReference, sp)->Name("sp<>, copied and dropped");
+BENCHMARK_TEMPLATE(takeReference, wp)->Name("wp<>, made and dropped");
 
 void logFrames(benchmark::State& state) {
+    startSecondThread();
     HeapMeter heap(state);
     long long frame = 0;
     for (auto _ : state) {

@@ -8,7 +8,7 @@ usage: benchmarks/run.sh [OPTION-OF-GOOGLE-BENCHMARK...]
 
 Measures what the library costs on this machine and prints a table of medians, each also as a multiple
 of one clock_gettime of the same run. Log lines are formatted and thrown away. The same figures as JSON:
-build/bench/benchmarks.json
+build/benchmarks/benchmarks.json
 
 Below the table: how often each event reads the clock, takes a lock and allocates.
 
@@ -31,7 +31,7 @@ need_packages "$root/scripts/packages.txt" "$root/scripts/packages-bench.txt"
 cmake --preset release -S "$root" -DCMAKE_CXX_COMPILER_LAUNCHER=ccache >/dev/null
 build release codec_benchmark event_counts
 
-out=$root/build/bench
+out=$root/build/benchmarks
 mkdir -p "$out"
 say "measuring; takes about three minutes, best on an idle machine"
 "$root/build/release/bin/codec_benchmark" --json="$out/benchmarks.json" \
