@@ -15,7 +15,6 @@ namespace {
 
 using ::testing::ElementsAre;
 
-
 struct WriteCase {
     const char* name;
     std::function<status_t(Parcel&)> write;
