@@ -49,6 +49,7 @@ GLIBC_TUNABLES=glibc.cpu.hwcaps=-AVX,-AVX2,-AVX_Fast_Unaligned_Load,-ERMS,-FSRM 
     valgrind --quiet --tool=callgrind --collect-atstart=no \
     --callgrind-out-file="$scratch/out" "$root/build/release/bin/event_counts"
 
+mapfile -t dumps < <(printf '%s\n' "$scratch"/out.* | sort -V)
 # Each dump holds the sum over the repeats of one event; "nothing" is what the counting itself takes.
 awk '
     /^desc: Trigger: Client Request: / { sub(/^desc: Trigger: Client Request: /, ""); name = $0 }
@@ -60,7 +61,7 @@ awk '
         if (name == "nothing") nothing = count
         else printf "%d\t%s\n", count - nothing + 0.5, name
         name = ""
-    }' "$scratch"/out.* >"$scratch/counts"
+    }' "${dumps[@]}" >"$scratch/counts"
 
 if [ -n "$update" ]; then
     cp "$scratch/counts" "$baseline"
