@@ -258,7 +258,7 @@ void FrameFlow::foldDrop(const Frame& frame, Cause cause, int64_t lastPtsUs) {
     }
     mDropRun.endUs = frame.renderCallUs;
     ++mDropRun.frames;
-    ++mDropRun.causes[static_cast<size_t>(cause)];
+    if (mDropRun.cause == Cause::UNKNOWN) mDropRun.cause = cause;
 }
 
 void FrameFlow::closeDropRun() {

@@ -109,7 +109,7 @@ Json dropsOf(const Session& session) {
                         {"duration_ms", rounded((run.endUs - run.startUs) / 1000.0)},
                         {"pts_us", run.ptsUs},
                         {"length_frames", run.frames},
-                        {"cause", toString(run.cause())}});
+                        {"cause", toString(run.cause)}});
     }
     Json lengths = Json::array();
     for (const auto& [length, count] : session.dropRunLengths) {

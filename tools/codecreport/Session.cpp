@@ -60,11 +60,6 @@ int64_t Frame::lastUs() const {
             {announcedUs, queuedUs, codecInUs, codecOutUs, outputUs, renderCallUs, displayUs});
 }
 
-Cause DropRun::cause() const {
-    const auto most = std::max_element(causes.begin(), causes.end());
-    return *most == 0 ? Cause::UNKNOWN : static_cast<Cause>(most - causes.begin());
-}
-
 void Series::add(int64_t timeUs, double value) {
     if (!mPoints.empty() && mPoints.back().count < mStride) {
         Point& point = mPoints.back();

@@ -26,8 +26,7 @@ constexpr size_t kStageCount = static_cast<size_t>(Stage::COUNT);
 const char* toString(Stage stage);
 
 /** Who held a frame up. */
-enum class Cause { INPUT_LATE, DECRYPT, CODEC, MESSAGE, APP, DISPLAY, UNKNOWN, COUNT };
-constexpr size_t kCauseCount = static_cast<size_t>(Cause::COUNT);
+enum class Cause { INPUT_LATE, DECRYPT, CODEC, MESSAGE, APP, DISPLAY, UNKNOWN };
 const char* toString(Cause cause);
 
 /** One frame on its way through the codec; kNoTime for what no line told. */
@@ -73,9 +72,8 @@ struct DropRun {
     int64_t endUs = 0;
     int64_t ptsUs = 0;
     int64_t frames = 0;
-    std::array<uint32_t, kCauseCount> causes{};
-
-    Cause cause() const;
+    /** What held the first of its frames up: those behind it then wait in stages of their own. */
+    Cause cause = Cause::UNKNOWN;
 };
 
 struct Freeze {

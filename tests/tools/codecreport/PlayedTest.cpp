@@ -64,6 +64,9 @@ TEST(CodecreportPlayed, insertedStallIsFoundAndNamed) {
     EXPECT_NEAR(2e6, freeze["pts_us"].get<double>(), 1e5);
     EXPECT_THAT(freeze["verdict"].get<std::string>(), StartsWith("app: held for "));
     EXPECT_EQ("app", session["worst_frames"][0]["cause"]);
+    // Behind the stall frames back up into the codec, but it is the app that they wait for.
+    ASSERT_GE(session["drops"]["run_count"], 1);
+    EXPECT_EQ("app", session["drops"]["runs"][0]["cause"]);
 }
 
 }  // namespace
