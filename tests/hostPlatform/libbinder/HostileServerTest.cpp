@@ -187,6 +187,7 @@ TEST_F(HostileServerTest, whateverElseComesEndsTheCall) {
         const sp<IBinder> remote = service();
         ASSERT_NE(nullptr, remote) << c.name;
         EXPECT_EQ(DEAD_OBJECT, callInt(remote, kEcho)) << c.name;
+        mServer.join();  // it uses what ends with this test
     }
 }
 
