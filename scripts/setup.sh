@@ -53,6 +53,17 @@ installed ${name%:*}:all" <<<"$installed" || missing="$missing ${name%":$native"
         $missing >&2 || die "apt-get could not install:$missing" 69
 }
 
+# What the preset "aarch64" needs. libutils wants p7zip's library, and the package that holds it cannot
+# be installed for a second architecture.
+need_aarch64() {
+    local aside=$root/build/aarch64-packages
+    need_packages "$root/scripts/packages.txt" "$root/scripts/packages-aarch64.txt"
+    [ ! -e "$aside/usr/lib/p7zip/7z.so" ] || return 0
+    mkdir -p "$aside"
+    (cd "$aside" && apt-get download -q p7zip-full:arm64 >&2 && dpkg -x p7zip-full_*.deb .) ||
+        die "p7zip-full:arm64 cannot be had" 69
+}
+
 # configure PRESET: once.
 configure() {
     [ ! -e "$root/build/$1/build.ninja" ] || return 0

@@ -7,10 +7,12 @@
 #include <signal.h>
 #include <spawn.h>
 #include <stdio.h>
+#include <stdlib.h>
 #include <sys/wait.h>
 #include <time.h>
 #include <unistd.h>
 
+#include <iterator>
 #include <sstream>
 
 namespace android::test {
@@ -28,6 +30,13 @@ std::vector<char*> pointers(std::vector<std::string>& texts) {
     for (std::string& text : texts) result.push_back(text.data());
     result.push_back(nullptr);
     return result;
+}
+
+/** What runs a program of another architecture, word by word; empty where that is not needed. */
+std::vector<std::string> emulator() {
+    const char* command = getenv("MCL_EMULATOR");
+    std::istringstream words(command == nullptr ? "" : command);
+    return {std::istream_iterator<std::string>(words), {}};
 }
 
 /** Appends what can be read; closes the descriptor at its end. */
@@ -49,7 +58,8 @@ Process::Process(const std::vector<std::string>& command,
     int out[2];
     int err[2];
     if (pipe2(out, O_CLOEXEC) != 0 || pipe2(err, O_CLOEXEC) != 0) return;
-    std::vector<std::string> arguments = command;
+    std::vector<std::string> arguments = emulator();
+    arguments.insert(arguments.end(), command.begin(), command.end());
     std::vector<std::string> variables = environment;
     for (char** entry = environ; *entry; ++entry) variables.emplace_back(*entry);
 
@@ -58,7 +68,7 @@ Process::Process(const std::vector<std::string>& command,
     posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
     posix_spawn_file_actions_adddup2(&actions, out[1], STDOUT_FILENO);
     posix_spawn_file_actions_adddup2(&actions, err[1], STDERR_FILENO);
-    if (posix_spawnp(&mPid, command[0].c_str(), &actions, nullptr, pointers(arguments).data(),
+    if (posix_spawnp(&mPid, arguments[0].c_str(), &actions, nullptr, pointers(arguments).data(),
                      pointers(variables).data()) != 0) {
         mPid = -1;
     }
