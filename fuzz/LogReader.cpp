@@ -7,8 +7,8 @@
 #include <unistd.h>
 
 #include <tools/codecreport/Analysis.h>
-#include <tools/codecreport/JsonReport.h>
-#include <tools/codecreport/Reference.h>
+#include <tools/codecreport/output/JsonReport.h>
+#include <tools/codecreport/reference/Reference.h>
 
 using namespace android::codecreport;
 

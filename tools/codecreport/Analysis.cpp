@@ -3,8 +3,8 @@
 
 #include <stdio.h>
 
-#include "LineReader.h"
-#include "LogcatParser.h"
+#include "reading/LineReader.h"
+#include "reading/LogcatParser.h"
 
 namespace android::codecreport {
 

@@ -6,12 +6,12 @@
 #include <string>
 #include <vector>
 
-#include "LogLine.h"
-#include "MetricsReader.h"
-#include "Reference.h"
-#include "Session.h"
-#include "SessionBuilder.h"
-#include "SessionObserver.h"
+#include "model/Session.h"
+#include "model/SessionObserver.h"
+#include "reading/LogLine.h"
+#include "reading/MetricsReader.h"
+#include "reading/SessionBuilder.h"
+#include "reference/Reference.h"
 
 namespace android::codecreport {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "Compare.h"
+#include "output/Compare.h"
 
 namespace android::codecreport {
 

@@ -8,13 +8,13 @@
 #include <memory>
 
 #include "Analysis.h"
-#include "Compare.h"
-#include "Explain.h"
-#include "HtmlPage.h"
-#include "JsonReport.h"
 #include "Options.h"
-#include "Reference.h"
-#include "TraceWriter.h"
+#include "output/Compare.h"
+#include "output/HtmlPage.h"
+#include "output/JsonReport.h"
+#include "output/TraceWriter.h"
+#include "reference/Explain.h"
+#include "reference/Reference.h"
 
 namespace android::codecreport {
 

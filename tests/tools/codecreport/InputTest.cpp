@@ -5,8 +5,8 @@
 #include <stdio.h>
 #include <unistd.h>
 
-#include <tools/codecreport/LineReader.h>
-#include <tools/codecreport/MetricsReader.h>
+#include <tools/codecreport/reading/LineReader.h>
+#include <tools/codecreport/reading/MetricsReader.h>
 
 #include "ReportSupport.h"
 

@@ -2,7 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <tools/codecreport/LogcatParser.h>
+#include <tools/codecreport/reading/LogcatParser.h>
 
 namespace android::codecreport {
 namespace {

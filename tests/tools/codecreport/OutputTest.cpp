@@ -6,10 +6,10 @@
 #include <set>
 
 #include <tools/codecreport/Analysis.h>
-#include <tools/codecreport/Compare.h>
-#include <tools/codecreport/HtmlPage.h>
-#include <tools/codecreport/JsonReport.h>
-#include <tools/codecreport/TraceWriter.h>
+#include <tools/codecreport/output/Compare.h>
+#include <tools/codecreport/output/HtmlPage.h>
+#include <tools/codecreport/output/JsonReport.h>
+#include <tools/codecreport/output/TraceWriter.h>
 
 #include "ReportSupport.h"
 #include "SyntheticLog.h"

@@ -4,10 +4,10 @@
 
 #include <map>
 
-#include <tools/codecreport/CodecNames.h>
-#include <tools/codecreport/Explain.h>
-#include <tools/codecreport/Pattern.h>
-#include <tools/codecreport/Reference.h>
+#include <tools/codecreport/model/CodecNames.h>
+#include <tools/codecreport/reading/Pattern.h>
+#include <tools/codecreport/reference/Explain.h>
+#include <tools/codecreport/reference/Reference.h>
 
 namespace android::codecreport {
 namespace {

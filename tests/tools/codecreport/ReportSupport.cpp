@@ -8,7 +8,7 @@
 #include <filesystem>
 
 #include <tools/codecreport/Analysis.h>
-#include <tools/codecreport/JsonReport.h>
+#include <tools/codecreport/output/JsonReport.h>
 
 #include "SyntheticLog.h"
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include <tools/codecreport/SessionObserver.h>
+#include <tools/codecreport/model/SessionObserver.h>
 
 namespace android::test {
 

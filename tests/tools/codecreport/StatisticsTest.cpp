@@ -4,9 +4,9 @@
 #include <algorithm>
 #include <random>
 
-#include <tools/codecreport/Histogram.h>
-#include <tools/codecreport/LogClock.h>
-#include <tools/codecreport/Session.h>
+#include <tools/codecreport/model/Histogram.h>
+#include <tools/codecreport/model/Session.h>
+#include <tools/codecreport/reading/LogClock.h>
 
 namespace android::codecreport {
 namespace {

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include <tools/codecreport/LogLine.h>
+#include <tools/codecreport/reading/LogLine.h>
 
 namespace android::test {
 

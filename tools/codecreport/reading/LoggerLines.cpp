@@ -1,0 +1,209 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <stdarg.h>
+#include <stdio.h>
+
+#include "reading/LineHandlers.h"
+
+namespace android::codecreport {
+
+namespace {
+
+using LL = long long;
+
+// Repeats come by the hundred and say the same.
+constexpr uint64_t kMaxRepeatMoments = 20;
+
+int64_t stampNow(const Fields& fields) {
+    return fields.number("at_ms");
+}
+
+template <int64_t Startup::*MEMBER>
+void stampPhase(const Event& event) {
+    event.session.startup.*MEMBER = event.stamp("at_ms");
+}
+
+void onP2Begin(const Event& event) {
+    stampPhase<&Startup::p2BeginUs>(event);
+    Session& session = event.session;
+    // The line itself may have waited for the service, and the log may show seconds only.
+    if (session.startup.p2BeginUs != kNoTime) session.startUs = session.startup.p2BeginUs;
+}
+
+/** A phase of the start-up that has a beginning and an end. */
+template <int64_t Startup::*BEGIN, int64_t Startup::*END>
+void endPhase(const Event& event) {
+    Startup& startup = event.session.startup;
+    startup.*END = event.stamp("at_ms");
+    if (event.observer != nullptr && startup.*BEGIN != kNoTime) {
+        const bool isP2 = BEGIN == &Startup::p2BeginUs;
+        event.observer->onSpan(event.session, isP2 ? "P2 configure" : "P3 start", startup.*BEGIN,
+                               startup.*END);
+    }
+}
+
+void onFirstRender(const Event& event) {
+    Startup& startup = event.session.startup;
+    startup.firstRenderUs = event.stamp("at_ms");
+    if (event.observer != nullptr && startup.firstInputUs != kNoTime) {
+        event.observer->onSpan(event.session, "P5 first frame", startup.firstInputUs,
+                               startup.firstRenderUs);
+    }
+}
+
+void onAdaptive(const Event& event) {
+    event.session.maxWidth = event.fields.number("width");
+    event.session.maxHeight = event.fields.number("height");
+}
+
+void onBitrate(const Event& event) {
+    const int64_t kbps = event.fields.number("bitrate_kbps");
+    event.session.bitrateKbps.add(event.timeUs, kbps);
+    if (event.observer != nullptr) {
+        event.observer->onCounter(event.session, Counter::BITRATE_KBPS, event.timeUs, kbps);
+    }
+}
+
+void onFlush(const Event& event) {
+    ++event.session.flushes;
+    event.session.flushPending = true;
+    event.flow.onFlush();
+    event.moment("flush", format("flushed at %.3f fps", event.fields.real("framerate_fps")));
+}
+
+void onFirstPts(const Event& event) {
+    Session& session = event.session;
+    const LL pts = event.fields.number("pts_us");
+    // A flush logs itself only where it ends a segment of video.
+    if (session.sawFirstPts && !session.flushPending) {
+        ++session.flushes;
+        event.flow.onDiscontinuity();
+        event.moment("flush", format("output goes on at %.3f s", pts / 1e6));
+    }
+    session.sawFirstPts = true;
+    session.flushPending = false;
+}
+
+void onSeek(const Event& event) {
+    ++event.session.seeks;
+    event.flow.onDiscontinuity();
+    event.moment("seek", format("media time went from %.3f s to %.3f s",
+                                event.fields.number("last_pts_us") / 1e6,
+                                event.fields.number("pts_us") / 1e6));
+}
+
+void onDelayedOutput(const Event& event) {
+    ++event.session.delayedOutputs;
+    // With a line for each frame the frames themselves showed the gap.
+    if (event.session.rendered == 0) event.flow.onResume();
+    event.session.package = event.fields.text("package");
+    event.moment("stall", format("nothing was rendered for %lld ms",
+                                 static_cast<LL>(event.fields.number("gap_ms"))));
+}
+
+void onDisplayDropped(const Event& event) {
+    event.session.displayDropped = event.fields.number("frames");
+    event.moment("display drops", format("%lld frames were lost on the way to the display",
+                                         static_cast<LL>(event.fields.number("frames"))));
+}
+
+void onDroppedTotal(const Event& event) {
+    event.moment("drops", format("%lld frames dropped so far",
+                                 static_cast<LL>(event.fields.number("frames"))));
+}
+
+void onRepeatOutput(const Event& event) {
+    if (++event.session.repeatedOutputs > kMaxRepeatMoments) return;
+    event.moment("repeat",
+                 format("output repeats media time %.3f s", event.fields.number("pts_us") / 1e6));
+}
+
+void onRepeatInput(const Event& event) {
+    if (++event.session.repeatedInputs > kMaxRepeatMoments) return;
+    event.moment("repeat",
+                 format("input repeats media time %.3f s", event.fields.number("pts_us") / 1e6));
+}
+
+void onFormat(const Event& event) {
+    Session& session = event.session;
+    ++session.formatChanges;
+    session.width = event.fields.number("width");
+    session.height = event.fields.number("height");
+    session.colorStandard = event.fields.number("color_standard");
+    // Where the format has no such key, what was known stays known.
+    for (const auto& [member, name] : {std::make_pair(&Session::hdrType, "hdr_type"),
+                                       std::make_pair(&Session::scanType, "scan_type"),
+                                       std::make_pair(&Session::bitDepth, "bit_depth")}) {
+        const int64_t value = event.fields.number(name);
+        if (value != -1) session.*member = value;
+    }
+    event.moment("format", format("%lldx%lld", static_cast<LL>(session.width),
+                                  static_cast<LL>(session.height)));
+}
+
+void onResolutionChange(const Event& event) {
+    event.moment("resolution",
+                 format("first frame %lld ms after the last one before the format change",
+                        static_cast<LL>(event.fields.number("gap_ms"))));
+}
+
+void onStop(const Event& event) {
+    Startup& startup = event.session.startup;
+    startup.stopBeginUs = event.stamp("stop_begin_ms");
+    startup.stopEndUs = event.stamp("stop_end_ms");
+    if (event.observer != nullptr && startup.stopBeginUs != kNoTime) {
+        event.observer->onSpan(event.session, "stop", startup.stopBeginUs, startup.stopEndUs);
+    }
+}
+
+}  // namespace
+
+std::string format(const char* format, ...) {
+    char text[256];
+    va_list args;
+    va_start(args, format);
+    vsnprintf(text, sizeof(text), format, args);
+    va_end(args);
+    return text;
+}
+
+void Event::moment(const char* kind, std::string text) const {
+    const Moment moment = {timeUs, kind, std::move(text)};
+    if (observer != nullptr) observer->onMoment(session, moment);
+    session.addMoment(moment);
+}
+
+int64_t Event::stamp(const char* field) const {
+    const int64_t ms = fields.number(field);
+    return ms == 0 ? kNoTime : clock.fromMonotonic(ms);
+}
+
+void addLoggerLines(LineHandlers* handlers) {
+    // P2 begins and the first frames wait for the service before their line: no measure of the
+    // clock.
+    *handlers = {
+            {"p2_begin", {onP2Begin, nullptr}},
+            {"p2_end", {endPhase<&Startup::p2BeginUs, &Startup::p2EndUs>, stampNow}},
+            {"p3_begin", {stampPhase<&Startup::p3BeginUs>, stampNow}},
+            {"p3_end", {endPhase<&Startup::p3BeginUs, &Startup::p3EndUs>, stampNow}},
+            {"first_input", {stampPhase<&Startup::firstInputUs>, stampNow}},
+            {"first_ready", {stampPhase<&Startup::firstReadyUs>, nullptr}},
+            {"first_render", {onFirstRender, nullptr}},
+            {"adaptive", {onAdaptive, nullptr}},
+            {"app_timestamps", {[](const Event& e) { e.session.appTimestamps = true; }, nullptr}},
+            {"bitrate", {onBitrate, nullptr}},
+            {"flush", {onFlush, nullptr}},
+            {"first_pts", {onFirstPts, nullptr}},
+            {"eos", {[](const Event& e) { e.moment("end", "end of stream"); }, nullptr}},
+            {"seek", {onSeek, nullptr}},
+            {"delayed_output", {onDelayedOutput, nullptr}},
+            {"display_dropped", {onDisplayDropped, nullptr}},
+            {"dropped_total", {onDroppedTotal, nullptr}},
+            {"repeat_output", {onRepeatOutput, nullptr}},
+            {"repeat_input", {onRepeatInput, nullptr}},
+            {"format", {onFormat, nullptr}},
+            {"resolution_change", {onResolutionChange, nullptr}},
+            {"stop_time", {onStop, nullptr}},
+    };
+}
+
+}  // namespace android::codecreport

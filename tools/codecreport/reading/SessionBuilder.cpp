@@ -1,0 +1,318 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "reading/SessionBuilder.h"
+
+#include <stdlib.h>
+
+#include <algorithm>
+
+namespace android::codecreport {
+
+namespace {
+
+constexpr size_t kMaxExamples = 10;
+constexpr size_t kMaxExampleLength = 160;
+constexpr size_t kMaxThreads = 100'000;
+// No time or timestamp comes near: 30 years in microseconds. More is damage, and would overflow.
+constexpr int64_t kLargest = 1'000'000'000'000'000;
+
+bool contains(std::string_view text, std::string_view part) {
+    return text.find(part) != std::string_view::npos;
+}
+
+}  // namespace
+
+SessionBuilder::SessionBuilder(const Reference& reference, SessionObserver* observer)
+    : mReference(reference), mObserver(observer) {
+    addRoutes(reference);
+}
+
+void SessionBuilder::addRoutes(const Reference& reference) {
+    LineHandlers handlers;
+    addLoggerLines(&handlers);
+    addAnalyticsLines(&handlers);
+    for (const Reference::Table& table : reference.tables()) {
+        const bool isAnalytics = table.tag == "ZMediaAnalyticV";
+        for (const ReferenceEntry& entry : table.entries) {
+            if (!table.tag.empty() || !entry.fact("json").empty()) {
+                mRoutes[&entry] = routeOf(entry, handlers, isAnalytics);
+            }
+        }
+    }
+}
+
+SessionBuilder::Route SessionBuilder::routeOf(const ReferenceEntry& entry,
+                                              const LineHandlers& handlers, bool analytics) const {
+    Route route;
+    const std::string& line = entry.fact("line");
+    const auto handler = handlers.find(entry.id);
+    if (handler != handlers.end()) route.handler = handler->second;
+    route.reportKey = entry.fact("json");
+    route.begins = entry.id == "p2_begin";
+    route.video = analytics;
+    route.hasPts = contains(line, "{pts_us:");
+    route.announces = entry.id == "frame_queued" || entry.id == "frame_decrypted";
+    if (!route.reportKey.empty() || contains(line, "{prefix:")) {
+        route.owner = Owner::BY_PREFIX;
+    } else if (contains(line, "{tag:")) {
+        route.owner = Owner::BY_TAG;
+    } else if (analytics && (contains(line, "{label:") || route.hasPts)) {
+        route.owner = Owner::BY_LABEL;
+    }
+    return route;
+}
+
+void SessionBuilder::onLine(const LogLine& line) {
+    const ReferenceEntry* entry = nullptr;
+    const auto match = mReference.recognise(line.tag, line.text, &entry, &mFields);
+    if (match == Reference::Match::NO) {
+        ++mStats.otherTags;
+        mClock.place(line);
+    } else if (match == Reference::Match::YES && isPlausible(mFields)) {
+        ++mStats.understood;
+        onRecognised(line, *entry, mFields);
+    } else {
+        ++(match == Reference::Match::CUT_OFF ? mStats.cutOff : mStats.unknown);
+        addExample(line.text);
+        mClock.place(line);
+    }
+}
+
+bool SessionBuilder::isPlausible(const Fields& fields) const {
+    for (const Fields::Field& field : fields) {
+        const bool isTime =
+                field.name.size() > 3 && (field.name.substr(field.name.size() - 3) == "_ms" ||
+                                          field.name.substr(field.name.size() - 3) == "_us");
+        if ((isTime || field.name == "frames" || field.name == "size_bytes") &&
+            (field.number > kLargest || field.number < -kLargest)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void SessionBuilder::addExample(std::string_view text) {
+    if (mStats.examples.size() == kMaxExamples) return;
+    mStats.examples.emplace_back(text.substr(0, kMaxExampleLength));
+}
+
+void SessionBuilder::onRecognised(const LogLine& line, const ReferenceEntry& entry,
+                                  const Fields& fields) {
+    const Route& route = mRoutes[&entry];
+    int64_t timeUs = mClock.place(line);
+    if (route.handler.nowMs != nullptr) {
+        timeUs = mClock.anchor(route.handler.nowMs(fields));
+    } else if (route.begins && !mClock.isAnchored()) {
+        timeUs = mClock.anchor(fields.number("at_ms"));
+    }
+    if (mStats.firstUs == kNoTime) mStats.firstUs = timeUs;
+    mStats.lastUs = timeUs;
+    if (route.begins) beginAnew(line, fields.text("tag"));
+    Open* open = ownerOf(route, line, fields, timeUs);
+    if (open == nullptr) {
+        if (route.handler.handle != nullptr) ++mStats.unattributed;
+        return;
+    }
+    Session& session = *open->session;
+    session.endUs = timeUs;
+    open->touched = ++mTouches;
+    open->lastTid = line.tid;
+    if (route.owner == Owner::BY_TAG || route.owner == Owner::BY_PREFIX) {
+        if (mByThread.size() >= kMaxThreads) mByThread.clear();
+        mByThread[threadOf(line)] = open;
+    }
+    const Event event = {session, *open->flow, fields, mClock, mObserver, timeUs};
+    if (!route.reportKey.empty()) {
+        onReportLine(line, event, route.reportKey);
+    } else if (route.handler.handle != nullptr) {
+        route.handler.handle(event);
+    }
+}
+
+void SessionBuilder::onReportLine(const LogLine& line, const Event& event, const std::string& key) {
+    // An error has a line of its own with one dot before its key, in the report it has two.
+    if (contains(line.text, "DecoderError") && !contains(line.text, "..DecoderError")) {
+        ++event.session.errors;
+        event.moment("error", key);
+        return;
+    }
+    event.session.reported = true;
+    event.session.report[key] = event.fields.real("value");
+}
+
+SessionBuilder::Open* SessionBuilder::ownerOf(const Route& route, const LogLine& line,
+                                              const Fields& fields, int64_t timeUs) {
+    switch (route.owner) {
+        case Owner::BY_TAG:
+            return byTag(line, fields.text("tag"), timeUs);
+        case Owner::BY_PREFIX: {
+            LinePrefix prefix;
+            if (!parseLinePrefix(fields.text("prefix"), &prefix)) return nullptr;
+            Open* open = byTag(line, prefix.tag, timeUs);
+            if (open != nullptr) learnPrefix(open->session.get(), prefix);
+            return open;
+        }
+        case Owner::BY_LABEL:
+            return byLabel(line, route, fields, timeUs);
+        default:
+            return byThread(line, route.video);
+    }
+}
+
+uint64_t SessionBuilder::threadOf(const LogLine& line) {
+    return static_cast<uint64_t>(static_cast<uint32_t>(line.pid)) << 32 |
+           static_cast<uint32_t>(line.tid);
+}
+
+SessionBuilder::Open* SessionBuilder::ofThread(const LogLine& line) const {
+    const auto known = mByThread.find(threadOf(line));
+    return known == mByThread.end() ? nullptr : known->second;
+}
+
+/**
+ * Of the sessions that are accepted: the thread's, else the one written to last. Where there is but
+ * one, the thread is its thread from now on, unless it is known for another.
+ */
+template <typename Predicate>
+SessionBuilder::Open* SessionBuilder::choose(const LogLine& line, Predicate accepts) {
+    Open* known = ofThread(line);
+    if (known != nullptr && accepts(*known)) return known;
+    Open* last = nullptr;
+    int count = 0;
+    for (const auto& open : mOpen) {
+        if (open->session->pid != line.pid || !accepts(*open)) continue;
+        ++count;
+        if (last == nullptr || open->touched > last->touched) last = open.get();
+    }
+    if (count == 1 && mByThread.size() < kMaxThreads) mByThread.emplace(threadOf(line), last);
+    return last;
+}
+
+SessionBuilder::Open* SessionBuilder::byTag(const LogLine& line, std::string_view tag,
+                                            int64_t timeUs) {
+    CodecTag parts;
+    if (!parseCodecTag(tag, &parts)) return nullptr;
+    Open* open = choose(line, [tag](const Open& o) { return o.session->tagText == tag; });
+    if (open != nullptr) return open;
+    // A session that only frame lines told of until now.
+    open = choose(line, [&parts](const Open& o) {
+        return o.session->tagText.empty() && o.session->tag.format == parts.format;
+    });
+    if (open == nullptr) return begin(line, tag, timeUs, true);
+    open->session->tagText = tag;
+    open->session->tag = parts;
+    return open;
+}
+
+SessionBuilder::Open* SessionBuilder::byLabel(const LogLine& line, const Route& route,
+                                              const Fields& fields, int64_t timeUs) {
+    const std::string_view label = fields.text("label");
+    const bool isEvent =
+            label == "Drop" || label == "OWD" || label == "FBD" || fields.text("label").empty();
+    const auto accepts = [&](const Open& open) {
+        return isEvent ? open.session->isVideo() : open.session->tag.format == label;
+    };
+    if (route.hasPts && !route.announces) {
+        const int64_t pts = fields.number("pts_us");
+        Open* open = choose(
+                line, [&](const Open& o) { return accepts(o) && o.flow->find(pts) != nullptr; });
+        if (open != nullptr) return open;
+    }
+    Open* open = choose(line, accepts);
+    if (open != nullptr || isEvent) return open;
+    // Before its first input a tracker goes by the name of its component.
+    if (contains(label, ".")) return ofThread(line) ? ofThread(line) : byThread(line, true);
+    return route.announces ? begin(line, label, timeUs, true) : nullptr;
+}
+
+SessionBuilder::Open* SessionBuilder::byThread(const LogLine& line, bool video) {
+    return choose(line, [video](const Open& o) { return !video || o.session->isVideo(); });
+}
+
+/** A configuration ends the session that the same codec had before. */
+void SessionBuilder::beginAnew(const LogLine& line, std::string_view tag) {
+    std::vector<Open*> over;
+    for (const auto& open : mOpen) {
+        const Session& session = *open->session;
+        if (session.pid != line.pid || session.tagText != tag) continue;
+        const bool isOver = session.reported || session.startup.stopEndUs != kNoTime;
+        // Without threads in the log only one of a kind can be told at a time.
+        if (isOver || open->lastTid == line.tid) over.push_back(open.get());
+    }
+    for (Open* open : over) close(open);
+    begin(line, tag, mClock.place(line), false);
+}
+
+SessionBuilder::Open* SessionBuilder::begin(const LogLine& line, std::string_view tag,
+                                            int64_t timeUs, bool startedBefore) {
+    if (mOpen.size() == kMaxOpen) {
+        const auto oldest = std::min_element(
+                mOpen.begin(), mOpen.end(),
+                [](const auto& a, const auto& b) { return a->touched < b->touched; });
+        close(oldest->get());
+    }
+    auto open = std::make_unique<Open>();
+    open->session = std::make_unique<Session>();
+    Session& session = *open->session;
+    session.id = mNextId++;
+    session.pid = line.pid;
+    session.startUs = session.endUs = timeUs;
+    session.startedBefore = startedBefore;
+    if (parseCodecTag(tag, &session.tag)) {
+        session.tagText = tag;
+    } else {
+        // Only the frame analytics told of it, and those follow video.
+        session.tag.kind = "video";
+        session.tag.format = tag;
+    }
+    open->flow = std::make_unique<FrameFlow>(&session, mObserver);
+    open->lastTid = line.tid;
+    open->touched = ++mTouches;
+    mByThread[threadOf(line)] = open.get();
+    if (mObserver != nullptr) mObserver->onSession(session);
+    mOpen.push_back(std::move(open));
+    return mOpen.back().get();
+}
+
+void SessionBuilder::learnPrefix(Session* session, const LinePrefix& prefix) {
+    session->clientPid = prefix.pid;
+    session->uhdScreen |= prefix.uhdScreen;
+    session->secure |= prefix.secure;
+    session->secureMemory |= prefix.secureMemory;
+    session->atmos |= prefix.atmos;
+}
+
+void SessionBuilder::keep(std::unique_ptr<Session> session) {
+    if (mDone.size() == kMaxSessions) {
+        ++mStats.sessionsLeftOut;
+        return;
+    }
+    // Frames are what a page is made of; without them the numbers stay.
+    if (!session->frames.points().empty() && ++mDetailed > kMaxDetailed) {
+        session->frames = FramePoints();
+        session->renderedRate = RateSeries();
+        session->inputRate = RateSeries();
+        session->bitrateKbps = Series();
+        session->sync.offsetMs = Series();
+        session->detailed = false;
+    }
+    mDone.push_back(std::move(session));
+}
+
+void SessionBuilder::close(Open* open) {
+    open->flow->finish();
+    keep(std::move(open->session));
+    for (auto it = mByThread.begin(); it != mByThread.end();) {
+        it = it->second == open ? mByThread.erase(it) : std::next(it);
+    }
+    mOpen.erase(std::find_if(mOpen.begin(), mOpen.end(),
+                             [open](const auto& other) { return other.get() == open; }));
+}
+
+std::vector<std::unique_ptr<Session>> SessionBuilder::finish() {
+    while (!mOpen.empty()) close(mOpen.front().get());
+    std::sort(mDone.begin(), mDone.end(),
+              [](const auto& a, const auto& b) { return a->id < b->id; });
+    return std::move(mDone);
+}
+
+}  // namespace android::codecreport

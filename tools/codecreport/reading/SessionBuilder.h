@@ -1,0 +1,124 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "model/FrameFlow.h"
+#include "model/Session.h"
+#include "reading/LineHandlers.h"
+#include "reading/LogClock.h"
+#include "reading/LogLine.h"
+#include "reference/Reference.h"
+
+namespace android::codecreport {
+
+/** What was read, and what of it was not understood. */
+struct ReadStats {
+    uint64_t bytes = 0;
+    uint64_t lines = 0;
+    /** Not a message of any form, nor part of one. */
+    uint64_t notLogLines = 0;
+    uint64_t otherTags = 0;
+    uint64_t understood = 0;
+    uint64_t cutOff = 0;
+    /** The library's tag with a text that it does not write. */
+    uint64_t unknown = 0;
+    /** Understood, and no session to count it for. */
+    uint64_t unattributed = 0;
+    /** The first few texts that count as cut off or unknown. */
+    std::vector<std::string> examples;
+    int64_t firstUs = kNoTime;
+    int64_t lastUs = kNoTime;
+    uint64_t sessionsLeftOut = 0;
+};
+
+/**
+ * Gathers the library's lines into sessions, one a configuration of a codec.
+ *
+ * Lines that show a codec tag belong to the open session with that tag in their process. Of
+ * several, and for lines that show none, the thread decides: the session that it last wrote a line
+ * with a tag for; else the only one, else the one written to last. Frame lines go where their
+ * timestamp is in flight. A session ends where its codec is configured anew; one whose beginning
+ * the log does not hold is opened by its first line.
+ *
+ * Memory: kMaxSessions sessions, kMaxDetailed of them with frames to draw, kMaxOpen of them open.
+ */
+class SessionBuilder {
+  public:
+    static constexpr size_t kMaxSessions = 5000;
+    static constexpr size_t kMaxDetailed = 50;
+    static constexpr size_t kMaxOpen = 128;
+
+    /** @param observer may be null */
+    SessionBuilder(const Reference& reference, SessionObserver* observer);
+
+    /** One message of the log, of the library or not. */
+    void onLine(const LogLine& line);
+
+    ReadStats& stats() { return mStats; }
+    const LogClock& clock() const { return mClock; }
+
+    /** Closes all sessions and hands them over in the order in which they began. */
+    std::vector<std::unique_ptr<Session>> finish();
+
+  private:
+    struct Open {
+        std::unique_ptr<Session> session;
+        std::unique_ptr<FrameFlow> flow;
+        int lastTid = -1;
+        uint64_t touched = 0;
+    };
+    enum class Owner { BY_TAG, BY_PREFIX, BY_LABEL, BY_THREAD };
+    struct Route {
+        LineHandler handler;
+        Owner owner = Owner::BY_THREAD;
+        bool video = false;
+        bool begins = false;
+        bool hasPts = false;
+        /** The frame of the line enters the codec: no session has it in flight yet. */
+        bool announces = false;
+        /** The JSON key of a report line. */
+        std::string reportKey;
+    };
+
+    void addRoutes(const Reference& reference);
+    Route routeOf(const ReferenceEntry& entry, const LineHandlers& handlers, bool analytics) const;
+    void onRecognised(const LogLine& line, const ReferenceEntry& entry, const Fields& fields);
+    void onReportLine(const LogLine& line, const Event& event, const std::string& key);
+    bool isPlausible(const Fields& fields) const;
+    void addExample(std::string_view text);
+
+    Open* ownerOf(const Route& route, const LogLine& line, const Fields& fields, int64_t timeUs);
+    Open* byTag(const LogLine& line, std::string_view tag, int64_t timeUs);
+    Open* byLabel(const LogLine& line, const Route& route, const Fields& fields, int64_t timeUs);
+    Open* byThread(const LogLine& line, bool video);
+    /** The session that a thread is known to write for, or nullptr. */
+    Open* ofThread(const LogLine& line) const;
+    template <typename Predicate>
+    Open* choose(const LogLine& line, Predicate accepts);
+    Open* begin(const LogLine& line, std::string_view tag, int64_t timeUs, bool startedBefore);
+    void beginAnew(const LogLine& line, std::string_view tag);
+    void close(Open* open);
+    void keep(std::unique_ptr<Session> session);
+    void learnPrefix(Session* session, const LinePrefix& prefix);
+    static uint64_t threadOf(const LogLine& line);
+
+    const Reference& mReference;
+    SessionObserver* mObserver;
+    LogClock mClock;
+    ReadStats mStats;
+    Fields mFields;
+    std::unordered_map<const ReferenceEntry*, Route> mRoutes;
+    std::vector<std::unique_ptr<Open>> mOpen;
+    std::unordered_map<uint64_t, Open*> mByThread;
+    std::vector<std::unique_ptr<Session>> mDone;
+    uint64_t mTouches = 0;
+    size_t mDetailed = 0;
+    int mNextId = 1;
+};
+
+}  // namespace android::codecreport
