@@ -24,6 +24,9 @@ endforeach()
 
 foreach(program ${MCL_PROGRAMS})
     set(folder ${CMAKE_SOURCE_DIR}/tools/${program})
+    if(TARGET ${program}_documents)
+        set(folder ${CMAKE_BINARY_DIR}/tools/${program})
+    endif()
     install(FILES ${folder}/${program}.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
     install(FILES ${folder}/completion.bash RENAME ${program}
         DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)

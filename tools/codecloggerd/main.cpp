@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <getopt.h>
 #include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -10,6 +9,7 @@
 #include <binder/IServiceManager.h>
 #include <binder/ProcessState.h>
 #include <log/log.h>
+#include <tools/options/OptionTable.h>
 
 #include "LoggerService.h"
 
@@ -19,57 +19,31 @@ namespace {
 
 using android::sp;
 using android::String16;
+namespace options = android::options;
 
-enum ExitCode { EXIT_REFUSED = 1, EXIT_USAGE = 2 };
-
-constexpr char kUsage[] =
-        "Examples:\n"
-        "  codecloggerd              serve until the program is ended\n"
-        "  codecloggerd --replace    take over from a service that runs already\n"
-        "\n"
-        "Usage: codecloggerd [OPTION...]\n"
-        "A logger service that media codecs register with; codecloggerctl asks it.\n"
-        "\n"
-        "  -r, --replace    serve even if another logger service answers\n"
-        "  -h, --help       show this and exit\n"
-        "      --version    show the version and exit\n"
-        "\n"
-        "Exit status: 0 after SIGTERM, 130 after SIGINT, 1 if a service runs already or the names\n"
-        "cannot be registered, 2 on a usage error.\n";
+enum ExitCode { EXIT_REFUSED = 1 };
 
 struct Options {
     bool replace = false;
 };
 
-/** Exits when the command line asks for help or is wrong. */
-Options parse(int argc, char** argv) {
-    enum { OPTION_VERSION = 1 };
-    const option kOptions[] = {{"replace", no_argument, nullptr, 'r'},
-                               {"help", no_argument, nullptr, 'h'},
-                               {"version", no_argument, nullptr, OPTION_VERSION},
-                               {}};
-    Options options;
-    int c;
-    while ((c = getopt_long(argc, argv, "rh", kOptions, nullptr)) != -1) {
-        switch (c) {
-            case 'r':
-                options.replace = true;
-                break;
-            case 'h':
-                fputs(kUsage, stdout);
-                exit(EXIT_SUCCESS);
-            case OPTION_VERSION:
-                puts("codecloggerd " CODECLOGGER_VERSION);
-                exit(EXIT_SUCCESS);
-            default:
-                exit(EXIT_USAGE);
-        }
-    }
-    if (optind < argc) {
-        fprintf(stderr, "codecloggerd: %s: no argument is expected\n", argv[optind]);
-        exit(EXIT_USAGE);
-    }
-    return options;
+options::Program program(Options* options) {
+    return {"codecloggerd",
+            CODECLOGGER_VERSION,
+            {"[OPTION...]"},
+            "A logger service that media codecs register with; codecloggerctl asks it. It serves "
+            "until "
+            "it is ended.",
+            {},
+            {{"Service",
+              nullptr,
+              {{"replace", 'r', nullptr, "serve even if another logger service answers",
+                [options](const char*) { return options->replace = true; }}}}},
+            nullptr,
+            {{0, "ended by SIGTERM"},
+             {1, "a service runs already, or the names cannot be registered"},
+             {2, "usage"},
+             {130, "ended by SIGINT"}}};
 }
 
 bool serve(const Options& options) {
@@ -94,7 +68,12 @@ bool serve(const Options& options) {
 }
 
 int run(int argc, char** argv) {
-    const Options options = parse(argc, argv);
+    Options options;
+    const options::Program table = program(&options);
+    std::vector<std::string> operands;
+    if (const auto code = options::parse(table, argc, argv, &operands)) return *code;
+    if (!operands.empty())
+        return options::complain(table, operands[0] + ": no argument is expected");
     // Before any thread starts, so that only sigwait() gets them.
     sigset_t ends;
     sigemptyset(&ends);
