@@ -3,6 +3,8 @@
 
 #include <stdio.h>
 
+#include <numeric>
+
 #include "reading/LineReader.h"
 #include "reading/LogcatParser.h"
 
@@ -24,6 +26,20 @@ void showProgress(const std::string& file, const LineReader& reader, uint64_t li
     }
 }
 
+/** What was read early enough to stand, of an input that is damaged or was cut. */
+void noteEarlyEnd(const std::string& file, const LineReader& reader, Analysis* analysis) {
+    if (reader.error().empty()) return;
+    analysis->problems.push_back(file + ": ends early: " + reader.error());
+    analysis->endsEarly = true;
+}
+
+/** Any text passes for a log without headers: it is one if lines of the library are in it. */
+bool isLog(const LogcatParser& parser, uint64_t understood) {
+    const auto& counts = parser.counts();
+    const uint64_t messages = std::accumulate(counts.begin(), counts.end(), uint64_t{0});
+    return understood > 0 || messages > counts[static_cast<size_t>(LogFormat::RAW)];
+}
+
 bool readLog(const std::string& file, SessionBuilder* builder, bool progress, Analysis* analysis) {
     LineReader reader;
     if (!reader.open(file)) {
@@ -32,6 +48,7 @@ bool readLog(const std::string& file, SessionBuilder* builder, bool progress, An
     }
     LogcatParser parser(reader.referenceSeconds());
     ReadStats& stats = builder->stats();
+    const uint64_t understoodBefore = stats.understood;
     std::string_view text;
     while (reader.next(&text)) {
         ++stats.lines;
@@ -50,11 +67,11 @@ bool readLog(const std::string& file, SessionBuilder* builder, bool progress, An
         if (progress && stats.lines % kProgressLines == 0) showProgress(file, reader, stats.lines);
     }
     if (progress) fprintf(stderr, "\r\033[K");
-    if (!reader.error().empty()) {
-        analysis->problems.push_back(file + ": ends early: " + reader.error());
-    }
+    noteEarlyEnd(file, reader, analysis);
     for (size_t i = 0; i < parser.counts().size(); ++i) analysis->formats[i] += parser.counts()[i];
-    return true;
+    if (isLog(parser, stats.understood - understoodBefore)) return true;
+    if (reader.error().empty()) analysis->problems.push_back(file + ": holds no log");
+    return false;
 }
 
 }  // namespace
@@ -83,9 +100,7 @@ bool readMetrics(const std::string& file, Analysis* analysis) {
     }
     std::string_view text;
     while (reader.next(&text)) analysis->metrics.onLine(text);
-    if (!reader.error().empty()) {
-        analysis->problems.push_back(file + ": ends early: " + reader.error());
-    }
+    noteEarlyEnd(file, reader, analysis);
     return true;
 }
 

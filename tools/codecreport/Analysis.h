@@ -25,8 +25,10 @@ struct Analysis {
     bool hasMonotonicClock = false;
     std::vector<std::unique_ptr<Session>> sessions;
     MetricsReader metrics;
-    /** Inputs that could not be opened or ended early, in words. */
+    /** Inputs that could not be opened, hold no log or end early, in words. */
     std::vector<std::string> problems;
+    /** An input ended early; what was read until then stands. */
+    bool endsEarly = false;
 };
 
 /**
@@ -34,7 +36,7 @@ struct Analysis {
  *
  * @param observer may be null
  * @param progress writes a line of progress to standard error
- * @return false if one of the inputs could not be opened
+ * @return false if one of the inputs could not be opened or holds no log
  */
 bool readLogs(const Reference& reference, const std::vector<std::string>& files,
               SessionObserver* observer, bool progress, Analysis* analysis);

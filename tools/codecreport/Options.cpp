@@ -42,8 +42,11 @@ of the JSON
   -h, --help           this text
   --version            the version
 
-Exit code: 0 done, 1 an input cannot be opened or makes no sense, 2 usage, 3 a value got worse by
-more than its threshold, 4 an output cannot be written.
+An output takes its name when it is complete; until then what was there before stays.
+
+Exit code: 0 done, 1 an input cannot be opened, holds no log or makes no sense, 2 usage, 3 a value
+got worse by more than its threshold, 4 an output cannot be written, 5 done, but an input is
+damaged or cut and was read up to there.
 
 Values that are compared:
 )";

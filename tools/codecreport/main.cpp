@@ -1,7 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <errno.h>
 #include <stdio.h>
-#include <string.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -12,6 +10,7 @@
 #include "output/Compare.h"
 #include "output/HtmlPage.h"
 #include "output/JsonReport.h"
+#include "output/OutputFile.h"
 #include "output/TraceWriter.h"
 #include "reference/Explain.h"
 #include "reference/Reference.h"
@@ -20,18 +19,32 @@ namespace android::codecreport {
 
 namespace {
 
-enum ExitCode { OK = 0, BAD_INPUT = 1, USAGE = 2, PAST_THRESHOLD = 3, BAD_OUTPUT = 4 };
+enum ExitCode {
+    OK = 0,
+    BAD_INPUT = 1,
+    USAGE = 2,
+    PAST_THRESHOLD = 3,
+    BAD_OUTPUT = 4,
+    INPUT_ENDS_EARLY = 5
+};
 
 void say(const std::string& text) {
     fprintf(stderr, "codecreport: %s\n", text.c_str());
 }
 
 bool writeFile(const std::string& path, const std::string& text) {
-    FILE* file = path == "-" ? stdout : fopen(path.c_str(), "we");
-    bool ok = file != nullptr && fwrite(text.data(), 1, text.size(), file) == text.size();
-    if (file != nullptr) ok &= (file == stdout ? fflush(file) : fclose(file)) == 0;
-    if (!ok) say(path + ": " + strerror(errno));
-    return ok;
+    std::string error;
+    if (writeOutput(path, text, &error)) return true;
+    say(error);
+    return false;
+}
+
+/** Tells a person what is wrong with the command's files before one of them is touched. */
+bool filesConflict(const std::vector<std::string>& inputs,
+                   const std::vector<std::string>& outputs) {
+    const std::string conflict = outputConflict(inputs, outputs);
+    if (!conflict.empty()) say(conflict);
+    return !conflict.empty();
 }
 
 /** What was read and what was not understood, for people. */
@@ -57,12 +70,15 @@ void summarise(const Analysis& analysis) {
 }
 
 int report(const Options& options) {
+    std::vector<std::string> inputs = options.arguments;
+    inputs.push_back(options.metrics);
+    if (filesConflict(inputs, {options.page, options.trace, options.json})) return USAGE;
     const Reference reference;
     std::unique_ptr<TraceWriter> trace;
     if (!options.trace.empty()) {
-        trace = std::make_unique<TraceWriter>();
-        if (!trace->open(options.trace)) {
-            say(options.trace + ": " + strerror(errno));
+        trace = std::make_unique<TraceWriter>(options.trace);
+        if (!trace->open()) {
+            say(trace->error());
             return BAD_OUTPUT;
         }
     }
@@ -71,15 +87,16 @@ int report(const Options& options) {
     bool ok = readLogs(reference, options.arguments, trace.get(), progress, &analysis);
     if (!options.metrics.empty()) ok &= readMetrics(options.metrics, &analysis);
     for (const std::string& problem : analysis.problems) say(problem);
-    bool written = trace == nullptr || trace->close();
-    if (!written) say(options.trace + ": cannot be written");
     if (!ok) return BAD_INPUT;
+    bool written = trace == nullptr || trace->close();
+    if (!written) say(trace->error());
 
     const nlohmann::ordered_json json = toJson(analysis);
     if (!options.json.empty()) written &= writeFile(options.json, dump(json, true) + "\n");
     if (!options.page.empty()) written &= writeFile(options.page, htmlPage(json, reference));
     if (!options.quiet) summarise(analysis);
-    return written ? OK : BAD_OUTPUT;
+    if (!written) return BAD_OUTPUT;
+    return analysis.endsEarly ? INPUT_ENDS_EARLY : OK;
 }
 
 /** The file's text if it begins as JSON does. */
@@ -120,6 +137,7 @@ bool load(const Reference& reference, const std::string& path, nlohmann::ordered
 }
 
 int compareReports(const Options& options) {
+    if (filesConflict(options.arguments, {options.json})) return USAGE;
     const Reference reference;
     nlohmann::ordered_json base;
     nlohmann::ordered_json now;
@@ -130,10 +148,10 @@ int compareReports(const Options& options) {
         say("the two have no codec in common");
         return BAD_INPUT;
     }
-    if (options.json != "-") printf("%s", toText(result).c_str());
-    if (!options.json.empty() && !writeFile(options.json, dump(toJson(result), true) + "\n")) {
-        return BAD_OUTPUT;
-    }
+    bool written = options.json == "-" || writeFile("-", toText(result));
+    if (!options.json.empty())
+        written &= writeFile(options.json, dump(toJson(result), true) + "\n");
+    if (!written) return BAD_OUTPUT;
     return result.exceeds ? PAST_THRESHOLD : OK;
 }
 
@@ -145,7 +163,7 @@ int explainKeys(const Options& options) {
     for (const std::string& key : keys) {
         const std::string text =
                 options.markdown ? markdown(reference, key) : explain(reference, key);
-        printf("%s", text.c_str());
+        if (!writeFile("-", text)) return BAD_OUTPUT;
         if (!text.empty()) continue;
         code = BAD_INPUT;
         if (options.markdown) {
@@ -169,11 +187,9 @@ int main(int argc, char** argv) {
     }
     switch (options.command) {
         case Options::Command::HELP:
-            printf("%s", helpText().c_str());
-            return OK;
+            return writeFile("-", helpText()) ? OK : BAD_OUTPUT;
         case Options::Command::VERSION:
-            printf("codecreport %s\n", CODECREPORT_VERSION);
-            return OK;
+            return writeFile("-", "codecreport " CODECREPORT_VERSION "\n") ? OK : BAD_OUTPUT;
         case Options::Command::COMPARE:
             return compareReports(options);
         case Options::Command::EXPLAIN:

@@ -15,9 +15,9 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
 
-std::string playedLog(std::set<int> drops = {}) {
+std::string playedLog(std::set<int> drops = {}, int frames = 60) {
     Playback playback;
-    playback.frames = 60;
+    playback.frames = frames;
     playback.drops = std::move(drops);
     return writeLog(messagesOf(playback), LogFormat::THREADTIME);
 }
@@ -25,6 +25,12 @@ std::string playedLog(std::set<int> drops = {}) {
 ProcessResult codecreport(std::vector<std::string> arguments) {
     arguments.insert(arguments.begin(), CODECREPORT);
     return runProcess(arguments);
+}
+
+std::string cutArchive() {
+    const std::string path = fileWith(playedLog({}, 600), "cut") + ".gz";
+    runProcess({"sh", "-c", "gzip -c < ${0%.gz} | head -c -100 > $0", path});
+    return path;
 }
 
 TEST(Codecreport, writesPageTraceAndJson) {
@@ -64,9 +70,48 @@ TEST(Codecreport, whatIsNotUnderstoodIsSaidAndNotFatal) {
     EXPECT_EQ(0, result.exitCode);
     EXPECT_THAT(result.err, HasSubstr("1 lines carry the library's tag and are not understood"));
     EXPECT_THAT(result.err, HasSubstr("1 lines are no log lines"));
-    const ProcessResult empty = codecreport({fileWith("", "empty"), "--json"});
-    EXPECT_EQ(0, empty.exitCode);
-    EXPECT_EQ(0u, Json::parse(empty.out)["sessions"].size());
+    // A log in which the library says nothing is one all the same.
+    const ProcessResult silent = codecreport(
+            {fileWith("03-01 00:10:00.000  4321  4330 I Zygote: hello\n", "silent"), "--json"});
+    EXPECT_EQ(0, silent.exitCode);
+    EXPECT_EQ(0u, Json::parse(silent.out)["sessions"].size());
+}
+
+TEST(Codecreport, outputTakesItsNameWhenComplete_elseWhatWasThereStays) {
+    const std::string log = fileWith(playedLog());
+    const std::string folder = log.substr(0, log.rfind('/')) + "/outputs";
+    const auto shell = [&](const std::string& command) {
+        return runProcess({"sh", "-c", "mkdir -p " + folder + "; cd " + folder + "; " + command});
+    };
+    // A file size limit is a full disk that needs no mount.
+    const std::string report = std::string(CODECREPORT) + " -q " + log;
+    const ProcessResult full =
+            shell("echo old > page; echo old > trace; trap '' XFSZ; ulimit -f 8; " + report +
+                  " -o page --trace trace");
+    EXPECT_EQ(4, full.exitCode) << full.err;
+    EXPECT_THAT(full.err, HasSubstr("page: File too large"));
+    EXPECT_EQ("old\nold\npage\ntrace\n", shell("cat page trace; ls").out);
+
+    // A link stays one, and the mode what it was.
+    shell("chmod 640 page; ln -s page link; " + report + " -o link");
+    EXPECT_EQ("<!DOCTYPE html>\n640 page\n",
+              shell("head -1 page; test -L link && stat -c '%a %n' page").out);
+
+    const std::pair<const char*, const char*> refused[] = {
+            {" -o ../log", "../log: is an input"},
+            {" --json=sub/../new -o new", "new: two outputs cannot be in one file"},
+            {" --json >> ", "-: is an input"},
+            {" --json -o link > page", "two outputs"},
+    };
+    for (const auto& [arguments, says] : refused) {
+        std::string command = "mkdir -p sub; " + report + arguments;
+        if (command.back() == ' ') command += log;
+        const ProcessResult result = shell(command);
+        EXPECT_EQ(2, result.exitCode) << command;
+        EXPECT_THAT(result.err, HasSubstr(says));
+    }
+    EXPECT_EQ(playedLog(), readFile(log));
+    EXPECT_EQ("link\npage\nsub\ntrace\n", shell("ls").out);
 }
 
 TEST(Codecreport, exitCodesTellWhatWentWrong) {
@@ -85,12 +130,16 @@ TEST(Codecreport, exitCodesTellWhatWentWrong) {
             {{log, "--metrics", "/no/such/file", "--json"}, 1, "No such file"},
             {{log, "-o", "/no/such/folder/page"}, 4, "No such file"},
             {{log, "--trace", "/no/such/folder/trace"}, 4, "No such file"},
-            {{log, "--trace", "/dev/full"}, 4, "cannot be written"},
+            {{log, "--trace", "/dev/full"}, 4, "No space left"},
             {{log, "--json=/dev/full"}, 4, "No space left"},
             {{"compare", log}, 2, "two files"},
             {{"compare", log, log, "--threshold", "x"}, 2, "--threshold takes"},
             {{"compare", log, log, "--threshold", "no.such=1"}, 2, "no value 'no.such'"},
-            {{"compare", log, "/dev/null"}, 1, "no codec in common"},
+            {{"compare", log, "/dev/null"}, 1, "/dev/null: holds no log"},
+            {{CODECREPORT, "--json"}, 1, "holds no log"},
+            {{fileWith(playedLog() + "\x1f\x8b", "tail"), "--json"}, 0, "sessions"},
+            {{cutArchive(), "--json"}, 5, "ends early"},
+            {{cutArchive(), log, "--json", "-o", "/dev/full"}, 4, "No space left"},
             {{"compare", log, fileWith("{\"schema_version\": 99}", "json")}, 1, "no report"},
             {{"explain"}, 2, "takes a KEY"},
             {{"explain", "no such thing"}, 1, "nothing is known"},
@@ -101,7 +150,12 @@ TEST(Codecreport, exitCodesTellWhatWentWrong) {
         EXPECT_EQ(c.exitCode, result.exitCode) << c.says;
         EXPECT_THAT(result.err, HasSubstr(c.says));
     }
-    EXPECT_EQ(0, codecreport({"--help"}).exitCode);
+    for (const char* command : {" --help", " --version", " explain pts_us"}) {
+        const ProcessResult result =
+                runProcess({"sh", "-c", CODECREPORT + std::string(command) + " > /dev/full"});
+        EXPECT_EQ(4, result.exitCode) << command;
+        EXPECT_THAT(result.err, HasSubstr("No space left"));
+    }
     EXPECT_THAT(codecreport({"--version"}).out, StartsWith("codecreport "));
 }
 

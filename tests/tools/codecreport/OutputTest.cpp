@@ -159,8 +159,8 @@ ReadTrace readTrace(const std::string& path) {
 
 TEST(Trace, holdsASliceAFrameAndStageTiedByAFlow) {
     const std::string path = fileWith("", "trace");
-    codecreport::TraceWriter writer;
-    ASSERT_TRUE(writer.open(path));
+    codecreport::TraceWriter writer(path);
+    ASSERT_TRUE(writer.open());
     reportOf(eventfulLog(), &writer);
     ASSERT_TRUE(writer.close());
     ReadTrace trace = readTrace(path);

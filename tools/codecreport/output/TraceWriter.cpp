@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "output/TraceWriter.h"
 
-#include <string.h>
-
 #include <algorithm>
 
 #include "perfetto_trace.pb.h"
@@ -55,23 +53,6 @@ std::string printable(std::string text) {
 
 }  // namespace
 
-TraceWriter::~TraceWriter() {
-    if (mFile != nullptr && mFile != stdout) fclose(mFile);
-}
-
-bool TraceWriter::open(const std::string& path) {
-    mFile = path == "-" ? stdout : fopen(path.c_str(), "wbe");
-    if (mFile == nullptr) return false;
-    return true;
-}
-
-bool TraceWriter::close() {
-    if (fflush(mFile) != 0) mFailed = true;
-    if (mFile != stdout && fclose(mFile) != 0) mFailed = true;
-    mFile = nullptr;
-    return !mFailed;
-}
-
 void TraceWriter::write(const TracePacket& packet) {
     mBuffer.clear();
     packet.SerializeToString(&mBuffer);
@@ -81,10 +62,8 @@ void TraceWriter::write(const TracePacket& packet) {
         head[length++] = static_cast<char>((size & 0x7f) | (size > 0x7f ? 0x80 : 0));
         if (size <= 0x7f) break;
     }
-    if (fwrite(head, 1, length, mFile) != length ||
-        fwrite(mBuffer.data(), 1, mBuffer.size(), mFile) != mBuffer.size()) {
-        mFailed = true;
-    }
+    mFile.write({head, length});
+    mFile.write(mBuffer);
 }
 
 uint64_t TraceWriter::describe(uint64_t parent, const std::string& name, const char* unit) {

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <stdio.h>
-
 #include <array>
 #include <map>
 #include <string>
@@ -10,6 +8,7 @@
 #include <vector>
 
 #include "model/SessionObserver.h"
+#include "output/OutputFile.h"
 
 namespace perfetto::protos {
 class TracePacket;
@@ -30,12 +29,12 @@ namespace android::codecreport {
  */
 class TraceWriter : public SessionObserver {
   public:
-    ~TraceWriter() override;
+    explicit TraceWriter(std::string path) : mFile(std::move(path)) {}
 
-    /** @param path "-" is standard output */
-    bool open(const std::string& path);
+    bool open() { return mFile.open(); }
     /** False if anything could not be written. */
-    bool close();
+    bool close() { return mFile.commit(); }
+    const std::string& error() const { return mFile.error(); }
 
     void onSession(const Session& session) override;
     void onFrame(const Session& session, const Frame& frame) override;
@@ -64,8 +63,7 @@ class TraceWriter : public SessionObserver {
                                         uint64_t track, int type);
     void write(const perfetto::protos::TracePacket& packet);
 
-    FILE* mFile = nullptr;
-    bool mFailed = false;
+    OutputFile mFile;
     std::string mBuffer;
     uint64_t mNextUuid = 1;
     uint64_t mNextFlow = 1;
