@@ -256,7 +256,6 @@ TEST(CodecloggerctlUsage, wrongCommandLines_areRefused) {
         EXPECT_THAT(result.err, HasSubstr("codecloggerctl: "));
     }
     for (const char* program : {CODECLOGGERCTL, CODECLOGGERD}) {
-        EXPECT_THAT(runProcess({program, "--help"}).out, testing::StartsWith("Examples:"));
         EXPECT_THAT(runProcess({program, "--version"}).out, testing::StartsWith("codeclogger"));
         EXPECT_EQ(runProcess({program, "--what"}).exitCode, 2);
     }
