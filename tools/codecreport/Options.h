@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -9,7 +10,7 @@
 namespace android::codecreport {
 
 struct Options {
-    enum class Command { REPORT, COMPARE, EXPLAIN, HELP, VERSION };
+    enum class Command { REPORT, COMPARE, EXPLAIN };
 
     Command command = Command::REPORT;
     /** Logs; for COMPARE the two reports; for EXPLAIN the keys. */
@@ -25,9 +26,7 @@ struct Options {
     bool markdown = false;
 };
 
-/** @return false, with *error set, if the command line makes no sense */
-bool parseOptions(int argc, char** argv, Options* options, std::string* error);
-
-std::string helpText();
+/** @return the exit code if the program is to end here; what is wrong stands on standard error */
+std::optional<int> parseOptions(int argc, char** argv, Options* options);
 
 }  // namespace android::codecreport

@@ -180,16 +180,11 @@ int explainKeys(const Options& options) {
 
 int main(int argc, char** argv) {
     Options options;
-    std::string error;
-    if (!parseOptions(argc, argv, &options, &error)) {
-        say(error + "; see codecreport --help");
-        return USAGE;
+    if (const auto code = parseOptions(argc, argv, &options)) {
+        // The table prints its texts straight.
+        return *code == OK && !writeFile("-", {}) ? BAD_OUTPUT : *code;
     }
     switch (options.command) {
-        case Options::Command::HELP:
-            return writeFile("-", helpText()) ? OK : BAD_OUTPUT;
-        case Options::Command::VERSION:
-            return writeFile("-", "codecreport " CODECREPORT_VERSION "\n") ? OK : BAD_OUTPUT;
         case Options::Command::COMPARE:
             return compareReports(options);
         case Options::Command::EXPLAIN:

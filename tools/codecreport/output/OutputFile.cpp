@@ -91,7 +91,8 @@ bool OutputFile::write(std::string_view bytes) {
 bool OutputFile::commit() {
     if (!mError.empty()) return false;
     FILE* file = std::exchange(mFile, nullptr);
-    if ((file == stdout ? fflush(file) : fclose(file)) != 0) return fail();
+    // Of standard output, what others wrote counts too.
+    if (ferror(file) != 0 || (file == stdout ? fflush(file) : fclose(file)) != 0) return fail();
     if (mAside.empty()) return true;
     if (rename(mAside.c_str(), mTarget.c_str()) != 0) return fail();
     mAside.clear();
