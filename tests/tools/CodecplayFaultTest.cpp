@@ -57,15 +57,32 @@ TEST(CodecplayFaultTest, stallShowsAsApplicationLatencyAndLatePictures) {
     EXPECT_EQ(accountedFrames(played.video()), 240U);
 }
 
-TEST(CodecplayFaultTest, slowDecodingShowsAsLatencyOfTheCodec) {
+TEST(CodecplayFaultTest, eachDelayShowsWhereItHappened) {
+    // 15 frames apart, so that none disturbs another. Without B-frames picture n has the time
+    // (n - 1) / 30 s on the way in as on the way out.
+    const std::string file =
+            clip("delays.mp4", picture(4) + "-c:v libx264 -preset ultrafast -bf 0");
     const Played played =
-            play(analysis("0x2") + std::vector<std::string>{"--speed", "0", "--slow-decode",
-                                                            "30-31:80", ordinaryClip()});
-    for (const char* frame : {"966667", "1000000"}) {
-        const std::string line = findLine(played.log, std::string(" mediaTs:") + frame + " f:0");
-        ASSERT_NE(line, "");
-        EXPECT_GE(atoi(line.c_str() + line.find("FL:") + 3), 80) << line;
+            play(analysis("0x402") +
+                 std::vector<std::string>{"--speed", "0", "--slow-decrypt", "16:80",
+                                          "--slow-decode", "31-32:80", "--slow-message", "46:80",
+                                          "--block-display", "61:120", "--starve", "76:80", file});
+    const auto number = [&](const char* line, const char* field) {
+        return numberBehind({findLine(played.log, line)}, field);
+    };
+    EXPECT_GE(numberBehind(played.log, " Frame:16 Decrypt cost:"), 80);
+    for (const char* slow : {"OWD:1000000(", "OWD:1033333("}) {
+        EXPECT_GE(number(slow, " FL:"), 80);
+        EXPECT_LT(number(slow, ") AL:"), 40);
     }
+    EXPECT_LT(number("OWD:1066667(", " FL:"), 40);
+    const std::string late = findLine(played.log, "OWD:1500000(");
+    EXPECT_LT(numberBehind({late}, " FL:"), 40) << late;
+    EXPECT_GE(atoi(late.c_str() + late.find('(', late.find(" FAD:")) + 1), 80) << late;
+    EXPECT_GE(numberBehind(played.log, "queueBuffer cost:"), 120);
+    // The component stood still and then took nothing: decoded long after the one before.
+    EXPECT_GE(number("OWD:2500000(", " FAD:"), 80);
+    EXPECT_LT(number("OWD:2500000(", " FL:"), 40);
 }
 
 TEST(CodecplayFaultTest, displayThatRefreshesTooSeldomLosesPictures) {

@@ -40,24 +40,27 @@ int64_t vsyncNs(const Options& options) {
 }  // namespace
 
 CodecSession::CodecSession(const Options& options, const StreamInfo& stream, bool takesFaults,
-                           MediaClock* clock)
+                           MediaClock* clock, const std::atomic<bool>& stop)
     : mOptions(options),
       mStream(stream),
       mClock(clock),
       mFormatName(formatName(stream.parameters->codec_id)),
       mName(componentName(options, stream, mFormatName)),
+      mFaults(takesFaults ? options.delays : std::vector<Delay>(),
+              takesFaults ? options.drops : std::vector<FrameRange>(), stop),
       mDisplay(static_cast<size_t>(options.buffers), options.paced() ? vsyncNs(options) : 0,
                stream.video && !options.tunneled),
       mCodec(new HostCodec),
-      mComponent(options, takesFaults ? options.slowDecodes : std::vector<FrameRange>(), mCodec,
-                 key(), &mDisplay, [this](ComponentEvent&& event) {
-                     Mutex::Autolock lock(mLock);
-                     mEvents.push_back(std::move(event));
-                     mChanged.broadcast();
-                 }) {
+      mComponent(options, mFaults, mCodec, key(), &mDisplay, [this](ComponentEvent&& event) {
+          if (event.kind == ComponentEvent::FRAME) {
+              event.arrivesAtNs =
+                      monotonicNs() + mFaults.delayNs(Fault::SLOW_MESSAGE, event.number);
+          }
+          Mutex::Autolock lock(mLock);
+          mEvents.push_back(std::move(event));
+          mChanged.broadcast();
+      }) {
     if (!takesFaults) return;
-    mStalls = options.stalls;
-    mDrops = options.drops;
     mErrors.assign(options.errors.begin(), options.errors.end());
     std::stable_sort(mErrors.begin(), mErrors.end(),
                      [](const DecoderError& a, const DecoderError& b) { return a.atUs < b.atUs; });
@@ -170,20 +173,39 @@ CodecSession::Work CodecSession::waitForWork(int64_t deadlineNs) {
     mWoken = false;
     for (;;) {
         if (mCommand.kind != Command::NONE) return Work::COMMAND;
-        if (!mEvents.empty()) return Work::EVENT;
-        const int64_t waitNs = deadlineNs == INT64_MAX ? INT64_MAX : deadlineNs - monotonicNs();
-        if (waitNs <= 0) return Work::RELEASE;
-        if (mFreeInputs > 0 && !mInput.empty()) return Work::INPUT;
-        if (mFreeInputs > 0 && mInputEnded && !mEndQueued) return Work::END;
+        const int64_t nowNs = monotonicNs();
+        int64_t wakeNs = deadlineNs;
+        if (!mEvents.empty()) {
+            if (mEvents.front().arrivesAtNs <= nowNs) return Work::EVENT;
+            wakeNs = std::min(wakeNs, mEvents.front().arrivesAtNs);
+        }
+        if (deadlineNs <= nowNs) return Work::RELEASE;
+        if (mFreeInputs > 0 && !mInput.empty()) {
+            const int64_t inputNs = inputAtNs();
+            if (inputNs <= nowNs) return Work::INPUT;
+            wakeNs = std::min(wakeNs, inputNs);
+        }
+        if (mFreeInputs > 0 && mInput.empty() && mInputEnded && !mEndQueued) return Work::END;
         // The clock started: the deadline is another one now.
         if (mWoken) return Work::NOTHING;
         mChanged.broadcast();
-        if (waitNs == INT64_MAX) {
+        if (wakeNs == INT64_MAX) {
             mChanged.wait(mLock);
         } else {
-            mChanged.waitRelative(mLock, waitNs);
+            mChanged.waitRelative(mLock, wakeNs - nowNs);
         }
     }
+}
+
+/** From when on the source lets the next packet have, now that there is room for it. */
+int64_t CodecSession::inputAtNs() {
+    const int64_t next = mInputNumber + 1;
+    if (mStarvedInput != next) {
+        mStarvedInput = next;
+        const int64_t delayNs = mFaults.delayNs(Fault::STARVE, next);
+        mStarvedUntilNs = delayNs > 0 ? monotonicNs() + delayNs : 0;
+    }
+    return mStarvedUntilNs;
 }
 
 void CodecSession::onEvent() {

@@ -17,6 +17,7 @@
 #include "Component.h"
 #include "Demuxer.h"
 #include "DisplayQueue.h"
+#include "Faults.h"
 #include "HostCodec.h"
 #include "MediaClock.h"
 #include "Options.h"
@@ -61,9 +62,12 @@ class CodecSession {
         int64_t skipUntilUs = INT64_MIN;
     };
 
-    /** @param takesFaults the stalls, drops and errors of the options are meant for this stream */
+    /**
+     * @param takesFaults the faults of the options are meant for this stream
+     * @param stop set by somebody else to end all that holds frames up
+     */
     CodecSession(const Options& options, const StreamInfo& stream, bool takesFaults,
-                 MediaClock* clock);
+                 MediaClock* clock, const std::atomic<bool>& stop);
     ~CodecSession();
 
     /** Opens the decoder; false with a reason. */
@@ -112,6 +116,7 @@ class CodecSession {
     // CodecSession.cpp: the looper.
     void run();
     Work waitForWork(int64_t deadlineNs);
+    int64_t inputAtNs();
     bool idle_l() const REQUIRES(mLock);
     int64_t releaseAtNs() const;
     void onCommand();
@@ -141,8 +146,7 @@ class CodecSession {
     MediaClock* const mClock;
     const FormatName mFormatName;
     const std::string mName;
-    std::vector<FrameRange> mStalls;
-    std::vector<FrameRange> mDrops;
+    const Faults mFaults;
     std::deque<DecoderError> mErrors;
 
     SessionCounts mCounts;
@@ -170,7 +174,10 @@ class CodecSession {
     int64_t mLastRenderMs = -1;
     uint64_t mTunnelDrops = 0;
     uint64_t mErrorsReported = 0;
-    uint64_t mInputNumber = 0;
+    int64_t mInputNumber = 0;
+    /** The input that the source keeps waiting, and until when. */
+    int64_t mStarvedInput = 0;
+    int64_t mStarvedUntilNs = 0;
 
     Mutex mLock;
     Condition mChanged;

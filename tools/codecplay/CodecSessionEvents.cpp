@@ -91,6 +91,7 @@ void CodecSession::stopCodec() {
 }
 
 void CodecSession::queueInput(const Packet& packet) {
+    ++mInputNumber;
     const bool sync = (packet.data->flags & AV_PKT_FLAG_KEY) != 0;
     queueInputBuffer(packet.data->data, static_cast<size_t>(packet.data->size), packet.timeUs,
                      BUFFER_FLAG_END_OF_FRAME | (sync ? BUFFER_FLAG_SYNC_FRAME : 0));
@@ -106,7 +107,6 @@ void CodecSession::queueInputBuffer(const uint8_t* data, size_t size, int64_t ti
         const auto clear = static_cast<uint32_t>(std::min(size, kClearBytes));
         const CryptoPlugin::SubSample subSample{clear, static_cast<uint32_t>(size) - clear};
         uint8_t iv[16] = {};
-        ++mInputNumber;
         memcpy(iv, &mInputNumber, sizeof(mInputNumber));
         mLogger->queueInputBuffer_pre(data, size, kContentKey, iv, 1, &subSample,
                                       CryptoPlugin::kMode_AES_CTR, timeUs, nowUs(), true);
@@ -114,6 +114,7 @@ void CodecSession::queueInputBuffer(const uint8_t* data, size_t size, int64_t ti
         mLogger->queueInputBuffer_pre(data, size, nullptr, nullptr, 0, nullptr,
                                       CryptoPlugin::kMode_Unencrypted, timeUs, nowUs(), false);
     }
+    if (size > 0) mFaults.hold(Fault::SLOW_DECRYPT, mInputNumber);
     mLogger->logInputBufferBitrate(size, timeUs, secure(), secure());
     if (!mOptions.omx) return;
     size_t owned;
@@ -179,9 +180,7 @@ void CodecSession::onEnd(int64_t timeUs) {
 void CodecSession::releaseFront() {
     const ComponentEvent frame = std::move(mOutput.front());
     mOutput.pop_front();
-    for (const FrameRange& stall : mStalls) {
-        if (stall.contains(frame.number)) usleep(static_cast<useconds_t>(stall.delayMs * 1000));
-    }
+    mFaults.hold(Fault::STALL, frame.number);
     const int64_t dueNs = mClock->dueNs(frame.playUs);
     const Fate fate = fateOf(frame, dueNs);
     count(fate);
@@ -200,9 +199,7 @@ void CodecSession::releaseFront() {
 
 CodecSession::Fate CodecSession::fateOf(const ComponentEvent& frame, int64_t dueNs) const {
     if (frame.timeUs < mSkipUntilUs) return Fate::DROP_BEFORE_TARGET;
-    for (const FrameRange& drop : mDrops) {
-        if (drop.contains(frame.number)) return Fate::DROP_ON_REQUEST;
-    }
+    if (mFaults.drops(frame.number)) return Fate::DROP_ON_REQUEST;
     // Applications that the service lets mitigate drops show late pictures instead, and each start
     // shows something.
     const bool mayDrop = mStream.video && paced() && mRenderedSinceFlush && !mMitigatesDrops;
@@ -243,6 +240,8 @@ void CodecSession::renderOrDrop(const ComponentEvent& frame, Fate fate, int64_t 
     }
     mLogger->resetConsecutiveFrameDropFlag(renderTimeNs, frame.timeUs, false, 1);
     const int64_t startUs = nowUs();
+    mDisplay.block(mFaults.delayNs(Fault::BLOCK_DISPLAY, frame.number));
+    mFaults.hold(Fault::BLOCK_DISPLAY, frame.number);
     mDisplay.queue(frame.buffer, renderTimeNs);
     ZephraMediaAnalytic::instance().updateQueueBuffer(mCodec, startUs, renderTimeNs, frame.timeUs,
                                                       frame.buffer.get());

@@ -3,7 +3,6 @@
 
 #include <stdlib.h>
 #include <string.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <utility>
@@ -64,10 +63,10 @@ std::vector<uint8_t> copyFrame(const AVFrame& frame, bool video, size_t size) {
 
 }  // namespace
 
-Component::Component(const Options& options, std::vector<FrameRange> slowDecodes,
-                     sp<HostCodec> codec, long omxKey, DisplayQueue* output, Listener listener)
+Component::Component(const Options& options, const Faults& faults, sp<HostCodec> codec, long omxKey,
+                     DisplayQueue* output, Listener listener)
     : mOptions(options),
-      mSlowDecodes(std::move(slowDecodes)),
+      mFaults(faults),
       mCodec(std::move(codec)),
       mOmxKey(omxKey),
       mOutput(output),
@@ -248,9 +247,7 @@ int64_t Component::takeTimestamp(const AVFrame& frame) {
 }
 
 bool Component::emit(const AVFrame& frame) {
-    for (const FrameRange& slow : mSlowDecodes) {
-        if (slow.contains(mFrames + 1)) usleep(static_cast<useconds_t>(slow.delayMs * 1000));
-    }
+    mFaults.hold(Fault::SLOW_DECODE, mFrames + 1);
     DisplayQueue::Acquired acquired;
     if (!mOutput->acquire(&acquired)) return false;
     if (acquired.dequeued) {

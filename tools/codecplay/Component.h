@@ -15,6 +15,7 @@
 
 #include "Demuxer.h"
 #include "DisplayQueue.h"
+#include "Faults.h"
 #include "HostCodec.h"
 #include "Options.h"
 #include "StreamFormat.h"
@@ -49,6 +50,8 @@ struct ComponentEvent {
     /** FRAME: the samples, while somebody wants to dump them. */
     std::vector<uint8_t> bytes = {};
     sp<GraphicBuffer> buffer = {};
+    /** When the message of the event arrives; those behind it do not overtake it. */
+    int64_t arrivesAtNs = 0;
 };
 
 /**
@@ -65,9 +68,8 @@ class Component {
     /** Input buffers; so many packets may be queued and not yet done. */
     static constexpr size_t kInputBuffers = 8;
 
-    /** @param slowDecodes frames that take longer; for the stream that faults are meant for */
-    Component(const Options& options, std::vector<FrameRange> slowDecodes, sp<HostCodec> codec,
-              long omxKey, DisplayQueue* output, Listener listener);
+    Component(const Options& options, const Faults& faults, sp<HostCodec> codec, long omxKey,
+              DisplayQueue* output, Listener listener);
     ~Component();
 
     /** Finds and opens the decoder; false with a reason. */
@@ -114,7 +116,7 @@ class Component {
     void acknowledgeFlush();
 
     const Options& mOptions;
-    const std::vector<FrameRange> mSlowDecodes;
+    const Faults& mFaults;
     const sp<HostCodec> mCodec;
     const long mOmxKey;
     DisplayQueue* const mOutput;

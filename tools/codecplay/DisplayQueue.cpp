@@ -38,7 +38,7 @@ bool DisplayQueue::acquire(Acquired* acquired) {
             mChanged.wait(mLock);
             continue;
         }
-        const int64_t waitNs = mQueued[1].shownAtNs - monotonicNs();
+        const int64_t waitNs = std::max(mQueued[1].shownAtNs, mBlockedUntilNs) - monotonicNs();
         if (waitNs > 0) {
             mChanged.waitRelative(mLock, waitNs);
             continue;
@@ -70,6 +70,11 @@ void DisplayQueue::queue(const sp<GraphicBuffer>& buffer, int64_t renderTimeNs) 
     mLastShownAtNs = shownAtNs;
     mQueued.push_back({buffer, shownAtNs});
     mChanged.broadcast();
+}
+
+void DisplayQueue::block(int64_t forNs) {
+    Mutex::Autolock lock(mLock);
+    mBlockedUntilNs = std::max(mBlockedUntilNs, monotonicNs() + forNs);
 }
 
 void DisplayQueue::cancel(const sp<GraphicBuffer>& buffer) {

@@ -53,6 +53,8 @@ class DisplayQueue {
     bool acquire(Acquired* acquired);
     /** Sends a held buffer to the display, to be shown at renderTimeNs. */
     void queue(const sp<GraphicBuffer>& buffer, int64_t renderTimeNs);
+    /** The display gives no buffer back for so long. */
+    void block(int64_t forNs);
     /** Gives a held buffer back to the component unshown. */
     void cancel(const sp<GraphicBuffer>& buffer);
 
@@ -88,6 +90,7 @@ class DisplayQueue {
     /** With the display, the shown one first. */
     std::deque<Queued> mQueued GUARDED_BY(mLock);
     int64_t mLastShownAtNs GUARDED_BY(mLock) = -1;
+    int64_t mBlockedUntilNs GUARDED_BY(mLock) = 0;
     Statistics mStatistics GUARDED_BY(mLock);
     uint64_t mRunNeverShown GUARDED_BY(mLock) = 0;
 };

@@ -47,10 +47,15 @@ Platform
   --vsync HZ           refresh rate of the display (60)
   --buffers N          output buffers that decoder, framework and display share (8)
 
-Faults, in frames of the first video (without one, audio) stream, from 1 in output order
-  --stall FRAME:MS     the application handles FRAME, and all behind it, MS ms late
-  --slow-decode FIRST[-LAST]:MS   the component takes MS ms longer for each of them
-  --drop FIRST[-LAST]  the application drops them
+Faults, in frames of the first video (without one, audio) stream, from 1. FRAMES is FIRST[-LAST], in
+the order in which they go in for the first two, and come out for the others. All can be combined.
+  --starve FRAMES:MS   the source delivers nothing for MS ms before each of them
+  --slow-decrypt FRAMES:MS   the framework takes MS ms longer to decrypt each of them
+  --slow-decode FRAMES:MS    the component takes MS ms longer for each of them
+  --slow-message FRAMES:MS   the component's message of each reaches the framework MS ms late
+  --stall FRAMES:MS    the application takes MS ms longer for each, and is late with all behind it
+  --block-display FRAMES:MS  the display takes and returns no buffer for MS ms when each is queued
+  --drop FRAMES        the application drops them
   --error TYPE@AT      report a decoder error: fatal, recoverable, transient or a number
 
 Output
@@ -119,13 +124,12 @@ bool parseFrames(const std::string& text, FrameRange* range) {
     return true;
 }
 
-bool parseDelayedFrames(const std::string& text, std::vector<FrameRange>* ranges) {
-    FrameRange range{};
+bool parseDelay(const std::string& text, Fault fault, Options* options) {
+    FrameRange frames{};
     const auto parts = split(text, ':');
-    const auto delay = parts ? parseInteger(parts->second, 0, 600'000) : std::nullopt;
-    if (!delay || !parseFrames(parts->first, &range)) return false;
-    range.delayMs = *delay;
-    ranges->push_back(range);
+    const auto delayMs = parts ? parseInteger(parts->second, 0, 600'000) : std::nullopt;
+    if (!delayMs || !parseFrames(parts->first, &frames)) return false;
+    options->delays.push_back({fault, frames, *delayMs});
     return true;
 }
 
@@ -199,6 +203,7 @@ struct ValueOption {
 };
 
 constexpr char kTimeText[] = "a time such as 12.5 or 1:02:03";
+constexpr char kDelayText[] = "FIRST[-LAST]:MS, such as 50-60:40";
 
 const ValueOption kValueOptions[] = {
         {"speed", "a number from 0 to 1000",
@@ -226,10 +231,18 @@ const ValueOption kValueOptions[] = {
          [](const char* v, Options* o) { return store(parseNumber(v, 1, 1000), &o->vsyncHz); }},
         {"buffers", "a number from 2 to 64",
          [](const char* v, Options* o) { return store(parseInteger(v, 2, 64), &o->buffers); }},
-        {"stall", "FRAME:MS, such as 120:300",
-         [](const char* v, Options* o) { return parseDelayedFrames(v, &o->stalls); }},
-        {"slow-decode", "FIRST[-LAST]:MS, such as 50-60:40",
-         [](const char* v, Options* o) { return parseDelayedFrames(v, &o->slowDecodes); }},
+        {"starve", kDelayText,
+         [](const char* v, Options* o) { return parseDelay(v, Fault::STARVE, o); }},
+        {"slow-decrypt", kDelayText,
+         [](const char* v, Options* o) { return parseDelay(v, Fault::SLOW_DECRYPT, o); }},
+        {"slow-decode", kDelayText,
+         [](const char* v, Options* o) { return parseDelay(v, Fault::SLOW_DECODE, o); }},
+        {"slow-message", kDelayText,
+         [](const char* v, Options* o) { return parseDelay(v, Fault::SLOW_MESSAGE, o); }},
+        {"stall", kDelayText,
+         [](const char* v, Options* o) { return parseDelay(v, Fault::STALL, o); }},
+        {"block-display", kDelayText,
+         [](const char* v, Options* o) { return parseDelay(v, Fault::BLOCK_DISPLAY, o); }},
         {"drop", "FIRST[-LAST], such as 200-204",
          [](const char* v, Options* o) {
              FrameRange range{};

@@ -28,13 +28,34 @@ struct Interruption {
     int64_t toUs;
 };
 
-/** Pictures of the first video stream, by output order from 1, both ends included. */
+/** Frames of the stream that faults are meant for, counted from 1, both ends included. */
 struct FrameRange {
     int64_t first;
     int64_t last;
-    int64_t delayMs;
 
     bool contains(int64_t frame) const { return first <= frame && frame <= last; }
+};
+
+/** Where frames can be held up on their way, in the order of the way. */
+enum class Fault {
+    /** The source delivers nothing. Counts frames in the order in which they go in. */
+    STARVE,
+    /** The framework takes long to decrypt. Counts frames in the order in which they go in. */
+    SLOW_DECRYPT,
+    /** The component takes long. This and those below count frames as they come out. */
+    SLOW_DECODE,
+    /** The component's message reaches the framework late. */
+    SLOW_MESSAGE,
+    /** The application is busy with something else. */
+    STALL,
+    /** The display neither takes buffers nor gives any back. */
+    BLOCK_DISPLAY,
+};
+
+struct Delay {
+    Fault fault;
+    FrameRange frames;
+    int64_t delayMs;
 };
 
 struct DecoderError {
@@ -64,8 +85,7 @@ struct Options {
     int buffers = 8;
 
     std::vector<Interruption> interruptions;
-    std::vector<FrameRange> stalls;
-    std::vector<FrameRange> slowDecodes;
+    std::vector<Delay> delays;
     std::vector<FrameRange> drops;
     std::vector<DecoderError> errors;
 

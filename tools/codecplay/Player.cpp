@@ -70,7 +70,8 @@ bool Player::open() {
     const StreamInfo* faulty = video == streams.end() ? &streams.front() : &*video;
     size_t opened = 0;
     for (const StreamInfo& stream : streams) {
-        auto session = std::make_unique<CodecSession>(mOptions, stream, &stream == faulty, &mClock);
+        auto session =
+                std::make_unique<CodecSession>(mOptions, stream, &stream == faulty, &mClock, mStop);
         if (session->open(&error)) {
             ++opened;
             if (!mPrimary || &stream == faulty) mPrimary = session.get();

@@ -14,12 +14,13 @@ _codecplay() {
     --display) words='1280x720 1920x1080 3840x2160' ;;
     --error) compopt -o nospace && words='fatal@ recoverable@ transient@' ;;
     --speed | --seek | --flush | --reconfigure | --loop | --instances | --component | --package | \
-        --vsync | --buffers | --stall | --slow-decode | --drop) return ;;
+        --vsync | --buffers | --starve | --slow-decrypt | --slow-decode | --slow-message | --stall | \
+        --block-display | --drop) return ;;
     *)
         if [[ $current != -* ]]; then compopt -o default && return; fi
         words='--speed --seek --flush --reconfigure --loop --instances --codec2 --omx --tunneled
-            --secure --component --package --prop --display --vsync --buffers --stall --slow-decode
-            --drop --error --log --metrics --json --quiet --help --version'
+            --secure --component --package --prop --display --vsync --buffers
+            --starve --slow-decrypt --slow-decode --slow-message --stall --block-display --drop --error --log --metrics --json --quiet --help --version'
         ;;
     esac
     mapfile -t COMPREPLY < <(compgen -W "$words" -- "$current")

@@ -17,8 +17,12 @@ _arguments \
     '--display[size of the display]:size:(1280x720 1920x1080 3840x2160)' \
     '--vsync[refresh rate of the display]:hertz' \
     '--buffers[output buffers]:number' \
-    '*--stall[handle a picture late]:FRAME\:MS' \
-    '*--slow-decode[decode pictures slowly]:FIRST[-LAST]\:MS' \
+    '*--starve[stop the input]:FIRST[-LAST]\:MS' \
+    '*--slow-decrypt[decrypt slowly]:FIRST[-LAST]\:MS' \
+    '*--slow-decode[decode slowly]:FIRST[-LAST]\:MS' \
+    '*--slow-message[delay messages of the component]:FIRST[-LAST]\:MS' \
+    '*--stall[handle pictures late]:FIRST[-LAST]\:MS' \
+    '*--block-display[block the queue to the display]:FIRST[-LAST]\:MS' \
     '*--drop[drop pictures]:FIRST[-LAST]' \
     '*--error[report a decoder error]:TYPE@AT' \
     '--log[write the log there]:file:_files' \
