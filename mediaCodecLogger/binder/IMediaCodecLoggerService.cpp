@@ -139,7 +139,7 @@ binder::Status BpMediaCodecLoggerService::getActiveVideoClients(std::vector<int6
     }
     binder::Status status;
     status.readFromParcel(reply);
-    if (status.isOk()) reply.readInt64Vector(ids);
+    if (status.isOk()) wire::read(reply, ids);
     ALOGI("getActiveVideoClients returning the value %d", static_cast<int>(ids->size()));
     return status;
 }

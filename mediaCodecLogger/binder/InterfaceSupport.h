@@ -95,14 +95,31 @@ inline status_t read(const Parcel& parcel, int64_t* value) {
 inline status_t read(const Parcel& parcel, bool* value) {
     return parcel.readBool(value);
 }
+/**
+ * Refuses a list that announces more elements of at least `size` bytes than the parcel still holds.
+ * The platform would make room for them all before it looks for the first, which ends a process
+ * that has no exceptions: any peer could do that to the service, to an observer and to a codec.
+ */
+inline status_t checkCount(const Parcel& parcel, size_t size) {
+    const size_t start = parcel.dataPosition();
+    int32_t count = 0;
+    const status_t status = parcel.readInt32(&count);
+    const bool fits = count <= 0 || static_cast<size_t>(count) <= parcel.dataAvail() / size;
+    parcel.setDataPosition(start);
+    // A count that is missing or negative has its own error.
+    return status != OK || fits ? status_t{OK} : status_t{NOT_ENOUGH_DATA};
+}
 inline status_t read(const Parcel& parcel, std::vector<int64_t>* value) {
-    return parcel.readInt64Vector(value);
+    const status_t status = checkCount(parcel, sizeof(int64_t));
+    return status == OK ? parcel.readInt64Vector(value) : status;
 }
 inline status_t read(const Parcel& parcel, std::unique_ptr<std::string>* value) {
     return parcel.readUtf8FromUtf16(value);
 }
 inline status_t read(const Parcel& parcel, std::vector<std::string>* value) {
-    return parcel.readUtf8VectorFromUtf16Vector(value);
+    constexpr size_t kEmptyText = 8;  // its length, and a terminator of as many bytes
+    const status_t status = checkCount(parcel, kEmptyText);
+    return status == OK ? parcel.readUtf8VectorFromUtf16Vector(value) : status;
 }
 template <typename Interface>
 status_t read(const Parcel& parcel, sp<Interface>* value) {

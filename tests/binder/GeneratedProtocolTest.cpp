@@ -285,6 +285,16 @@ TYPED_TEST(GeneratedProtocol, serviceThatPredatesACall_isReplacedByTheDefault) {
     }
 }
 
+// The generator's code makes room for as many as are announced before it looks for the first.
+TEST(HandWrittenProtocol, listThatAnnouncesMoreThanThereIs_isTooShort) {
+    std::vector<int64_t> ids{5};
+    const sp<IBinder> peer = new CannedPeer(OK, "00000000 ffff0f00 01000000 00000000");
+    const sp<media::IMediaCodecLoggerService> service =
+            media::IMediaCodecLoggerService::asInterface(peer);
+    EXPECT_EQ(textOf(service->getActiveVideoClients(&ids)), "failed -61");
+    EXPECT_EQ(listOf(ids), "{5}");
+}
+
 TEST(HandWrittenProtocol, defaultClasses_failEveryCall) {
     const sp<media::IMediaCodecLoggerService> service = new media::IMediaCodecLoggerServiceDefault;
     for (const auto& call : serviceCalls<ByHand>()) {

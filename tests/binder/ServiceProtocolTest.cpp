@@ -223,6 +223,7 @@ TEST(ServiceProtocol, damagedReply_neverReachesTheCaller) {
             {7, EX_NULL_POINTER_REPLY " 2b000000 00000000", "-4  5"},
             {9, "", "failed -61 {5}"},
             {9, "00000000 ffffffff", "ok {5}"},
+            {9, "00000000 ffff0f00 01000000 00000000", "ok {5}"},  // a million ids announced
             {10, "fcffffff", "failed -2147483640 5"},
             {11, "00000000", "ok 5"},
             {12, "00000000 2e000000", "ok 5"},
@@ -259,6 +260,8 @@ TEST(ServiceProtocol, requestsThatAreTooShort_arriveAsZerosAndEmptyTexts) {
             {7, "", "registerListener(null) 0"},
             {14, "", "setMitigateFrameDropAllowlist null {} {}"},
             {14, " 01000000 61000000", "setMitigateFrameDropAllowlist 'a' {} {}"},
+            {14, " ffffffff ffff0f00 00000000 00000000",
+             "setMitigateFrameDropAllowlist null {} {}"},
             {15, "", "isInMitigateFrameDropAllowlist "},
             {15, " 61626364", "isInMitigateFrameDropAllowlist "},
     };
