@@ -50,8 +50,11 @@ std::string eventfulLog() {
 Json eventfulReport() {
     const Reference reference;
     codecreport::Analysis analysis;
-    codecreport::readLogs(reference, {fileWith(eventfulLog()), "/no/such/log"}, nullptr, false,
-                          &analysis);
+    // In the second log a session was running when it began.
+    const std::string running = threadtime({{"ZMediaAnalyticV", "vp9 queue:0 s:5 tsS:1"}});
+    codecreport::readLogs(reference,
+                          {fileWith(eventfulLog()), fileWith(running, "running"), "/no/such/log"},
+                          nullptr, false, &analysis);
     codecreport::readMetrics(fileWith(R"({"name":"AvgBitrate","value":1})"
                                       "\n",
                                       "metrics"),
@@ -64,7 +67,10 @@ void collectKeys(const Json& json, const std::string& path, std::set<std::string
     if (json.is_object()) {
         for (const auto& [key, value] : json.items()) {
             // Their keys are data.
-            const bool isOpen = path == "sessions[].report" || path == "input.formats";
+            static const std::set<std::string> kOpen = {"sessions[].report", "sessions[].causes",
+                                                        "sessions[].incidents[].shares",
+                                                        "input.formats"};
+            const bool isOpen = kOpen.count(path) != 0;
             collectKeys(value, path + (path.empty() ? "" : ".") + (isOpen ? "*" : key), keys);
         }
     } else if (json.is_array()) {

@@ -18,7 +18,7 @@ constexpr double kShare = 0.25;
 constexpr std::array<int64_t, kStageCount> kDefaultStageMs = {16, 30, 10, 33, 0};
 
 struct Suspect {
-    Cause cause;
+    OldCause cause;
     int64_t tookMs;
     int64_t usualMs;
     int64_t excessMs() const { return tookMs - usualMs; }
@@ -34,7 +34,7 @@ std::string describe(const Suspect& suspect) {
             "display: queueing or dequeueing took %lld ms",
     };
     char text[160];
-    const bool input = suspect.cause == Cause::INPUT_LATE;
+    const bool input = suspect.cause == OldCause::INPUT_LATE;
     snprintf(text, sizeof(text), kTexts[static_cast<size_t>(suspect.cause)],
              static_cast<long long>(input ? suspect.excessMs() : suspect.tookMs),
              static_cast<long long>(suspect.usualMs));
@@ -44,22 +44,22 @@ std::string describe(const Suspect& suspect) {
 }  // namespace
 
 Verdict judge(const Frame& frame, const Usual& usual, int64_t lateMs, int64_t displayWaitMs) {
-    static constexpr std::pair<Stage, Cause> kStages[] = {{Stage::DECRYPT, Cause::DECRYPT},
-                                                          {Stage::CODEC, Cause::CODEC},
-                                                          {Stage::MESSAGE, Cause::MESSAGE},
-                                                          {Stage::APP, Cause::APP}};
+    static constexpr std::pair<Stage, OldCause> kStages[] = {{Stage::DECRYPT, OldCause::DECRYPT},
+                                                             {Stage::CODEC, OldCause::CODEC},
+                                                             {Stage::MESSAGE, OldCause::MESSAGE},
+                                                             {Stage::APP, OldCause::APP}};
     if (frame.dropped && frame.dueUs == kNoTime) {
-        return {Cause::APP, "app: dropped before a frame was shown since start, seek or flush"};
+        return {OldCause::APP, "app: dropped before a frame was shown since start, seek or flush"};
     }
     if (frame.dropped && lateMs < kNoticeableMs) {
-        return {Cause::APP, "app: dropped although it was in time"};
+        return {OldCause::APP, "app: dropped although it was in time"};
     }
     std::array<Suspect, 6> suspects;
     size_t count = 0;
-    if (displayWaitMs > 0) suspects[count++] = {Cause::DISPLAY, displayWaitMs, 0};
+    if (displayWaitMs > 0) suspects[count++] = {OldCause::DISPLAY, displayWaitMs, 0};
     const int64_t inputUs = frame.announcedUs != kNoTime ? frame.announcedUs : frame.queuedUs;
     if (usual.known && inputUs != kNoTime && frame.dueUs != kNoTime) {
-        suspects[count++] = {Cause::INPUT_LATE, (inputUs - frame.dueUs) / 1000, usual.inputMs};
+        suspects[count++] = {OldCause::INPUT_LATE, (inputUs - frame.dueUs) / 1000, usual.inputMs};
     }
     bool sawStages = false;
     for (const auto& [stage, cause] : kStages) {
@@ -76,12 +76,13 @@ Verdict judge(const Frame& frame, const Usual& usual, int64_t lateMs, int64_t di
     }
     const int64_t least = std::max<int64_t>(kNoticeableMs, static_cast<int64_t>(kShare * lateMs));
     if (worst != nullptr && worst->excessMs() >= least) return {worst->cause, describe(*worst)};
-    if (!sawStages) return {Cause::UNKNOWN, "unknown: the log has no stage times of this frame"};
+    if (!sawStages) return {OldCause::UNKNOWN, "unknown: the log has no stage times of this frame"};
     if (frame.rendered && lateMs >= kNoticeableMs) {
-        return {Cause::APP, "app: every stage took its usual time, the frame was released late"};
+        return {OldCause::APP, "app: every stage took its usual time, the frame was released late"};
     }
-    if (frame.dropped) return {Cause::APP, "app: dropped although every stage took its usual time"};
-    return {Cause::UNKNOWN, "nothing unusual in any stage"};
+    if (frame.dropped)
+        return {OldCause::APP, "app: dropped although every stage took its usual time"};
+    return {OldCause::UNKNOWN, "nothing unusual in any stage"};
 }
 
 }  // namespace android::codecreport

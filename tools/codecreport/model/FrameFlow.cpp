@@ -246,7 +246,7 @@ int64_t FrameFlow::displayWaitFor(const Frame& frame) const {
     return beforeUs >= -kDisplayWaitReachUs && beforeUs <= kDisplayWaitReachUs ? mDisplayWaitMs : 0;
 }
 
-void FrameFlow::foldDrop(const Frame& frame, Cause cause, int64_t lastPtsUs) {
+void FrameFlow::foldDrop(const Frame& frame, OldCause cause, int64_t lastPtsUs) {
     // The log shows the difference to the last rendered frame in whole milliseconds.
     if (mInDropRun && std::abs(lastPtsUs - mDropRunLastPtsUs) > kPtsGrainUs) closeDropRun();
     if (!mInDropRun) {
@@ -258,7 +258,7 @@ void FrameFlow::foldDrop(const Frame& frame, Cause cause, int64_t lastPtsUs) {
     }
     mDropRun.endUs = frame.renderCallUs;
     ++mDropRun.frames;
-    if (mDropRun.cause == Cause::UNKNOWN) mDropRun.cause = cause;
+    if (mDropRun.cause == OldCause::UNKNOWN) mDropRun.cause = cause;
 }
 
 void FrameFlow::closeDropRun() {

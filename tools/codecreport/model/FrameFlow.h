@@ -66,7 +66,7 @@ class FrameFlow {
     void foldOffset(const Offset& offset);
     void addOffset(int64_t timeUs, int64_t offsetMs);
     void settleReference();
-    void foldDrop(const Frame& frame, Cause cause, int64_t lastPtsUs);
+    void foldDrop(const Frame& frame, OldCause cause, int64_t lastPtsUs);
     void closeDropRun();
     void keepIfWorst(const Frame& frame, int64_t lateMs, const Verdict& verdict);
     const Usual& usual();

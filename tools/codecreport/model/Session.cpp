@@ -25,7 +25,7 @@ const char* toString(Stage stage) {
     return kNames[static_cast<size_t>(stage)];
 }
 
-const char* toString(Cause cause) {
+const char* toString(OldCause cause) {
     static constexpr const char* kNames[] = {"input late", "decrypt", "codec",  "message delay",
                                              "app",        "display", "unknown"};
     return kNames[static_cast<size_t>(cause)];

@@ -11,6 +11,7 @@
 
 #include "model/CodecNames.h"
 #include "model/Histogram.h"
+#include "model/Incident.h"
 
 /**
  * What is known of one codec session. All times are microseconds on the log's timeline unless
@@ -26,8 +27,8 @@ constexpr size_t kStageCount = static_cast<size_t>(Stage::COUNT);
 const char* toString(Stage stage);
 
 /** Who held a frame up. */
-enum class Cause { INPUT_LATE, DECRYPT, CODEC, MESSAGE, APP, DISPLAY, UNKNOWN };
-const char* toString(Cause cause);
+enum class OldCause { INPUT_LATE, DECRYPT, CODEC, MESSAGE, APP, DISPLAY, UNKNOWN };
+const char* toString(OldCause cause);
 
 /** One frame on its way through the codec; kNoTime for what no line told. */
 struct Frame {
@@ -55,7 +56,7 @@ struct Frame {
 };
 
 struct Verdict {
-    Cause cause = Cause::UNKNOWN;
+    OldCause cause = OldCause::UNKNOWN;
     /** A sentence for people. */
     std::string text;
 };
@@ -73,7 +74,7 @@ struct DropRun {
     int64_t ptsUs = 0;
     int64_t frames = 0;
     /** What held the first of its frames up: those behind it then wait in stages of their own. */
-    Cause cause = Cause::UNKNOWN;
+    OldCause cause = OldCause::UNKNOWN;
 };
 
 struct Freeze {
@@ -269,6 +270,7 @@ struct Session {
     std::vector<WorstFrame> worstFrames;
     std::vector<Moment> moments;
     uint64_t momentCount = 0;
+    Judgement judgement;
 
     bool isVideo() const { return tag.kind == "video"; }
     void addMoment(const Moment& moment);

@@ -3,6 +3,7 @@
 
 #include <math.h>
 
+#include "output/VerdictJson.h"
 #include "reading/LogTime.h"
 
 namespace android::codecreport {
@@ -84,12 +85,16 @@ Json startupOf(const Session& session) {
 }
 
 Json countsOf(const Session& session) {
+    const Judgement& judgement = session.judgement;
     return {
             {"input_count", session.inputs},
             {"input_bytes", session.inputBytes},
             {"output_count", session.outputs},
             {"rendered_count", session.rendered > 0 ? session.rendered : session.syncFrames},
             {"dropped_count", session.dropped},
+            {"shown_count", judgement.shown ? Json(*judgement.shown) : Json(nullptr)},
+            {"never_shown_count",
+             judgement.neverShown ? Json(*judgement.neverShown) : Json(nullptr)},
             {"display_dropped_count", session.displayDropped},
             {"seek_count", session.seeks},
             {"flush_count", session.flushes},
@@ -266,6 +271,7 @@ Json sessionOf(const Session& session) {
             {"report", std::move(report)},
     };
     if (session.isVideo()) {
+        addVerdict(session, &json);
         json["video"] = videoOf(session);
         json["stages"] = stagesOf(session);
         json["frame_interval"] = statsOf(session.frameIntervalMs);

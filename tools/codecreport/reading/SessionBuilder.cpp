@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+#include "judging/Judge.h"
+
 namespace android::codecreport {
 
 namespace {
@@ -300,6 +302,7 @@ void SessionBuilder::keep(std::unique_ptr<Session> session) {
 
 void SessionBuilder::close(Open* open) {
     open->flow->finish();
+    judge(open->session.get());
     keep(std::move(open->session));
     for (auto it = mByThread.begin(); it != mByThread.end();) {
         it = it->second == open ? mByThread.erase(it) : std::next(it);
