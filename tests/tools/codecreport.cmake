@@ -10,7 +10,7 @@ add_library(codecreport_test_support OBJECT
 target_link_libraries(codecreport_test_support PUBLIC codecreport_parts GTest::gtest)
 
 mcl_add_test(codecreport_test
-    SOURCES codecreport/CommandTest.cpp codecreport/InputTest.cpp codecreport/LogcatParserTest.cpp
+    SOURCES codecreport/CommandTest.cpp codecreport/DatabaseTest.cpp codecreport/InputTest.cpp codecreport/LogcatParserTest.cpp
         codecreport/OutputTest.cpp codecreport/ReferenceTest.cpp codecreport/SessionTest.cpp
         codecreport/StatisticsTest.cpp ${CMAKE_SOURCE_DIR}/tests/support/Process.cpp
     LIBS codecreport_test_support codecreport_parts codecreport_trace_proto LibArchive::LibArchive)
@@ -24,6 +24,10 @@ target_link_libraries(codecreport_make_log PRIVATE codecreport_test_support)
 add_test(NAME Codecreport.documentIsUpToDate
     COMMAND sh -c "$<TARGET_FILE:codecreport> explain --markdown json | diff -u docs/report-json.md -"
     WORKING_DIRECTORY ${CMAKE_SOURCE_DIR})
+
+add_test(NAME Codecreport.tablesOfTheDatabaseAreDocumented
+    COMMAND sh -c "$<TARGET_FILE:codecreport> explain --markdown database > tables.md && sed '1,/^## Tables/d' ${CMAKE_SOURCE_DIR}/docs/database.md | diff -u - tables.md"
+    WORKING_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR})
 
 # The page in a browser, which is large: scripts/packages-ci.txt brings it.
 find_program(MCL_CHROMIUM chromium)

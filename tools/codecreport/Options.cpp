@@ -5,6 +5,8 @@
 
 #include <tools/options/OptionTable.h>
 
+#include "fleet/FleetCommand.h"
+
 namespace android::codecreport {
 
 namespace {
@@ -54,7 +56,7 @@ bool addThreshold(const char* text, Options* options) {
     return true;
 }
 
-options::Program program(Options* options) {
+options::Program programOf(Options* options) {
     static const std::string notes = "Values that are compared:\n" + comparedKeys();
     Option metrics = textOption("metrics", 0, "FILE", "metrics records, one JSON object a line",
                                 &options->metrics);
@@ -67,9 +69,11 @@ options::Program program(Options* options) {
                         "[KEY=]LIMIT[%] with a KEY of those that --help lists",
                         nullptr,
                         "compare"};
-    return {"codecreport",
+    options::Program program = {
+            "codecreport",
             CODECREPORT_VERSION,
-            {"[LOG...] [OPTION...]", "compare BASE NEW [OPTION...]", "explain KEY..."},
+            {"[LOG...] [OPTION...]", "compare BASE NEW [OPTION...]", "explain KEY...",
+             "--db FILE LOG... [OPTION...]", "query FILE SQL [OPTION...]"},
             kIntro,
             {{"compare", "BASE NEW", "hold one against the other; both are logs or made by --json"},
              {"explain", "KEY...",
@@ -99,6 +103,9 @@ options::Program program(Options* options) {
              {4, "an output cannot be written"},
              {5, "done, but an input is damaged or cut and was read up to there"}},
             kFiles};
+    for (const options::Command& command : fleetCommands()) program.commands.push_back(command);
+    program.sections.push_back(fleetSection(&options->fleet));
+    return program;
 }
 
 /** What is wrong with what is to be read and written; empty: nothing. */
@@ -120,6 +127,12 @@ std::string check(Options* options) {
     auto& arguments = options->arguments;
     const std::string first = arguments.empty() ? "" : arguments[0];
     if (first == "compare" || first == "explain") arguments.erase(arguments.begin());
+    if (isFleetCommand(first)) {
+        options->command = Options::Command::FLEET;
+        options->fleet.command = first;
+        arguments.erase(arguments.begin());
+        return checkFleetCommand(*options);
+    }
     if (first == "compare") {
         options->command = Options::Command::COMPARE;
         return arguments.size() == 2 ? "" : "compare takes two files, BASE and NEW";
@@ -128,6 +141,10 @@ std::string check(Options* options) {
         options->command = Options::Command::EXPLAIN;
         return !arguments.empty() || options->markdown ? "" : "explain takes a KEY";
     }
+    if (!options->fleet.database.empty()) {
+        options->command = Options::Command::FLEET;
+        return arguments.empty() && options->metrics.empty() ? "--db takes logs" : "";
+    }
     if (arguments.empty()) arguments.push_back("-");
     return checkReport(*options);
 }
@@ -135,7 +152,7 @@ std::string check(Options* options) {
 }  // namespace
 
 std::optional<int> parseOptions(int argc, char** argv, Options* options) {
-    const options::Program table = program(options);
+    const options::Program table = programOf(options);
     if (const auto code = options::parse(table, argc, argv, &options->arguments)) return code;
     const std::string wrong = check(options);
     if (wrong.empty()) return std::nullopt;

@@ -5,12 +5,13 @@
 #include <string>
 #include <vector>
 
+#include "fleet/FleetOptions.h"
 #include "output/Compare.h"
 
 namespace android::codecreport {
 
 struct Options {
-    enum class Command { REPORT, COMPARE, EXPLAIN };
+    enum class Command { REPORT, COMPARE, EXPLAIN, FLEET };
 
     Command command = Command::REPORT;
     /** Logs; for COMPARE the two reports; for EXPLAIN the keys. */
@@ -20,6 +21,7 @@ struct Options {
     std::string trace;
     std::string json;
     std::string metrics;
+    FleetOptions fleet;
     std::vector<Threshold> thresholds;
     bool quiet = false;
     /** EXPLAIN: tables as Markdown, all of them if no argument names one. */

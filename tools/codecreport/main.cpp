@@ -7,6 +7,8 @@
 
 #include "Analysis.h"
 #include "Options.h"
+#include "database/Schema.h"
+#include "fleet/FleetCommand.h"
 #include "output/Compare.h"
 #include "output/HtmlPage.h"
 #include "output/JsonReport.h"
@@ -161,8 +163,9 @@ int explainKeys(const Options& options) {
     if (keys.empty()) keys.push_back("");
     int code = OK;
     for (const std::string& key : keys) {
-        const std::string text =
-                options.markdown ? markdown(reference, key) : explain(reference, key);
+        const std::string text = !options.markdown   ? explain(reference, key)
+                                 : key == "database" ? schemaMarkdown(reference)
+                                                     : markdown(reference, key);
         if (!writeFile("-", text)) return BAD_OUTPUT;
         if (!text.empty()) continue;
         code = BAD_INPUT;
@@ -189,6 +192,8 @@ int main(int argc, char** argv) {
             return compareReports(options);
         case Options::Command::EXPLAIN:
             return explainKeys(options);
+        case Options::Command::FLEET:
+            return runFleetCommand(options);
         default:
             return report(options);
     }

@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <tools/codecreport/database/Database.h>
+#include <tools/codecreport/fleet/LogFiles.h>
+
+#include "ReportSupport.h"
+#include "SyntheticLog.h"
+#include "tests/support/Process.h"
+
+namespace android::test {
+namespace {
+
+using codecreport::Labels;
+using codecreport::labelsOf;
+using codecreport::LogFormat;
+using testing::HasSubstr;
+
+ProcessResult codecreport(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), CODECREPORT);
+    return runProcess(arguments);
+}
+
+std::string queried(const std::string& database, const std::string& sql) {
+    const ProcessResult result = codecreport({"query", database, sql, "--csv"});
+    EXPECT_EQ(0, result.exitCode) << result.err;
+    return result.out;
+}
+
+std::string stutteringLog() {
+    Playback playback;
+    playback.stalls = {{150, 600}};
+    return writeLog(messagesOf(playback), LogFormat::THREADTIME);
+}
+
+TEST(CodecreportDatabase, holdsEachLogOnceUnderAnyName) {
+    const std::string text = stutteringLog();
+    const std::string log = fileWith(text, "once.log");
+    const std::string db = fileWith("", "once.db");
+    ASSERT_EQ(0, runProcess({"sh", "-c", "gzip -kf " + log}).exitCode);
+    const ProcessResult first = codecreport(
+            {"--db", db, log, log + ".gz", fileWith("x\n", "odd"), "--label", "build=old"});
+    EXPECT_EQ(1, first.exitCode);
+    EXPECT_THAT(first.err, HasSubstr("odd: holds no log"));
+    EXPECT_THAT(first.err, HasSubstr("1 logs with 1 sessions added, 1 held already, 1 not read"));
+    EXPECT_EQ(0, codecreport({"--db", db, log, "--label", "build=new"}).exitCode);
+    EXPECT_EQ("value,verdict\nnew,stuttered\n",
+              queried(db, "SELECT value, verdict FROM session JOIN label USING (log_id)"));
+}
+
+TEST(CodecreportDatabase, sessionComesOutAsItsLogGaveIt) {
+    const std::string text = stutteringLog();
+    const std::string db = fileWith("", "same.db");
+    const std::string log = fileWith(text, "same.log");
+    ASSERT_EQ(0, codecreport({"--db", db, log, "-q"}).exitCode);
+    codecreport::Database database;
+    ASSERT_TRUE(database.open(db, codecreport::Database::Access::READ)) << database.error();
+    codecreport::Statement ids;
+    ASSERT_TRUE(database.prepare("SELECT session_id FROM session", &ids) && ids.step());
+    Json expected = reportOf(text);
+    expected["input"]["files"] = {log};
+    EXPECT_EQ(expected, database.reportOf(ids.integer(0)));
+    const Json& session = expected["sessions"][0];
+    EXPECT_EQ("n,cause,late\n1,application," + session["lateness"]["max_ms"].dump() + "\n",
+              queried(db,
+                      "SELECT count(*) AS n, cause, CAST(max_ms AS INTEGER) AS late FROM "
+                      "incident JOIN distribution USING (session_id) WHERE name = 'lateness'"));
+}
+
+TEST(CodecreportDatabase, queryReadsOnlyAndSaysWhatIsWrong) {
+    const std::string db = fileWith("", "query.db");
+    ASSERT_EQ(0, codecreport({"--db", db, fileWith(stutteringLog(), "query.log"), "-q"}).exitCode);
+    EXPECT_EQ("a,b\n\"x,\"\"y\",\n", queried(db, "SELECT 'x,\"y' AS a, NULL AS b"));
+    EXPECT_EQ(
+            "{\"a\":9007199254740993,\"b\":0.1,\"c\":null}\n",
+            codecreport({"query", db, "SELECT 9007199254740993 a, 0.1 b, NULL c", "--jsonl"}).out);
+    for (const auto& [file, sql, text] : std::vector<std::array<std::string, 3>>{
+                 {db, "DROP TABLE log", "reads only"},
+                 {db, "SELECT 1; DELETE FROM log", "one statement"},
+                 {db, "SELECT oops", "no such column: oops"},
+                 {CODECREPORT, "SELECT 1", "file is not a database"},
+                 {db + ".none", "SELECT 1", "unable to open"}}) {
+        const ProcessResult result = codecreport({"query", file, sql});
+        EXPECT_EQ(1, result.exitCode) << sql;
+        EXPECT_THAT(result.err, HasSubstr(text));
+    }
+}
+
+TEST(CodecreportDatabase, labelsComeFromTheEndOfThePath) {
+    const struct {
+        const char* path;
+        const char* pattern;
+        std::optional<Labels> labels;
+    } kCases[] = {
+            {"/a/B12/tv7-mon-1.log", "{build}/{device}-*.log",
+             Labels{{"build", "B12"}, {"device", "tv7"}}},
+            {"B12/tv7.log.gz", "{device}.log", Labels{{"device", "tv7"}}},
+            {"B12/tv7.log", "{device}-*.log", std::nullopt},
+            {"a/b/c.log", "a/{x}.log", std::nullopt},
+    };
+    for (const auto& test : kCases)
+        EXPECT_EQ(test.labels, labelsOf(test.path, test.pattern)) << test.path;
+}
+
+}  // namespace
+}  // namespace android::test

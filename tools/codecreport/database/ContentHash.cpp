@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "database/ContentHash.h"
+
+#include <inttypes.h>
+#include <xxhash.h>
+
+#include <memory>
+
+#include "reading/LineReader.h"
+
+namespace android::codecreport {
+
+std::optional<std::string> contentHash(const std::string& path, std::string* error) {
+    LineReader reader;
+    if (!reader.open(path)) {
+        *error = reader.error();
+        return std::nullopt;
+    }
+    struct StateFree {
+        void operator()(XXH3_state_t* state) const { XXH3_freeState(state); }
+    };
+    const std::unique_ptr<XXH3_state_t, StateFree> state(XXH3_createState());
+    XXH3_128bits_reset(state.get());
+    for (std::string_view line; reader.next(&line);) {
+        XXH3_128bits_update(state.get(), line.data(), line.size());
+        XXH3_128bits_update(state.get(), "\n", 1);
+    }
+    const XXH128_hash_t hash = XXH3_128bits_digest(state.get());
+    char text[33];
+    snprintf(text, sizeof(text), "%016" PRIx64 "%016" PRIx64, static_cast<uint64_t>(hash.high64),
+             static_cast<uint64_t>(hash.low64));
+    return text;
+}
+
+}  // namespace android::codecreport

@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+namespace android::codecreport {
+
+/** What is no plain table of rows: reports as a whole, and the views. */
+constexpr char kMoreStatements[] = R"sql(
+CREATE TABLE session_report (session_id INTEGER PRIMARY KEY, json_zstd BLOB NOT NULL);
+CREATE TABLE log_report (log_id INTEGER PRIMARY KEY, json_zstd BLOB NOT NULL);
+
+CREATE VIEW session_summary AS
+SELECT s.session_id, s.log_id, l.path AS log_path, s.session_no, s.verdict, s.verdict_sentence,
+  CASE WHEN s.codec_tag IS NOT NULL THEN s.codec_tag ELSE s.format END AS codec,
+  s.package AS app,
+  CASE WHEN s.width_px IS NOT NULL AND s.height_px IS NOT NULL
+    THEN s.width_px || 'x' || s.height_px END AS resolution,
+  s.kind, s.format, s.implementation, s.framework, s.secure, s.tunneled, s.hdr_type,
+  s.start_time, s.start_us, s.duration_ms, s.playback_ms,
+  s.playback_ms / 3600000.0 AS playback_hours,
+  CASE WHEN s.verdict = 'cannot tell' OR s.verdict IS NULL THEN NULL
+    WHEN s.verdict = 'smooth' THEN 0 ELSE 1 END AS stuttered,
+  s.incident_count, s.standing_count, s.standing_total_ms, s.standing_longest_ms,
+  CASE WHEN s.playback_ms > 0 THEN s.standing_total_ms / s.playback_ms END AS standing_share,
+  s.shown_count, s.never_shown_count, s.dropped_count, s.display_dropped_count, s.error_count,
+  s.first_frame_render_ms, s.content_fps, s.display_hz, s.cadence_even, s.mistimed_count,
+  s.sync_measured_ms, s.sync_outside_ms, s.sync_worst_ms
+FROM session s JOIN log l ON l.log_id = s.log_id;
+)sql";
+
+}  // namespace android::codecreport

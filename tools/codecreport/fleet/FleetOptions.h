@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <tools/options/OptionTable.h>
+
+#include "database/Query.h"
+#include "fleet/LogFiles.h"
+
+namespace android::codecreport {
+
+/** What only the commands on databases and on sets of logs take. */
+struct FleetOptions {
+    /** Empty: add to the database. */
+    std::string command;
+    std::string database;
+    Labels labels;
+    std::string labelPattern;
+    RowForm form = RowForm::TABLE;
+};
+
+std::vector<options::Command> fleetCommands();
+options::Section fleetSection(FleetOptions* options);
+
+}  // namespace android::codecreport

@@ -1,0 +1,126 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "fleet/Ingest.h"
+
+#include <stdio.h>
+
+#include <algorithm>
+#include <mutex>
+#include <thread>
+
+#include "Analysis.h"
+#include "database/ContentHash.h"
+#include "output/JsonReport.h"
+
+namespace android::codecreport {
+
+namespace {
+
+/** Workers read; whoever has read a log writes it, one at a time. */
+class Ingester {
+  public:
+    Ingester(const Reference& reference, const std::vector<LogFile>& files, bool progress,
+             Database* database)
+        : mReference(reference), mFiles(files), mProgress(progress), mDatabase(database) {}
+
+    IngestResult run() {
+        const size_t cores = std::max(1u, std::thread::hardware_concurrency());
+        std::vector<std::thread> workers;
+        for (size_t i = 1; i < std::min(cores, mFiles.size()); ++i) {
+            workers.emplace_back([this] { work(); });
+        }
+        work();
+        for (std::thread& worker : workers) worker.join();
+        if (mProgress) fprintf(stderr, "\r\033[K");
+        return std::move(mResult);
+    }
+
+  private:
+    void work() {
+        while (const LogFile* file = next()) {
+            LogRecord log;
+            log.path = file->path;
+            log.isMetrics = file->isMetrics;
+            log.labels = file->labels;
+            if (findAnew(&log) && read(&log)) write(log);
+            const std::lock_guard<std::mutex> lock(mLock);
+            ++mDone;
+            if (mProgress) {
+                fprintf(stderr, "\r%zu of %zu logs, %zu sessions\033[K", mDone, mFiles.size(),
+                        mResult.sessions);
+            }
+        }
+    }
+
+    const LogFile* next() {
+        const std::lock_guard<std::mutex> lock(mLock);
+        const bool isOver = mNext == mFiles.size() || !mResult.writeError.empty();
+        return isOver ? nullptr : &mFiles[mNext++];
+    }
+
+    /** False: it cannot be read, or the database holds it; its labels are set then. */
+    bool findAnew(LogRecord* log) {
+        std::string error;
+        const auto hash = contentHash(log->path, &error);
+        const std::lock_guard<std::mutex> lock(mLock);
+        if (!hash) {
+            mResult.problems.push_back(log->path + ": " + error);
+            ++mResult.unread;
+            return false;
+        }
+        log->hash = *hash;
+        return !skipKnown(*log);
+    }
+
+    bool skipKnown(const LogRecord& log) {
+        if (!mDatabase->holds(log.hash)) return false;
+        ++mResult.known;
+        if (!mDatabase->label(log.hash, log.labels)) mResult.writeError = mDatabase->error();
+        return true;
+    }
+
+    bool read(LogRecord* log) {
+        Analysis analysis;
+        const bool ok = log->isMetrics
+                                ? readMetrics(log->path, &analysis)
+                                : readLogs(mReference, {log->path}, nullptr, false, &analysis);
+        if (ok) {
+            log->report = toJson(analysis);
+            log->pack();
+        }
+        const std::lock_guard<std::mutex> lock(mLock);
+        for (const std::string& problem : analysis.problems) mResult.problems.push_back(problem);
+        if (!ok) ++mResult.unread;
+        return ok;
+    }
+
+    void write(const LogRecord& log) {
+        const std::lock_guard<std::mutex> lock(mLock);
+        // Another worker may have had the same log under another name.
+        if (!mResult.writeError.empty() || skipKnown(log)) return;
+        if (!mDatabase->add(log)) {
+            mResult.writeError = mDatabase->error();
+            return;
+        }
+        ++mResult.added;
+        mResult.sessions += log.report["sessions"].size();
+    }
+
+    const Reference& mReference;
+    const std::vector<LogFile>& mFiles;
+    const bool mProgress;
+    std::mutex mLock;
+    // Below: guarded by mLock.
+    Database* const mDatabase;
+    size_t mNext = 0;
+    size_t mDone = 0;
+    IngestResult mResult;
+};
+
+}  // namespace
+
+IngestResult ingest(const Reference& reference, const std::vector<LogFile>& files, bool progress,
+                    Database* database) {
+    return Ingester(reference, files, progress, database).run();
+}
+
+}  // namespace android::codecreport

@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <string>
+
+#include "database/Database.h"
+
+namespace android::codecreport {
+
+/** Does the file begin as an SQLite database does? */
+bool isDatabase(const std::string& path);
+
+/**
+ * Writes each table as FOLDER/TABLE.jsonl, a JSON object a line, all columns in each; the folder is
+ * made if it is not there.
+ */
+bool writeRows(Database* database, const std::string& folder, std::string* error);
+
+}  // namespace android::codecreport
