@@ -5,6 +5,7 @@
 
 #include <numeric>
 
+#include "reading/Captures.h"
 #include "reading/LineReader.h"
 #include "reading/LogcatParser.h"
 
@@ -41,6 +42,7 @@ bool isLog(const LogcatParser& parser, uint64_t understood) {
 }
 
 bool readLog(const std::string& file, SessionBuilder* builder, bool progress, Analysis* analysis) {
+    analysis->files.push_back(file);
     LineReader reader;
     if (!reader.open(file)) {
         analysis->problems.push_back(file + ": " + reader.error());
@@ -49,8 +51,13 @@ bool readLog(const std::string& file, SessionBuilder* builder, bool progress, An
     LogcatParser parser(reader.referenceSeconds());
     ReadStats& stats = builder->stats();
     const uint64_t understoodBefore = stats.understood;
+    int entry = 0;
     std::string_view text;
     while (reader.next(&text)) {
+        if (reader.file() != entry) {
+            entry = reader.file();
+            builder->beginCapture();
+        }
         ++stats.lines;
         stats.bytes += text.size() + 1;
         LogLine line;
@@ -80,15 +87,14 @@ bool readLogs(const Reference& reference, const std::vector<std::string>& files,
               SessionObserver* observer, bool progress, Analysis* analysis) {
     SessionBuilder builder(reference, observer);
     bool allOpened = true;
-    for (const std::string& file : files) {
-        analysis->files.push_back(file);
-        allOpened &= readLog(file, &builder, progress, analysis);
+    for (const Capture& capture : capturesOf(files)) {
+        builder.beginCapture();
+        for (const std::string& file : capture) {
+            allOpened &= readLog(file, &builder, progress, analysis);
+        }
     }
     analysis->sessions = builder.finish();
     analysis->stats = builder.stats();
-    analysis->clockJumps = builder.clock().jumps();
-    analysis->reboots = builder.clock().reboots();
-    analysis->hasMonotonicClock = builder.clock().isAnchored();
     return allOpened;
 }
 

@@ -20,9 +20,6 @@ struct Analysis {
     std::vector<std::string> files;
     ReadStats stats;
     std::array<uint64_t, static_cast<size_t>(LogFormat::COUNT)> formats{};
-    uint64_t clockJumps = 0;
-    uint64_t reboots = 0;
-    bool hasMonotonicClock = false;
     std::vector<std::unique_ptr<Session>> sessions;
     MetricsReader metrics;
     /** Inputs that could not be opened, hold no log or end early, in words. */
@@ -32,7 +29,7 @@ struct Analysis {
 };
 
 /**
- * Reads logs one after the other, "-" being standard input.
+ * Reads logs one after the other, "-" being standard input. Each capture has its own clock.
  *
  * @param observer may be null
  * @param progress writes a line of progress to standard error

@@ -61,8 +61,8 @@ void summarise(const Analysis& analysis) {
             {stats.unknown, "lines carry the library's tag and are not understood"},
             {stats.unattributed, "lines belong to no session of the log"},
             {stats.notLogLines, "lines are no log lines"},
-            {analysis.clockJumps, "jumps of the log's clock were evened out"},
-            {analysis.reboots, "reboots"},
+            {stats.clockJumps, "jumps of the log's clock were evened out"},
+            {stats.reboots, "reboots"},
             {stats.sessionsLeftOut, "sessions more than are kept"},
             {analysis.metrics.notUnderstood(), "metrics records are not understood"},
     };

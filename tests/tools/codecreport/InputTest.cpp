@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <archive.h>
 #include <archive_entry.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <stdio.h>
 #include <unistd.h>
 
+#include <tools/codecreport/reading/Captures.h>
 #include <tools/codecreport/reading/LineReader.h>
 #include <tools/codecreport/reading/MetricsReader.h>
 
@@ -65,6 +67,49 @@ TEST(LineReader, readsCompressedTextAndArchives) {
     }
     const std::string zip = compressed(content, ARCHIVE_FILTER_NONE, ARCHIVE_FORMAT_ZIP, "zip");
     EXPECT_EQ(lines + lines, linesOf(zip).first);
+}
+
+TEST(LineReader, filesOfAnArchiveStayApart) {
+    const std::string zip =
+            compressed("a\nno end", ARCHIVE_FILTER_NONE, ARCHIVE_FORMAT_ZIP, "apart");
+    LineReader reader;
+    ASSERT_TRUE(reader.open(zip));
+    std::string seen;
+    for (std::string_view line; reader.next(&line);) {
+        seen += std::to_string(reader.file()) + std::string(line) + "|";
+    }
+    EXPECT_EQ("0a|0no end|1a|1no end|", seen);
+}
+
+TEST(TextDecoder, makesUtf8OfUtf16HoweverItIsCut) {
+    // "é", a character beyond 16 bits, half of such a one, "x".
+    const std::string big("\xfe\xff\x00\xe9\xd8\x3d\xde\x00\xd8\x3d\x00x\x00\n", 14);
+    std::string little;
+    for (size_t i = 0; i < big.size(); i += 2) little += {big[i + 1], big[i]};
+    const std::string expected = "\u00e9\U0001f600\ufffdx\n";
+    const std::pair<std::string, std::string> cases[] = {{big, expected},
+                                                         {little, expected},
+                                                         {"\xef\xbb\xbf" + expected, expected},
+                                                         {"\xff\xffplain", "\xff\xffplain"}};
+    for (const auto& [bytes, text] : cases) {
+        for (size_t step = 1; step <= bytes.size(); ++step) {
+            codecreport::TextDecoder decoder;
+            std::string decoded;
+            for (size_t at = 0; at < bytes.size(); at += step) {
+                decoded += decoder.decode(std::string_view(bytes).substr(at, step));
+            }
+            EXPECT_EQ(text, decoded) << step;
+        }
+    }
+}
+
+TEST(Captures, rotatedFilesGoOnInOrderOthersStandAlone) {
+    using codecreport::Capture;
+    EXPECT_THAT(
+            codecreport::capturesOf({"b.log", "a.log", "take.1", "a.log.10.gz", "take.2", "a.log.2",
+                                     "a.log.20260301"}),
+            testing::ElementsAre(Capture{"b.log"}, Capture{"a.log.10.gz", "a.log.2", "a.log"},
+                                 Capture{"take.1"}, Capture{"take.2"}, Capture{"a.log.20260301"}));
 }
 
 TEST(LineReader, damagedCompressionEndsEarlyAndSaysSo) {

@@ -44,6 +44,13 @@ std::string fileWith(const std::string& content, const std::string& name) {
     return path;
 }
 
+Json reportOfFiles(const std::vector<std::string>& paths) {
+    const codecreport::Reference reference;
+    codecreport::Analysis analysis;
+    EXPECT_TRUE(codecreport::readLogs(reference, paths, nullptr, false, &analysis));
+    return codecreport::toJson(analysis);
+}
+
 Json reportOf(const std::string& log, codecreport::SessionObserver* observer) {
     const std::string path = fileWith(log);
     const codecreport::Reference reference;

@@ -14,6 +14,9 @@ using Json = nlohmann::ordered_json;
 /** A file of this test case with this content; its path. */
 std::string fileWith(const std::string& content, const std::string& name = "log");
 
+/** The report that codecreport makes of these files. */
+Json reportOfFiles(const std::vector<std::string>& paths);
+
 /** The report that codecreport makes of a log. */
 Json reportOf(const std::string& log, codecreport::SessionObserver* observer = nullptr);
 

@@ -279,6 +279,31 @@ TEST(Session, eachConfigurationIsASession) {
     }
 }
 
+TEST(Session, eachCaptureHasItsClockAndItsSessions) {
+    // The same codec of the same process on another day, not configured anew.
+    const std::string first = fileWith(logOf(troubled()), "first");
+    Playback later = troubled();
+    later.startMs += 86'400'000 * 3;
+    std::vector<LogMessage> messages = messagesOf(later);
+    messages.erase(messages.begin(), messages.begin() + 10);
+    const std::string second = fileWith(writeLog(messages, LogFormat::THREADTIME), "second");
+    const Json alone = reportOfFiles({first});
+    const Json both = reportOfFiles({second, first});
+    ASSERT_EQ(2u, both["sessions"].size());
+    for (const char* key : {"duration_ms", "counts", "stages", "start_time"}) {
+        EXPECT_EQ(alone["sessions"][0][key], both["sessions"][1][key]) << key;
+    }
+    EXPECT_EQ(0, both["input"]["clock_jump_count"]);
+}
+
+TEST(Session, rotatedLogIsOne) {
+    const std::string whole = logOf(troubled());
+    const size_t cut = whole.find('\n', whole.size() / 2) + 1;
+    fileWith(whole.substr(0, cut), "rotated.1");
+    const std::string path = fileWith(whole.substr(cut), "rotated");
+    EXPECT_EQ(reportOf(whole)["sessions"], reportOfFiles({path, path + ".1"})["sessions"]);
+}
+
 TEST(Session, logMayBeginInTheMiddle) {
     std::vector<LogMessage> messages = messagesOf(troubled());
     messages.erase(messages.begin(), messages.begin() + 500);

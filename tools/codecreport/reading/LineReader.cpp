@@ -53,7 +53,11 @@ bool LineReader::open(const std::string& path) {
 bool LineReader::nextEntry() {
     archive_entry* entry = nullptr;
     const int result = archive_read_next_header(mArchive, &entry);
-    if (result == ARCHIVE_OK || result == ARCHIVE_WARN) return true;
+    if (result == ARCHIVE_OK || result == ARCHIVE_WARN) {
+        mDecoder.restart();
+        mBeginsFile = true;
+        return true;
+    }
     mAtEnd = true;
     if (result != ARCHIVE_EOF) mError = archive_error_string(mArchive);
     return false;
@@ -66,8 +70,8 @@ bool LineReader::fill() {
         la_int64_t offset = 0;
         const int result = archive_read_data_block(mArchive, &data, &size, &offset);
         if (result == ARCHIVE_OK || result == ARCHIVE_WARN) {
-            if (size == 0) continue;
-            mBlock = std::string_view(static_cast<const char*>(data), size);
+            mBlock = mDecoder.decode({static_cast<const char*>(data), size});
+            if (mBlock.empty()) continue;
             return true;
         }
         if (result != ARCHIVE_EOF) {
@@ -87,6 +91,11 @@ bool LineReader::next(std::string_view* line) {
         if (mBlock.empty() && !fill()) {
             if (mPartial.empty()) return false;
             break;
+        }
+        if (mBeginsFile) {
+            if (!mPartial.empty()) break;
+            mBeginsFile = false;
+            ++mFile;
         }
         const size_t end = mBlock.find('\n');
         const std::string_view piece = mBlock.substr(0, end);

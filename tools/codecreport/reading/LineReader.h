@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "reading/TextDecoder.h"
+
 struct archive;
 
 namespace android::codecreport {
@@ -13,7 +15,8 @@ namespace android::codecreport {
 /**
  * Reads one input line by line: a file or, as "-", standard input, plain or compressed (gzip, xz,
  * zstd, bzip2, ...) or an archive such as a zipped bug report, whose files are read one after the
- * other. Damage ends the input early and is told by error(); what was read until then stands.
+ * other. Text is UTF-8, or UTF-16 with its mark. Damage ends the input early and is told by
+ * error(); what was read until then stands.
  *
  * Memory: one block of the decompressor and one line of at most kMaxLine bytes; what is longer is
  * cut there.
@@ -32,6 +35,9 @@ class LineReader {
     /** @param line without its line end, good until the next call; false: the end */
     bool next(std::string_view* line);
 
+    /** Which file of an archive the line is of, from 0. */
+    int file() const { return mFile; }
+
     /** Why open() failed or the input ended early; empty: neither. */
     const std::string& error() const { return mError; }
 
@@ -48,6 +54,10 @@ class LineReader {
 
     archive* mArchive = nullptr;
     int mFd = -1;
+    TextDecoder mDecoder;
+    int mFile = -1;
+    /** The block begins another file. */
+    bool mBeginsFile = false;
     std::string_view mBlock;
     std::string mPartial;
     bool mPartialDone = false;

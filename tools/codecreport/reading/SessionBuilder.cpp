@@ -106,8 +106,8 @@ void SessionBuilder::onRecognised(const LogLine& line, const ReferenceEntry& ent
     } else if (route.begins && !mClock.isAnchored()) {
         timeUs = mClock.anchor(fields.number("at_ms"));
     }
-    if (mStats.firstUs == kNoTime) mStats.firstUs = timeUs;
-    mStats.lastUs = timeUs;
+    mStats.firstUs = mStats.firstUs == kNoTime ? timeUs : std::min(mStats.firstUs, timeUs);
+    mStats.lastUs = std::max(mStats.lastUs, timeUs);
     if (route.begins) beginAnew(line, fields.text("tag"));
     Open* open = ownerOf(route, line, fields, timeUs);
     if (open == nullptr) {
@@ -311,8 +311,16 @@ void SessionBuilder::close(Open* open) {
                              [open](const auto& other) { return other.get() == open; }));
 }
 
-std::vector<std::unique_ptr<Session>> SessionBuilder::finish() {
+void SessionBuilder::beginCapture() {
     while (!mOpen.empty()) close(mOpen.front().get());
+    mStats.clockJumps += mClock.jumps();
+    mStats.reboots += mClock.reboots();
+    mStats.hasMonotonicClock |= mClock.isAnchored();
+    mClock = LogClock();
+}
+
+std::vector<std::unique_ptr<Session>> SessionBuilder::finish() {
+    beginCapture();
     std::sort(mDone.begin(), mDone.end(),
               [](const auto& a, const auto& b) { return a->id < b->id; });
     return std::move(mDone);

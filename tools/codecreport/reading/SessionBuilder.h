@@ -34,6 +34,9 @@ struct ReadStats {
     int64_t firstUs = kNoTime;
     int64_t lastUs = kNoTime;
     uint64_t sessionsLeftOut = 0;
+    uint64_t clockJumps = 0;
+    uint64_t reboots = 0;
+    bool hasMonotonicClock = false;
 };
 
 /**
@@ -59,8 +62,10 @@ class SessionBuilder {
     /** One message of the log, of the library or not. */
     void onLine(const LogLine& line);
 
+    /** What comes now was captured apart: by another clock, of other processes. */
+    void beginCapture();
+
     ReadStats& stats() { return mStats; }
-    const LogClock& clock() const { return mClock; }
 
     /** Closes all sessions and hands them over in the order in which they began. */
     std::vector<std::unique_ptr<Session>> finish();
