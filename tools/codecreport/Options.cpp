@@ -101,7 +101,8 @@ options::Program programOf(Options* options) {
              {2, "usage"},
              {3, "a value got worse by more than its threshold"},
              {4, "an output cannot be written"},
-             {5, "done, but an input is damaged or cut and was read up to there"}},
+             {5, "done, but an input is damaged or cut and was read up to there"},
+             {6, "a comparison has too little to go by"}},
             kFiles};
     for (const options::Command& command : fleetCommands()) program.commands.push_back(command);
     program.sections.push_back(fleetSection(&options->fleet));

@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "Analysis.h"
+#include "ExitCode.h"
 #include "Options.h"
 #include "database/Schema.h"
 #include "fleet/FleetCommand.h"
@@ -20,15 +21,6 @@
 namespace android::codecreport {
 
 namespace {
-
-enum ExitCode {
-    OK = 0,
-    BAD_INPUT = 1,
-    USAGE = 2,
-    PAST_THRESHOLD = 3,
-    BAD_OUTPUT = 4,
-    INPUT_ENDS_EARLY = 5
-};
 
 void say(const std::string& text) {
     fprintf(stderr, "codecreport: %s\n", text.c_str());
@@ -154,7 +146,7 @@ int compareReports(const Options& options) {
     if (!options.json.empty())
         written &= writeFile(options.json, dump(toJson(result), true) + "\n");
     if (!written) return BAD_OUTPUT;
-    return result.exceeds ? PAST_THRESHOLD : OK;
+    return result.exceeds ? WORSE : OK;
 }
 
 int explainKeys(const Options& options) {

@@ -5,6 +5,7 @@
 #include <stdlib.h>
 #include <unistd.h>
 
+#include "ExitCode.h"
 #include "fleet/Ingest.h"
 #include "fleet/Rows.h"
 #include "output/HtmlPage.h"
@@ -12,8 +13,6 @@
 namespace android::codecreport {
 
 namespace {
-
-enum ExitCode { OK = 0, BAD_INPUT = 1, USAGE = 2, BAD_OUTPUT = 4, INPUT_ENDS_EARLY = 5 };
 
 void say(const std::string& text) {
     fprintf(stderr, "codecreport: %s\n", text.c_str());
