@@ -18,9 +18,7 @@ std::string_view settings();
 std::string_view pageHtml();
 std::string_view pageCss();
 std::string_view pageJs();
-std::string_view plotsJs();
 std::string_view plotCss();
-std::string_view plotJs();
 std::string_view plotLicense();
 
 }  // namespace android::codecreport::resources

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Writes the log of a made-up playback to standard output: codecreport_make_log [FRAMES [STALL_AT]]
+// Writes the log of made-up playbacks, of which the first stalls, to standard output:
+// codecreport_make_log [FRAMES [STALL_AT [SESSIONS]]]
 #include <stdio.h>
 #include <stdlib.h>
 
@@ -12,13 +13,15 @@ int main(int argc, char** argv) {
     playback.slowDecodes = {{100, 120}};
     playback.drops = {200, 201, 202, 220};
     auto messages = messagesOf(playback);
-    android::test::Playback second = playback;
-    second.pid = 5000;
-    second.tid = 5010;
-    second.tag = "SW.c2.video.vp9";
-    second.format = "vp9";
-    second.stalls.clear();
-    for (auto& message : messagesOf(second)) messages.push_back(message);
+    android::test::Playback other = playback;
+    other.tag = "SW.c2.video.vp9";
+    other.format = "vp9";
+    other.stalls.clear();
+    for (int i = 1; i < (argc > 3 ? atoi(argv[3]) : 2); ++i) {
+        other.pid = 5000 + i;
+        other.tid = 20000 + i;
+        for (auto& message : messagesOf(other)) messages.push_back(message);
+    }
     const std::string log = writeLog(messages, android::codecreport::LogFormat::THREADTIME);
     return fwrite(log.data(), 1, log.size(), stdout) == log.size() ? 0 : 1;
 }

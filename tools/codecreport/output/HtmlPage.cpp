@@ -5,6 +5,7 @@
 
 #include "Resources.h"
 #include "output/JsonReport.h"
+#include "output/PageReport.h"
 
 namespace android::codecreport {
 
@@ -40,9 +41,7 @@ std::string htmlPage(const nlohmann::ordered_json& report, const Reference& refe
             {"@PLOT_CSS@", std::string(resources::plotCss())},
             {"@PAGE_CSS@", std::string(resources::pageCss())},
             {"@MEANINGS@", inScript(dump(meanings(reference), false))},
-            {"@REPORT@", inScript(dump(report, false))},
-            {"@PLOT_JS@", std::string(resources::plotJs())},
-            {"@PLOTS_JS@", std::string(resources::plotsJs())},
+            {"@REPORT@", inScript(dump(pageReport(report), false))},
             {"@PAGE_JS@", std::string(resources::pageJs())},
     };
     std::string page;

@@ -10,7 +10,7 @@ namespace android::codecreport {
 
 /**
  * The report as one HTML file with everything in it: style, scripts, plotting library with its
- * licence, and the report's JSON, which all that the page shows is made of.
+ * licence, and what the page shows of the report as JSON.
  */
 std::string htmlPage(const nlohmann::ordered_json& report, const Reference& reference);
 
