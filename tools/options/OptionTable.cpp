@@ -137,6 +137,8 @@ std::string inMdoc(const std::string& text) {
             out += "\\e";
         } else if (c == '-') {
             out += "\\-";
+        } else if (c == ' ' && !out.empty() && out.back() == '.') {
+            out += '\n';  // A sentence begins a line.
         } else {
             out += c;
         }
