@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Writes the log of made-up playbacks, of which the first stalls, to standard output:
+// Writes the log of made-up playbacks, one after the other, to standard output; the first stalls:
 // codecreport_make_log [FRAMES [STALL_AT [SESSIONS]]]
 #include <stdio.h>
 #include <stdlib.h>
@@ -20,6 +20,7 @@ int main(int argc, char** argv) {
     for (int i = 1; i < (argc > 3 ? atoi(argv[3]) : 2); ++i) {
         other.pid = 5000 + i;
         other.tid = 20000 + i;
+        other.startMs += playback.frames * playback.intervalMs + 1000;
         for (auto& message : messagesOf(other)) messages.push_back(message);
     }
     const std::string log = writeLog(messages, android::codecreport::LogFormat::THREADTIME);

@@ -157,7 +157,7 @@ async function unknownIsADash(browser) {
 }
 
 async function thousandsOfSessionsStayUsable(browser) {
-  const report = reportOf('many', ['30', '10', '5000']);
+  const report = reportOf('many', ['8', '3', '5000']);
   assert.equal(report.sessions.length, 5000);
   assert.ok(report.bytes < MOST_BYTES, `${report.bytes} bytes`);
   const page = await open(browser, report);

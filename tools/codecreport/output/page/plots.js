@@ -2,7 +2,7 @@
 // Plots over the time of a session, one under the other: the same axis at the same place, zoomed alike.
 import uPlot from 'uplot';
 import { make } from './dom.js';
-import { UNKNOWN, clock, isKnown } from './format.js';
+import { clock, isKnown, text } from './format.js';
 
 const HEIGHT = 210;
 const STEP = 0.25;
@@ -100,13 +100,15 @@ function legendOf(plot) {
   }, sample(series), `${series.label} `, make('output', {}, ''))), make('output', { class: 'when' }, ''));
 }
 
-function showValues(u, legend) {
+/** A value in words; a series may have its own. */
+export const say = (series, value) => (isKnown(value) && series.say ? series.say(value) : text(value));
+
+function showValues(u, plot, legend) {
   const outputs = legend.querySelectorAll('output');
   const { idx, idxs } = u.cursor;
-  u.series.slice(1).forEach((series, i) => {
+  plot.series.forEach((series, i) => {
     const at = idxs ? idxs[i + 1] : idx;
-    const value = isKnown(at) ? u.data[i + 1][at] : undefined;
-    outputs[i].textContent = isKnown(idx) ? (isKnown(value) ? String(value) : UNKNOWN) : '';
+    outputs[i].textContent = isKnown(idx) ? say(series, isKnown(at) ? u.data[i + 1][at] : null) : '';
   });
   outputs[outputs.length - 1].textContent = isKnown(idx) ? `at ${clock(u.data[0][idx] * 1000, 3)}` : '';
 }
@@ -154,7 +156,7 @@ export class PlotGroup {
     return [from, from + width];
   }
 
-  /** @param plot { id, title, label, data, series: [{ label, color, scale, dash, points }], scales, y, y2, limits } */
+  /** @param plot { id, title, label, data, series: [{ label, color, scale, dash, points, say }], scales, y, y2, limits } */
   figure(plot, ...more) {
     const element = make('div', {
       class: 'plot', id: plot.id, tabindex: 0, role: 'img', 'aria-label': plot.label, keydown: (event) => this.onKey(event),
@@ -203,7 +205,7 @@ export class PlotGroup {
       hooks: {
         drawAxes: [(u) => drawMarks(u, this.incidents, plot.limits || [])],
         setScale: [(u, scale) => { if (scale === 'x') this.follow(u); }],
-        setCursor: [(u) => showValues(u, legend)],
+        setCursor: [(u) => showValues(u, plot, legend)],
       },
     };
   }

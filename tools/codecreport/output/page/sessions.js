@@ -35,14 +35,15 @@ function sentenceOf(session) {
 function cadenceOf(session) {
   const parts = [];
   const { cadence, sync, startup } = session;
-  if (cadence) {
-    const fps = isKnown(cadence.content_fps) ? round(cadence.content_fps, 3) : UNKNOWN;
+  if (cadence && isKnown(cadence.content_fps)) {
     const hz = isKnown(cadence.display_hz) ? round(cadence.display_hz, 2) : UNKNOWN;
-    parts.push(`cadence ${fps} fps on ${hz} Hz`);
+    parts.push(`cadence ${round(cadence.content_fps, 3)} fps on ${hz} Hz`);
     if (cadence.pattern) parts.push(cadence.pattern);
     if (isKnown(cadence.even)) parts.push(cadence.even ? 'even' : 'uneven');
     parts.push(`${count(cadence.mistimed_count)} mistimed`);
     if (isKnown(cadence.vsync_jitter_ms)) parts.push(`vsync jitter ${round(cadence.vsync_jitter_ms, 2)} ms`);
+  } else {
+    parts.push(`cadence ${UNKNOWN}`);
   }
   if (sync && sync.measured_ms > 0) {
     parts.push(`A/V within +45/-100 ms for ${percent(1 - sync.outside_ms / sync.measured_ms)}`);

@@ -5,7 +5,7 @@ import { causesOf } from './causes.js';
 import { make, section, table } from './dom.js';
 import { UNKNOWN, clock, isKnown, lasting } from './format.js';
 import { plotsLink, rowLink } from './incidents.js';
-import { PlotGroup, axisRoom } from './plots.js';
+import { PlotGroup, axisRoom, say } from './plots.js';
 import { strip } from './strip.js';
 
 export const STAGES = {
@@ -16,8 +16,10 @@ export const STAGES = {
   lead: { name: 'render lead', color: '--display-queue', dash: [3, 6] },
 };
 const LEAST_FRAMES = 5;
+const GAP_FRAMES = 6;
 const PAD_MS = 400;
 
+const frameSeconds = (session) => (session.frame_interval?.p50_ms || 33) / 1000;
 const seconds = (rows) => rows.map((row) => row[0] / 1000);
 const column = (rows, index) => rows.map((row) => row[index]);
 const fromZero = (u, min, max) => [0, Math.max(1, max * 1.05)];
@@ -27,30 +29,46 @@ const withRoom = (u, min, max) => {
   return [low - (high - low) * 0.05, high + (high - low) * 0.1];
 };
 
+/** Rows with an empty one wherever nothing came for long, so that no line leads over the gap. */
+function withGaps(session, rows, valuesPerRow) {
+  const longest = GAP_FRAMES * 1000 * frameSeconds(session) * valuesPerRow;
+  const sorted = [...rows].sort((a, b) => a[0] - b[0]);
+  return sorted.flatMap((row, i) => (i > 0 && row[0] - sorted[i - 1][0] > longest
+    ? [[(row[0] + sorted[i - 1][0]) / 2, ...row.slice(1).fill(null)], row] : [row]));
+}
+
 /** Merges series with times of their own into one table of columns, as the plots want it. */
 function joined(...tables) {
   return uPlot.join(tables.map((rows) => [seconds(rows), ...rows[0].slice(1).map((_, i) => column(rows, i + 1))]));
 }
 
 function latePlot(session) {
-  const { rows, columns, frames_per_row_count: every } = session.frames;
+  const { columns, frames_per_row_count: every } = session.frames;
+  const rows = withGaps(session, session.frames.rows, every);
   const late = columns.indexOf('late_ms');
   const dropped = columns.indexOf('dropped');
   if (!rows.some((row) => isKnown(row[late]) || row[dropped])) return null;
-  const drops = rows.map((row) => (row[dropped] ? row[late] ?? 0 : null));
+  const lateDrops = rows.map((row) => (row[dropped] ? row[late] : null));
+  const otherDrops = rows.map((row) => (row[dropped] && !isKnown(row[late]) ? 0 : null));
+  const others = otherDrops.some(isKnown);
   return {
     id: 'plot-late',
     title: `How much later than due each frame came${every > 1 ? ` (of each ${every} frames the worst)` : ''}`,
-    data: [seconds(rows), rows.map((row) => (row[dropped] ? null : row[late])), drops],
-    series: [{ label: 'late (ms)', color: '--text' }, { label: 'dropped, late (ms)', color: '--bad', points: true }],
+    data: [seconds(rows), rows.map((row) => (row[dropped] ? null : row[late])), lateDrops, ...(others ? [otherDrops] : [])],
+    series: [
+      { label: 'late (ms)', color: '--text' },
+      { label: 'dropped, late (ms)', color: '--bad', points: true },
+      ...(others ? [{ label: 'dropped, lateness not known', color: '--muted', points: true, say: () => '×' }] : []),
+    ],
     scales: { y: { range: withRoom } },
     y: 'ms',
-    label: `Lateness of each frame over time, ${drops.filter(isKnown).length} dropped`,
+    label: `Lateness of each frame over time, ${rows.filter((row) => row[dropped]).length} dropped`,
   };
 }
 
 function stagePlot(session) {
-  const { rows, columns, frames_per_row_count: every } = session.frames;
+  const { columns, frames_per_row_count: every } = session.frames;
+  const rows = withGaps(session, session.frames.rows, every);
   const stages = Object.keys(STAGES).filter((stage) => session.stages[stage].count > 0);
   if (rows.length === 0 || stages.length === 0) return null;
   return {
@@ -70,7 +88,7 @@ function syncPlot(session) {
   return {
     id: 'plot-sync',
     title: `Picture behind the sound's schedule: outside +45/-100 ms for ${lasting(sync.outside_ms)} of ${lasting(sync.measured_ms)}`,
-    data: joined(sync.points.rows.map((row) => row.slice(0, 2))),
+    data: joined(withGaps(session, sync.points.rows.map((row) => row.slice(0, 2)), sync.points.values_per_row_count)),
     series: [{ label: 'behind (ms)', color: '--message-delay' }],
     scales: { y: { range: withRoom } },
     y: 'ms',
@@ -108,7 +126,7 @@ function valuesOf(plot) {
     if (!details.open || details.children.length > 1) return;
     const rows = plot.data[0].map((_, i) => plot.data.map((values) => values[i]));
     details.append(table(plot.title, [{ title: 'at', of: (row) => clock(row[0] * 1000, 3), number: true },
-      ...plot.series.map((series, i) => ({ title: series.label, of: (row) => row[i + 1], number: true }))], rows));
+      ...plot.series.map((series, i) => ({ title: series.label, of: (row) => say(series, row[i + 1]), number: true }))], rows));
   });
   return details;
 }
@@ -116,12 +134,6 @@ function valuesOf(plot) {
 function plotsOf(session) {
   const video = session.video && session.frames ? [latePlot(session), stagePlot(session), syncPlot(session)] : [];
   return [...video, ratePlot(session)].filter((plot) => plot !== null);
-}
-
-/** As little as a few frames can be looked at. */
-function leastOf(session) {
-  const interval = session.frame_interval?.p50_ms;
-  return (LEAST_FRAMES * (interval > 0 ? interval : 33)) / 1000;
 }
 
 export class Timeline {
@@ -133,7 +145,7 @@ export class Timeline {
     this.view = make('div', {});
     this.at = make('p', { class: 'at', role: 'status' });
     this.onIncident = onIncident;
-    this.group = new PlotGroup(Math.max(0.001, session.duration_ms / 1000), leastOf(session), this.incidents, {
+    this.group = new PlotGroup(Math.max(0.001, session.duration_ms / 1000), LEAST_FRAMES * frameSeconds(session), this.incidents, {
       onRange: (min, max) => this.showStrip(min, max),
       onIncident,
     });
