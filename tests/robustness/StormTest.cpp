@@ -16,6 +16,7 @@
 #include <map>
 #include <mutex>
 #include <random>
+#include <set>
 #include <shared_mutex>
 #include <thread>
 
@@ -245,7 +246,9 @@ void ask(const sp<IMediaCodecLoggerClient>& local) {
     client->getUid();
     client->getBufferCountSinceLastFlush();
     client->isVideoClientUsingSecureMem();
-    client->getClientCodecFormat();
+    // Never torn by a reconfiguration.
+    const std::set<std::string> formats = {"", "avc", "hevc", "raw", "mp4a"};
+    EXPECT_EQ(1u, formats.count(client->getClientCodecFormat().string()));
 }
 
 /** The codecs that the registry still follows. */

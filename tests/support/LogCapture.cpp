@@ -21,6 +21,7 @@ struct Log {
     std::mutex lock;
     bool isCaptured = false;
     std::vector<LogLine> lines;
+    std::function<void(const LogLine&)> listener;
 };
 
 // Never destroyed: destructors of other statics may still log.
@@ -46,7 +47,9 @@ extern "C" int __android_log_print(int priority, const char* tag, const char* fo
 
     LogLine line{priority, textOrEmpty(tag), text};
     std::lock_guard<std::mutex> guard(log().lock);
-    if (log().isCaptured) {
+    if (log().listener) {
+        log().listener(line);
+    } else if (log().isCaptured) {
         log().lines.push_back(std::move(line));
     } else {
         std::ostringstream out;
@@ -65,7 +68,15 @@ extern "C" void __android_log_assert(const char* condition, const char* tag, con
         vsnprintf(text, sizeof(text), format, arguments);
         va_end(arguments);
     }
-    fprintf(stderr, "F/%s: %s: %s\n", textOrEmpty(tag), textOrEmpty(condition), text);
+    const LogLine line{ANDROID_LOG_FATAL, textOrEmpty(tag),
+                       textOrEmpty(condition) + (": " + std::string(text))};
+    if (log().listener) {
+        log().listener(line);
+    } else {
+        std::ostringstream out;
+        out << line << '\n';
+        fputs(out.str().c_str(), stderr);
+    }
     abort();
 }
 
@@ -75,6 +86,11 @@ std::ostream& operator<<(std::ostream& out, const LogLine& line) {
     static constexpr char kLetters[] = "??VDIWEFS";
     const bool isKnown = line.priority >= 0 && line.priority <= ANDROID_LOG_SILENT;
     return out << (isKnown ? kLetters[line.priority] : '?') << '/' << line.tag << ": " << line.text;
+}
+
+void setLogListener(std::function<void(const LogLine&)> listener) {
+    std::lock_guard<std::mutex> guard(log().lock);
+    log().listener = std::move(listener);
 }
 
 LogCapture::LogCapture() {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <functional>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -20,6 +21,9 @@ struct LogLine {
 
 /** "W/Tag: text" */
 std::ostream& operator<<(std::ostream& out, const LogLine& line);
+
+/** Every line goes there as it is logged, also the fatal one; called on the logging thread. */
+void setLogListener(std::function<void(const LogLine&)> listener);
 
 /**
  * Keeps what any library logs through __android_log_print while it exists; without one, lines go to

@@ -33,7 +33,7 @@ class RecordingService : public BnMediaCodecLoggerService {
 
     // What the service answers.
     String8 oldestAudioCodec;
-    bool allowlisted = false;
+    int32_t allowlisted = 0;
 
     void registerClient(int64_t id, const sp<IMediaCodecLoggerClient>& client) override {
         {
@@ -41,9 +41,9 @@ class RecordingService : public BnMediaCodecLoggerService {
             mId = id;
             mClient = client;
         }
-        record("registerClient(" + nameOf(id) + ")");
+        onCall("registerClient(" + nameOf(id) + ")");
     }
-    void unregisterClient(int64_t id) override { record("unregisterClient(" + nameOf(id) + ")"); }
+    void unregisterClient(int64_t id) override { onCall("unregisterClient(" + nameOf(id) + ")"); }
     sp<IMediaCodecLoggerClient> getActiveVideoClient(int64_t& id) override {
         std::lock_guard<std::mutex> lock(mMutex);
         id = mId;
@@ -52,14 +52,14 @@ class RecordingService : public BnMediaCodecLoggerService {
     void updateHidlMediaMetrics(const char* first, const char* second, const bool& flagA,
                                 const bool& flagB) override {
         const auto text = [](const char* t) { return std::string(t != nullptr ? t : "null"); };
-        record("updateHidlMediaMetrics(" + text(first) + ", " + text(second) + ", " +
+        onCall("updateHidlMediaMetrics(" + text(first) + ", " + text(second) + ", " +
                (flagA ? "true" : "false") + ", " + (flagB ? "true" : "false") + ")");
     }
     void onFirstFrameRendered(int64_t id) override {
-        record("onFirstFrameRendered(" + nameOf(id) + ")");
+        onCall("onFirstFrameRendered(" + nameOf(id) + ")");
     }
     void onOutBufferAvailableAfterDelay(int64_t id, int64_t delayMs) override {
-        record("onOutBufferAvailableAfterDelay(" + nameOf(id) + ", " + std::to_string(delayMs) +
+        onCall("onOutBufferAvailableAfterDelay(" + nameOf(id) + ", " + std::to_string(delayMs) +
                ")");
     }
     binder::Status registerListener(const sp<media::IMediaCodecLoggerListener>&,
@@ -86,12 +86,19 @@ class RecordingService : public BnMediaCodecLoggerService {
         return binder::Status::ok();
     }
     int32_t isInMitigateFrameDropAllowlist(const char* packageName) override {
-        record(std::string("isInMitigateFrameDropAllowlist(") + packageName + ")");
+        onCall(std::string("isInMitigateFrameDropAllowlist(") + packageName + ")");
         return allowlisted;
     }
     String8 getOldestAudioClientCodec() override {
-        record("getOldestAudioClientCodec()");
+        onCall("getOldestAudioClientCodec()");
         return oldestAudioCodec;
+    }
+
+  protected:
+    /** Each call as it comes. */
+    virtual void onCall(const std::string& call) {
+        std::lock_guard<std::mutex> lock(mMutex);
+        mCalls.push_back(call);
     }
 
   private:
@@ -99,11 +106,6 @@ class RecordingService : public BnMediaCodecLoggerService {
         std::lock_guard<std::mutex> lock(mMutex);
         return id == mId ? "client" : "other";
     }
-    void record(std::string call) {
-        std::lock_guard<std::mutex> lock(mMutex);
-        mCalls.push_back(std::move(call));
-    }
-
     std::mutex mMutex;
     std::vector<std::string> mCalls;
     int64_t mId = 0;

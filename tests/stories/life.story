@@ -1,0 +1,317 @@
+# A codec's life: names, start-up, the service, the reset.
+
+story whenConfigured_namesTheCodec: catches a word of a codec's tag, or a format's name, that is another codec's
+define tag = configure $* ; getCodecFormat $2
+tag c2.android.avc.decoder video/avc ; tag OMX.vendor.hevc video/hevc flags=1 ; tag OMX.vendor.hevc video/hevc flags=2
+    I [BRISK] SW.c2.video.avc P2 + 1000
+    = avc
+    I [BRISK] tunneled.HW.omx.video.hevc P2 + 1000
+    = hevc
+    I [BRISK] HW.omx.video.hevc P2 + 1000
+    = hevc
+tag C2.Android.vp9 video/x-vnd.on2.vp9 flags=1 ; tag OMX.google.vp8.decoder video/x-vnd.on2.vp8 ; tag OMX.GOOGLE.dec video/mp4v-es
+    I [BRISK] SW.c2.video.vp9 P2 + 1000
+    = vp9
+    I [BRISK] SW.omx.video.vp8 P2 + 1000
+    = vp8
+    I [BRISK] HW.omx.video.mp4v P2 + 1000
+    = mp4v
+tag c2.android.aac.decoder audio/mp4a-latm ; tag OMX.vendor.dec audio/ac3 flags=1 ; tag vendor.dec audio/g711-alaw
+    I [BRISK] SW.c2.audio.mp4a P2 + 1000
+    = mp4a
+    I [BRISK] VND.omx.audio.ac3 P2 + 1000
+    = ac3
+    I [BRISK] VND.audio.g711 P2 + 1000
+    = g711
+tag vendor.dec audio/amr-wb ; tag c2.vendor audio ; tag c2.vendor text/a/b
+    I [BRISK] VND.audio.amr P2 + 1000
+    = amr
+    I [BRISK] VND.c2.audio.audio P2 + 1000
+    = audio
+    I [BRISK] VND.c2.unknown.a/b P2 + 1000
+    = a/b
+
+story whenANameIsEmpty_theProcessDies: catches a precondition that is not held to
+fork configure "" video/avc
+    F !(!codecName.empty()): media/mediaCodecLogger/MediaCodecLogger:430 CHECK(!codecName.empty()) failed.
+    died
+fork configure "" ""
+    F !(!codecName.empty()): media/mediaCodecLogger/MediaCodecLogger:430 CHECK(!codecName.empty()) failed.
+    died
+fork configure c2.vendor ""
+    F !(!mime.empty()): media/mediaCodecLogger/MediaCodecLogger:431 CHECK(!mime.empty()) failed.
+    died
+
+story whenPlaybackIsAdaptive_logsTheScreen: catches the bounds of a screen's class, and a size of which one side is 0
+define adaptive = display $1 1 ; configure c2.v $2 maxWidth=$3 maxHeight=$4
+/Adaptive/ adaptive 1279 video/avc 8 9 ; adaptive 1280 video/avc 8 9 ; adaptive 1920 video/avc 8 9 ; adaptive 3839 video/avc -8 9
+    I HW.c2.video.avc Adaptive Streaming max w:8 h:9, screen size:SD (2 times)
+    I HW.c2.video.avc Adaptive Streaming max w:8 h:9, screen size:FHD
+    I HW.c2.video.avc Adaptive Streaming max w:-8 h:9, screen size:FHD
+/Adaptive/ adaptive 3840 video/avc 8 9 ; adaptive 3840 video/avc 8 0 ; adaptive 3840 video/avc 0 9
+    I HW.c2.video.avc Adaptive Streaming max w:8 h:9, screen size:4K
+# Audio does not ask for the display.
+~displayQueries ; adaptive 3840 audio/x 8 9
+displayQueries
+    = 7
+
+story thePackageName_isThatOfTheProcess: catches a name that is too short or too long, and the pid in its place
+define packageOf = Create process=$1 ; configure c2.v audio/mp4a-latm ; logMetrics ; replacePkgNameWithPid
+/^=/ packageOf com.app:svc
+    = com.app:svc.VND.c2.audio.mp4a | <pid of the process>
+/^=/ packageOf abc
+    = abc.VND.c2.audio.mp4a | <pid of the process>
+/^=/ packageOf ab
+    = com.android.mediaplayer.VND.c2.audio.mp4a | <pid of the process>
+/^=/ packageOf "x"*69
+    = x{69}.VND.c2.audio.mp4a | <pid of the process>
+/^=/ packageOf "x"*80
+    = x{69}.VND.c2.audio.mp4a | <pid of the process>
+/^=/ packageOf %s%n%1000000d%\x01
+    = %s%n%1000000d%\x01.VND.c2.audio.mp4a | <pid of the process>
+Create ; replacePkgNameWithPid ; replacePkgNameWithPid com.android.mediaplayer:svc
+    = 99999999 | 99999999:svc
+# The text is not compared, only measured.
+replacePkgNameWithPid com.android.mediaplayer ; replacePkgNameWithPid short
+    = 99999999com.android.mediaplayer | 99999999short
+
+story namesAreNoFormats: catches a text of others that is read as a format or shown by one
+service ; answers oldestAudio=%s%n%d
+~configure c2.%s%n%1000000d video/%s%n%1000000d ; profileP2End ; frame 0 ; after 501 ; play 160 33333 ; drop 10 ; render 0
+client getClientCodecFormat ; getStatus
+    = %s%n%1000000d | \tCodec Type: VIDEO\n\tHW: YES\n\tFormat: %s%n%1000000d\n\tSecure: NO\n\tIs Secure Memory Used: NO\n\tInput Bitrate: 217\n\tResolution: 0x0\n\tStream Framerate (fps): 30.000\n\tFramesDropped: 10\n
+updateVendorMetrics "%s%n CodecNonFatalErrorCount=3 %s%n" ; uploadDecoderError 1
+    I 99999999.HW.c2.video.%s%n%1000000d.DecoderErrorTrans = 1
+    I 99999999.HW.c2.video.%s%n%1000000d.TotalVideoPlaybackTimeMs = 5333
+    metric j2w8/2/02330410 VideoCodec 5333 ms [HW_%s%n%1000000d] 0
+    metric qkuh/2/02330410 TotalVideoPlaybackTimeMs 5333 ms [HW_%s%n%1000000d] 0
+    I 99999999.HW.c2.video.%s%n%1000000d.StreamAvgFramerate = 30.002
+    metric 21qt/2/02330410 StreamAvgFramerate 30 fps [%s%n%1000000d] fps=30 1
+    I 99999999.HW.c2.video.%s%n%1000000d.videoResolution.SD = 5333
+    metric k29r/2/02330410 videoResolution 5333 ms [SD.30] 0
+    I 99999999.HW.c2.video.%s%n%1000000d.StreamFramerate = 0.000
+    I 99999999.HW.c2.video.%s%n%1000000d.AspectRatio = nan
+    I 99999999.HW.c2.video.%s%n%1000000d.TenConsecutiveFramesDropped = 1
+    metric lxcd/2/02330410 FramedropType 1 frames [HW_%s%n%1000000d] ConsecFD=10 1
+    I 99999999.HW.c2.video.%s%n%1000000d.TotalFramesDropped = 10
+    metric w9lq/2/02330410 TotalFramesDropped 10 frames [HW_%s%n%1000000d] 1
+    metric x28y/2/02330470 TotalFrameDrops 10 frames [HW] audioCodec=%s%n%d videoCodec=%s%n%1000000d displayFormat= framerate=24 duration=0-5 1
+    I 99999999.HW.c2.video.%s%n%1000000d.MaxConsecutiveFramesDropped = 10
+    metric lxcd/2/02330410 FramedropType 10 frames [HW_%s%n%1000000d] ConsecFD=max 1
+    I 99999999.HW.c2.video.%s%n%1000000d.BRISK-P5Ms = 0
+    metric csyv/2/02330410 FirstFrameReadyMs 0 ms [HW_%s%n%1000000d] 0
+    metric pb8a/2/02330410 FirstFrameRenderMs 0 ms [HW_%s%n%1000000d] 0
+    I 99999999.HW.c2.video.%s%n%1000000d.BRISK-P2Ms = 0
+    I 99999999.HW.c2.video.%s%n%1000000d.BRISK-P3Ms = 0
+    I 99999999.HW.c2.video.%s%n%1000000d.FirstFrameReadyMs = 0
+    I 99999999.HW.c2.video.%s%n%1000000d.CodecNonFatalErrorCount = 3
+    metric 6snt/2/02330410 CodecNonFatalErrorCount 3 frames [HW_%s%n%1000000d] media=video 1
+    I 99999999.HW.c2.video.%s%n%1000000d..DecoderErrorFatal = 1
+    metric 68pc/2/03330470 .DecoderErrorFatal 1 errors [HW_%s%n%1000000d] media=video 1
+    I 99999999.HW.c2.video.%s%n%1000000d.StreamAvgBitrateInKbps = 217
+    metric jn5x/2/02330410 AvgBitrate 217 kbps [HW_%s%n%1000000d] media=video 1
+    -> unregisterClient(client)
+
+story atTheEndOfP2_theClientIsRegistered: catches lines, calls and the look-up out of order
+service
+~configure
+profileP2End
+    I [BRISK] HW.c2.video.avc P2 - 1000
+    D Got zephra_media_codec_logger Service. Calling PID = 99999999
+    -> registerClient(client)
+client getPid ; client isVideoClient ; client getPackageName ; client getUid
+    = 99999999 | true | com.android.mediaplayer | 1000
+# Once more with the service it has. The reset in between takes it off the list.
+configure c2.v audio/mp4a-latm
+    -> unregisterClient(client)
+    I [BRISK] VND.c2.audio.mp4a P2 + 1000
+profileP2End
+    I [BRISK] VND.c2.audio.mp4a P2 - 1000
+    D registerClient for <client>, probably moved from un-initialized to configured state
+    -> registerClient(client)
+# The report unregisters, the destructor does not. A client without its logger answers all the same.
+logMetrics ; release
+    -> unregisterClient(client)
+    = com.android.mediaplayer.VND.c2.audio.mp4a
+client getUid ; client getPid ; client getStatus ; client getClientCodecFormat ; client getClientResolution
+    = -1 | 99999999 | "" | "" | -1x-1
+client getTimeSinceLastFrameRendered ; client getBufferCountSinceLastFlush ; client isVideoClientUsingSecureMem
+    = 0 | 0 | false
+
+story theClient_answersForItsLogger: catches a getter that asks for something else
+service
+~configure c2.v video/hevc ; profileP2End ; input 0 ; output 0 ; output 33333 ; render 0 ; input 5 secureMemory
+~updateFormatChanged width=1280 height=720 vendor.mtk-codec2.hdr-type=4 vendor.mtk-codec2.color-depth=10 vendor.mtk-codec2.scan-type=1 color-standard=6
+~output 66666 ; output 99999
+client getClientResolution ; client getClientHDRType ; client getClientBitDepth ; client getClientScanType
+    = 1280x720 | HLG | 10 | interlace
+client getClientColorProperties ; client getBufferCountSinceLastFlush ; client isVideoClientUsingSecureMem ; client getClientCodecFormat
+    = 6 | 2 | true | hevc
+after 12 ; client getTimeSinceLastFrameRendered ; client getStatus
+    = 12 | \tCodec Type: VIDEO\n\tHW: YES\n\tFormat: hevc\n\tSecure: NO\n\tIs Secure Memory Used: YES\n\tInput Bitrate: 0\n\tResolution: 1280x720\n\tStream Framerate (fps): 30.000\n\tFramesDropped: 0\n
+
+story withoutAService_aLineSaysSo: catches a client that registers nowhere silently
+~configure
+profileP2End ; frame 0
+    I [BRISK] HW.c2.video.avc P2 - 1000
+    W zephra_media_codec_logger Service unavailable!
+    I [BRISK] HW.c2.video.avc Got First Input Frame 1000 pts:0
+    I updatePTSTime [HW.c2.video.avc] First PTS after Flush or reset = 0
+    I [BRISK] HW.c2.video.avc Got First Frame Ready 1000(0)
+    I Rendering first frame after starting or flushing.
+    I [BRISK] HW.c2.video.avc Got First Frame Render 1000(0), renderNum = 1
+    W MediaCodecLoggerService in NULL
+service none ; profileP2End
+    I [BRISK] HW.c2.video.avc P2 - 1000
+    W zephra_media_codec_logger Service unavailable!
+
+story aTunneledCodec_opensAndClosesItsHidlMetrics: catches the switches of the configuration before at a reconfiguration
+service
+configure c2.v video/avc flags=1 ; profileP2End
+    I [BRISK] tunneled.HW.c2.video.avc P2 + 1000
+    I [BRISK] tunneled.HW.c2.video.avc P2 - 1000
+    D Got zephra_media_codec_logger Service. Calling PID = 99999999
+    -> registerClient(client)
+    -> updateHidlMediaMetrics(com.android.mediaplayer, tunneled.HW.c2.video.avc, true, false)
+configure c2.v video/avc encoder
+    -> unregisterClient(client)
+    -> updateHidlMediaMetrics(null, null, true, true)
+    I [BRISK] HW.c2.video.avc P2 + 1000
+profileP2End ; configure c2.v audio/raw flags=1 encoder
+    I [BRISK] HW.c2.video.avc P2 - 1000
+    D registerClient for <client>, probably moved from un-initialized to configured state
+    -> registerClient(client)
+    -> unregisterClient(client)
+    I [BRISK] VND.c2.audio.raw P2 + 1000
+profileP2End ; configure c2.v video/avc loggingOff
+    I [BRISK] VND.c2.audio.raw P2 - 1000
+    D registerClient for <client>, probably moved from un-initialized to configured state
+    -> registerClient(client)
+    -> updateHidlMediaMetrics(com.android.mediaplayer, VND.c2.audio.raw, false, false)
+    -> unregisterClient(client)
+    -> updateHidlMediaMetrics(null, null, false, true)
+    I [BRISK] HW.c2.video.avc P2 + 1000
+configure c2.v video/avc flags=1
+    I [BRISK] tunneled.HW.c2.video.avc P2 + 1000
+resetMetricsData
+    -> unregisterClient(client)
+    -> updateHidlMediaMetrics(null, null, true, true)
+
+story withLoggingOff_onlyThePhaseIsLogged: catches a codec that registers or subscribes though nobody logs it
+service
+configure c2.mtk.dec video/avc flags=1 loggingOff ; profileP2End
+    I [BRISK] tunneled.HW.c2.video.avc P2 + 1000
+    I [BRISK] tunneled.HW.c2.video.avc P2 - 1000
+resetMetricsData ; logMetrics
+    = ""
+
+story onlyAMediaTekCodec2Decoder_isAskedForItsFormatKeys: catches a codec that is asked though it would not know the keys
+define subscribe = configure $* ; profileP2End
+/ubscribe/ subscribe C2.MTK.avc.decoder video/avc
+    D Subscribe MTK C2 hdr-type, scan-type, color-depth parameters
+subscribe c2.mtk audio/x
+    I [BRISK] VND.c2.audio.x P2 + 1000
+    I [BRISK] VND.c2.audio.x P2 - 1000
+    W zephra_media_codec_logger Service unavailable!
+    <codec> signalSetParameters vendor.mtk-codec2.hdr-type=0 vendor.mtk-codec2.scan-type=0 vendor.mtk-codec2.color-depth=0
+    D Subscribe MTK C2 hdr-type, scan-type, color-depth parameters
+/ubscribe/ subscribe c2.mtk.avc.encoder video/avc encoder ; subscribe c2.android.avc.decoder video/avc ; subscribe x.c2.mtk video/avc
+noCodec ; subscribe c2.mtk.avc.decoder video/avc
+    I [BRISK] HW.c2.video.avc P2 + 1000
+    I [BRISK] HW.c2.video.avc P2 - 1000
+    W zephra_media_codec_logger Service unavailable!
+
+story aStop_isTimed_butNotOfAudio: catches a stop of audio, and one that never began
+~configure
+after 15 ; profileMCStopEnd ; profileMCStopBegin ; after 3 ; profileMCStopEnd
+    I MC Stop Time(start: 0, stop:1015 :1015 <profileMCStopEnd 1462>\n
+    I MC Stop Time(start: 1015, stop:1018 :3 <profileMCStopEnd 1462>\n
+~configure c2.v audio/mp4a-latm
+profileMCStopBegin ; profileMCStopEnd ; logMetrics
+    = com.android.mediaplayer.VND.c2.audio.mp4a
+
+story theStatus_showsTheCodec: catches a line of the status that is missing or another codec's
+~configure c2.v video/avc flags=1 ; frame 0 secure secureMemory ; after 501 ; output 33333 ; size 1280 -720 ; drop 3 ; render 0
+getStatus
+    = \tCodec Type: VIDEO\n\tHW: YES\n\tFormat: avc\n\tSecure: YES\n\tIs Secure Memory Used: YES\n\tInput Bitrate: 0\n\tResolution: 1280x-720\n\tStream Framerate (fps): 0.000\n\tFramesDropped: 3\n
+audio "atmos_detected=1"
+~configure c2.android.x audio/raw
+getStatus ; configure c2.android.x audio/eac3 ; getStatus
+    = \tCodec Type: AUDIO\n\tHW: NO\n\tFormat: raw\n\tSecure: NO\n\tIs Secure Memory Used: YES\n\tInput Bitrate: 0\n\tAtmos: YES\n
+    I [BRISK] SW.c2.audio.eac3 P2 + 1501
+    = \tCodec Type: AUDIO\n\tHW: NO\n\tFormat: eac3\n\tSecure: NO\n\tIs Secure Memory Used: YES\n\tInput Bitrate: 0\n\tAtmos: NO\n
+
+story aStatusPiece_holds300Characters: catches a buffer that is one byte shorter or longer
+~configure c2.v text/"f"*206
+getStatus
+    = \tCodec Type: VIDEO\n\tHW: NO\n\tFormat: f{206}\n\tSecure: NO\n\tIs Secure Memory Used: NO\n\tInput Bitrate: 0\n
+~configure c2.v text/"f"*207
+fork getStatus
+    F length > kMaxPieceLength: status text: a piece of 301 characters is too long
+    died
+
+story whateverASessionLeaves_theNextIsLikeAFirst: catches a member that a reset forgets, or clears though it is to be kept
+# Rates, whole and half measured, repeats, an open run of drops, errors, a stop, a pending change and settling that lasts.
+service
+~settle ; times 245 { input +10000 secure } ; after 6000 ; times 13 { input 33333 secure } ; times 15 { output 33333 }
+~size 1920 1080 ; drop 25 ; render 0 ; profileP3End ; profileMCStopEnd ; output 9000000 ; profileP2End
+~display 3840 2160 ; updateDisplaySize ; display 1280 720 ; updateVendorMetrics CodecNonFatalErrorCount=3 ; drop 4 ; size 640 480 ; isAtmosDetected
+resetMetricsData
+    -> unregisterClient(client)
+getStatus ; getEmbeddedWarnings ; getFramerate ; getResolution ; getBitDepth ; getColorProperties ; getFramedropMeta
+    = \tCodec Type: VIDEO\n\tHW: YES\n\tFormat: avc\n\tSecure: NO\n\tIs Secure Memory Used: NO\n\tInput Bitrate: 0\n\tResolution: 0x0\n\tStream Framerate (fps): 0.000\n\tFramesDropped: 0\n | 99999999.HW.c2.video.avc | 24 | 0x0 | 0 | 0 | HW
+client getBufferCountSinceLastFlush ; client getTimeSinceLastFrameRendered ; client isVideoClientUsingSecureMem ; client getClientCodecFormat
+    = 0 | 7502 | false | avc
+# No change is pending, no run is open, no repeat is counted; the first timestamp and the first frame come again.
+updateFrameDropCounters ; input 7 ; output 40000 ; output 40000 ; render 40000
+    I 99999999.HW.c2.video.avc Dropped 0 frames
+    I [BRISK] HW.c2.video.avc Got First Input Frame 7501 pts:7
+    I updatePTSTime [HW.c2.video.avc] First PTS after Flush or reset = 40000
+    -> getOldestAudioClientCodec()
+    I [BRISK] HW.c2.video.avc Got First Frame Ready 7501(0)
+    I Rendering first frame after starting or flushing.
+    I [BRISK] HW.c2.video.avc Got First Frame Render 7501(0), renderNum = 1
+    -> onFirstFrameRendered(client)
+# What is left of the sample, the interval and the stop shows in what is measured next.
+~after 5001 ; input 0 ; times 239 { input +20000 } ; output 5040000 ; output 10040000
+getFramerate ; logMetrics
+    = 50
+    I 99999999.HW.c2.video.avc.TotalVideoPlaybackTimeMs = 10000
+    metric j2w8/2/02330410 VideoCodec 10000 ms [HW_avc] 0
+    metric qkuh/2/02330410 TotalVideoPlaybackTimeMs 10000 ms [HW_avc] 0
+    I 99999999.HW.c2.video.avc.StreamAvgFramerate = 0.300
+    metric 21qt/2/02330410 StreamAvgFramerate 0 fps [avc] fps=15 1
+    I 99999999.HW.c2.video.avc.videoResolution.SD = 10000
+    metric k29r/2/02330410 videoResolution 10000 ms [SD.15] 0
+    I 99999999.HW.c2.video.avc.StreamFramerate = 50.210
+    I 99999999.HW.c2.video.avc.AspectRatio = nan
+    I 99999999.HW.c2.video.avc.BRISK-P5Ms = 0
+    metric csyv/2/02330410 FirstFrameReadyMs 0 ms [HW_avc] 0
+    metric pb8a/2/02330410 FirstFrameRenderMs 0 ms [HW_avc] 0
+    I 99999999.HW.c2.video.avc.BRISK-P2Ms = 0
+    I 99999999.HW.c2.video.avc.BRISK-P3Ms = 0
+    I 99999999.HW.c2.video.avc.FirstFrameReadyMs = 0
+    I 99999999.HW.c2.video.avc.StreamAvgBitrateInKbps = 3
+    metric jn5x/2/02330410 AvgBitrate 3 kbps [HW_avc] media=video 1
+    -> unregisterClient(client)
+    = com.android.mediaplayer.HW.c2.video.avc:videoResolution.SD=10000:BRISK-P5Ms=0:BRISK-P2Ms=0:BRISK-P3Ms=0:FirstFrameReadyMs=0:StreamAvgBitrateInKbps=3
+# Once reported, a session is over until it is configured anew.
+logMetrics ; configure ; logMetrics
+    = ""
+    -> unregisterClient(client)
+    I [BRISK] HW.c2.video.avc P2 + 12502
+    I 99999999.HW.c2.video.avc.BRISK-P2Ms = -12502
+    I 99999999.HW.c2.video.avc.BRISK-P3Ms = 0
+    I 99999999.HW.c2.video.avc.FirstFrameReadyMs = 0
+    -> unregisterClient(client)
+    = com.android.mediaplayer.HW.c2.video.avc:BRISK-P2Ms=18446744073709539114:BRISK-P3Ms=0:FirstFrameReadyMs=0
+
+story aReconfiguration_endsWhatIsOpen: catches a change or a run of drops that the next session closes
+~settle ; size 1280 720 ; drop 1 ; configure
+play 40 33333
+    I [BRISK] HW.c2.video.avc Got First Input Frame 1534 pts:66666
+    I updatePTSTime [HW.c2.video.avc] First PTS after Flush or reset = 66666
+    I [BRISK] HW.c2.video.avc Got First Frame Ready 1534(0)
+    I Rendering first frame after starting or flushing.
+    I [BRISK] HW.c2.video.avc Got First Frame Render 1534(0), renderNum = 1
+    W MediaCodecLoggerService in NULL
