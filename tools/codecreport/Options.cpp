@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Options.h"
 
+#include <string.h>
+
 #include <algorithm>
+#include <filesystem>
 
 #include <tools/options/OptionTable.h>
 
 #include "fleet/FleetCommand.h"
+#include "fleet/Rows.h"
 
 namespace android::codecreport {
 
@@ -72,10 +76,14 @@ options::Program programOf(Options* options) {
     options::Program program = {
             "codecreport",
             CODECREPORT_VERSION,
-            {"[LOG...] [OPTION...]", "compare BASE NEW [OPTION...]", "explain KEY...",
+            {"[LOG...] [OPTION...]", "compare BASE NEW [OPTION...]",
+             "compare BASE... -- NEW... [OPTION...]", "explain KEY...",
              "--db FILE LOG... [OPTION...]", "query FILE SQL [OPTION...]"},
             kIntro,
-            {{"compare", "BASE NEW", "hold one against the other; both are logs or made by --json"},
+            {{"compare", "BASE NEW",
+              "hold one against the other; both are logs or made by --json; folders, databases, "
+              "and all that \"--\" parts, are sets of logs, which are compared by rank tests; with "
+              "--db, sets are KEY=VALUE of its labels"},
              {"explain", "KEY...",
               "say what a log line or its id, a field, a report key, a metrics record, a property "
               "or a key of the JSON means"}},
@@ -123,16 +131,36 @@ std::string checkReport(const Options& options) {
     return {};
 }
 
+/** Two logs or reports are held against each other; all else that is compared are sets. */
+bool isPair(const Options& options) {
+    const auto isSet = [](const std::string& path) {
+        std::error_code error;
+        return std::filesystem::is_directory(path, error) || isDatabase(path);
+    };
+    return options.fleet.newSet.empty() && options.fleet.database.empty() &&
+           std::none_of(options.arguments.begin(), options.arguments.end(), isSet);
+}
+
+/** Without "--", each of two operands is a set. */
+std::string checkSets(Options* options) {
+    if (options->fleet.newSet.empty() && options->arguments.size() == 2) {
+        options->fleet.newSet = {options->arguments.back()};
+        options->arguments.pop_back();
+    }
+    if (!options->thresholds.empty()) return "sets are compared without --threshold";
+    return options->fleet.newSet.empty() ? "compare takes two sets, BASE... -- NEW..." : "";
+}
+
 /** Takes the command off the arguments and looks whether all that it needs is there. */
 std::string check(Options* options) {
     auto& arguments = options->arguments;
     const std::string first = arguments.empty() ? "" : arguments[0];
-    if (first == "compare" || first == "explain") arguments.erase(arguments.begin());
-    if (isFleetCommand(first)) {
+    const bool isFleet = isFleetCommand(first);
+    if (isFleet || first == "explain") arguments.erase(arguments.begin());
+    if (isFleet && !(first == "compare" && isPair(*options))) {
         options->command = Options::Command::FLEET;
         options->fleet.command = first;
-        arguments.erase(arguments.begin());
-        return checkFleetCommand(*options);
+        return first == "compare" ? checkSets(options) : checkFleetCommand(*options);
     }
     if (first == "compare") {
         options->command = Options::Command::COMPARE;
@@ -154,6 +182,22 @@ std::string check(Options* options) {
 
 std::optional<int> parseOptions(int argc, char** argv, Options* options) {
     const options::Program table = programOf(options);
+    // Of compare, "--" parts two sets; options may stand on both sides.
+    char** const end = argv + argc;
+    char** parting =
+            argc > 1 && strcmp(argv[1], "compare") == 0
+                    ? std::find_if(argv, end, [](char* word) { return strcmp(word, "--") == 0; })
+                    : end;
+    if (parting != end) {
+        std::vector<char*> rest = {argv[0]};
+        rest.insert(rest.end(), parting + 1, end);
+        rest.push_back(nullptr);
+        const int count = static_cast<int>(rest.size()) - 1;
+        auto& newSet = options->fleet.newSet;
+        if (const auto code = options::parse(table, count, rest.data(), &newSet)) return code;
+        *parting = nullptr;
+        argc = static_cast<int>(parting - argv);
+    }
     if (const auto code = options::parse(table, argc, argv, &options->arguments)) return code;
     const std::string wrong = check(options);
     if (wrong.empty()) return std::nullopt;

@@ -87,6 +87,42 @@ TEST(CodecreportDatabase, queryReadsOnlyAndSaysWhatIsWrong) {
     }
 }
 
+TEST(CodecreportDatabase, foldersAreComparedAsSets) {
+    std::string folders[2];
+    for (int set = 0; set < 2; ++set) {
+        for (int i = 0; i < 12; ++i) {
+            Playback playback;
+            playback.frames = 100 + i;
+            for (int frame = 0; frame < playback.frames; ++frame) {
+                playback.slowDecodes[frame] = i + 6 * set;
+            }
+            const std::string log = fileWith(writeLog(messagesOf(playback), LogFormat::THREADTIME),
+                                             "set" + std::to_string(set) + "-" + std::to_string(i));
+            folders[set] = log.substr(0, log.rfind('/')) + "/set" + std::to_string(set);
+            ASSERT_EQ(0, runProcess({"sh", "-c",
+                                     "mkdir -p " + folders[set] + " && mv " + log + " " +
+                                             folders[set]})
+                                 .exitCode);
+        }
+    }
+    const std::string db = folders[0] + ".db";
+    ASSERT_EQ(0, codecreport({"--db", db, folders[0], folders[1], "--labels", "{set}/*"}).exitCode);
+    for (const auto& [arguments, code, word] :
+         std::vector<std::tuple<std::vector<std::string>, int, const char*>>{
+                 {{folders[0], "--", folders[1]}, 3, "\nworse\n"},
+                 {{folders[1], folders[0]}, 0, "\nbetter\n"},
+                 {{folders[0] + "/set0-3", "--", folders[1] + "/set1-4"}, 6, "\ncannot tell\n"},
+                 {{"--db", db, "set=set0", "--", "set=set1", "codec=HW.c2.video.avc"},
+                  3,
+                  "worse"}}) {
+        std::vector<std::string> words = {"compare"};
+        words.insert(words.end(), arguments.begin(), arguments.end());
+        const ProcessResult result = codecreport(words);
+        EXPECT_EQ(code, result.exitCode) << result.out << result.err;
+        EXPECT_THAT(result.out, HasSubstr(word));
+    }
+}
+
 TEST(CodecreportDatabase, labelsComeFromTheEndOfThePath) {
     const struct {
         const char* path;

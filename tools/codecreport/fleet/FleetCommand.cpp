@@ -5,7 +5,7 @@
 #include <stdlib.h>
 #include <unistd.h>
 
-#include "ExitCode.h"
+#include "fleet/FleetCommands.h"
 #include "fleet/Ingest.h"
 #include "fleet/Rows.h"
 #include "output/HtmlPage.h"
@@ -13,10 +13,6 @@
 namespace android::codecreport {
 
 namespace {
-
-void say(const std::string& text) {
-    fprintf(stderr, "codecreport: %s\n", text.c_str());
-}
 
 /** The logs and metrics files with their labels. */
 std::vector<LogFile> filesOf(const std::vector<std::string>& paths, const Options& options,
@@ -37,26 +33,6 @@ std::vector<LogFile> filesOf(const std::vector<std::string>& paths, const Option
     return files;
 }
 
-int addLogs(const std::vector<std::string>& paths, const Options& options, Database* database) {
-    std::vector<std::string> problems;
-    const std::vector<LogFile> files = filesOf(paths, options, &problems);
-    const bool progress = !options.quiet && isatty(STDERR_FILENO) != 0;
-    const Reference reference;
-    const IngestResult result = ingest(reference, files, progress, database);
-    problems.insert(problems.end(), result.problems.begin(), result.problems.end());
-    for (const std::string& problem : problems) say(problem);
-    if (!result.writeError.empty()) {
-        say(result.writeError);
-        return BAD_OUTPUT;
-    }
-    if (!options.quiet) {
-        fprintf(stderr, "%zu logs with %zu sessions added, %zu held already, %zu not read\n",
-                result.added, result.sessions, result.known, result.unread);
-    }
-    if (result.unread > 0) return BAD_INPUT;
-    return problems.empty() ? OK : INPUT_ENDS_EARLY;
-}
-
 int addCommand(const std::vector<std::string>& paths, const Options& options) {
     Database database;
     if (!database.open(options.fleet.database, Database::Access::CREATE)) {
@@ -64,13 +40,6 @@ int addCommand(const std::vector<std::string>& paths, const Options& options) {
         return BAD_OUTPUT;
     }
     return addLogs(paths, options, &database);
-}
-
-/** Opens for reading. */
-bool openDatabase(const std::string& path, Database* database) {
-    if (database->open(path, Database::Access::READ)) return true;
-    say(database->error());
-    return false;
 }
 
 int queryCommand(const std::vector<std::string>& operands, const Options& options) {
@@ -131,6 +100,8 @@ struct FleetCommand {
 constexpr FleetCommand kCommands[] = {
         {"query", 2, 2, "query takes a database and an SQL statement", false, queryCommand},
         {"rows", 1, SIZE_MAX, "rows takes logs, or one database, and -o FOLDER", true, rowsCommand},
+        {"compare", 1, SIZE_MAX, "compare takes two sets of logs, BASE... -- NEW...", false,
+         compareCommand},
         {"session", 2, 2, "session takes a database, a session_id and -o FILE", true,
          sessionCommand},
 };
@@ -143,6 +114,37 @@ const FleetCommand* commandNamed(const std::string& name) {
 }
 
 }  // namespace
+
+void say(const std::string& text) {
+    fprintf(stderr, "codecreport: %s\n", text.c_str());
+}
+
+bool openDatabase(const std::string& path, Database* database) {
+    if (database->open(path, Database::Access::READ)) return true;
+    say(database->error());
+    return false;
+}
+
+ExitCode addLogs(const std::vector<std::string>& paths, const Options& options,
+                 Database* database) {
+    std::vector<std::string> problems;
+    const std::vector<LogFile> files = filesOf(paths, options, &problems);
+    const bool progress = !options.quiet && isatty(STDERR_FILENO) != 0;
+    const Reference reference;
+    const IngestResult result = ingest(reference, files, progress, database);
+    problems.insert(problems.end(), result.problems.begin(), result.problems.end());
+    for (const std::string& problem : problems) say(problem);
+    if (!result.writeError.empty()) {
+        say(result.writeError);
+        return BAD_OUTPUT;
+    }
+    if (!options.quiet) {
+        fprintf(stderr, "%zu logs with %zu sessions added, %zu held already, %zu not read\n",
+                result.added, result.sessions, result.known, result.unread);
+    }
+    if (result.unread > 0) return BAD_INPUT;
+    return problems.empty() ? OK : INPUT_ENDS_EARLY;
+}
 
 bool isFleetCommand(const std::string& word) {
     return commandNamed(word) != nullptr;

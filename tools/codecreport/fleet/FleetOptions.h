@@ -16,6 +16,8 @@ struct FleetOptions {
     /** Empty: add to the database. */
     std::string command;
     std::string database;
+    /** Of compare, what follows "--"; the operands before it are BASE. */
+    std::vector<std::string> newSet;
     Labels labels;
     std::string labelPattern;
     RowForm form = RowForm::TABLE;
