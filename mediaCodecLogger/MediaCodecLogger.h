@@ -1,16 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <pthread.h>
 #include <stdint.h>
 
 #include <media/hardware/CryptoAPI.h>
 #include <media/stagefright/foundation/AString.h>
-#include <mediaCodecLogger/Relaxed.h>
 #include <utils/Errors.h>
-#include <utils/Mutex.h>
 #include <utils/RefBase.h>
 #include <utils/String8.h>
+
+#include <mediaCodecLogger/base/Relaxed.h>
+#include <mediaCodecLogger/logger/CodecIdentity.h>
+#include <mediaCodecLogger/logger/InputHistory.h>
+#include <mediaCodecLogger/logger/Session.h>
+#include <mediaCodecLogger/logger/StreamFormat.h>
 
 namespace android {
 
@@ -18,10 +21,6 @@ struct AMessage;
 struct CodecBase;
 class IMediaCodecLoggerService;
 class MediaCodecLoggerClient;
-
-/** Resolution classes, of a stream as of the display, by width: from 1280 HD, 1920 FHD, 3840 UHD.
- */
-enum ResolutionType { RES_SD = 0, RES_HD, RES_FHD, RES_UHD, MAX_RES_TYPES };
 
 /**
  * Measures the playback quality of one codec. The media framework creates a logger for every codec,
@@ -79,7 +78,10 @@ class alignas(64) MediaCodecLogger : public RefBase {
                    bool isDecoder, int maxWidth, int maxHeight, sp<CodecBase> codec,
                    bool loggingEnabled);
 
-    /** Unregisters the client from the service, if it is registered, and starts a new session. */
+    /**
+     * Starts a new session. Before that, whenever a service is held and logging is enabled, the
+     * client is unregistered from it, also when it is not registered at present.
+     */
     void resetMetricsData();
 
     /** `text` with the package name at its head replaced by the pid; the pid alone for null. */
@@ -151,7 +153,10 @@ class alignas(64) MediaCodecLogger : public RefBase {
     void getResolution(int& width, int& height);
     int getBitDepth();
     AString getScanType();
-    /** The colour standard: a platform value, or below 65 what the codec reported. */
+    /**
+     * The colour standard: a platform value, or what the codec reported where that is below 65 or
+     * could not be converted.
+     */
     void getColorProperties(int& value);
 
     // Input and bitrate
@@ -263,77 +268,32 @@ class alignas(64) MediaCodecLogger : public RefBase {
   private:
     friend class MediaCodecLoggerClient;
 
-    static constexpr uint32_t kFlagTunneled = 0x1;
-    static constexpr uint32_t kFlagThrottleRepeats = 0x2;
-    static constexpr uint32_t kInputHistorySize = 20;
-
-    /** What the codec tag says, found once when it is built. The words need not exclude each other.
-     */
-    enum TagWord : uint32_t {
-        TAG_VIDEO = 0x1,
-        TAG_AUDIO = 0x2,
-        TAG_HW = 0x4,
-        TAG_SW = 0x8,
-        TAG_RAW = 0x10,
-    };
-
-    bool tagHas(TagWord word) const { return (mTagWords & word) != 0; }
-    bool isTunneled() const { return (mFlags & kFlagTunneled) != 0; }
+    bool hasAtmos() { return mIdentity.is(logger::TAG_AUDIO) && isAtmosDetected(); }
     int64_t clientId() const { return reinterpret_cast<int64_t>(mClient.get()); }
-
-    void nameCodec(const AString& mime);
-    void resetPlayback();
-    void resetStreamFormat();
-    void resetStartUpAndErrors();
-    void resetInput();
-    void resetFrameDrops();
-
-    /** A copy that is safe against a reconfiguration on another thread. */
-    AString copyCodecFormat() const;
-
-    // The texts that start keys and records.
     AString embeddedWarnings();
-    AString metricPrefix() const;
-    AString codecDescriptor(const char* afterFormat) const;
+    /** Where the time of a closed segment goes; null for a codec that is neither video nor audio.
+     */
+    Relaxed<int64_t>* playbackTimeMs();
 
-    void trackSegment(int64_t pts, unsigned long count);
-    void addPlaybackTime(int64_t spanUs);
-    void endSettling();
+    void noteSeek(int64_t pts);
     void noteRepeat(int64_t pts, unsigned long count);
     void finishResolutionChange();
     void sendRampupMetric();
     void noteFirstFrameReady();
-
-    struct FormatUpdate;
-    void readFormat(const sp<AMessage>& format, FormatUpdate* update);
     void closeSegmentForFormatChange();
-
-    void sampleInputFramerate(int64_t timeUs);
     void noteFirstFrameRendered(int64_t renderTimeNs, unsigned long renderCount);
-    template <typename Call>
-    void notifyService(Call call);
-
-    class Report;
+    void closeSession();
 
     void registerWithService();
     void subscribeVendorFormat();
+    template <typename Call>
+    void notifyService(Call call);
 
-    // Identity and naming. Written by the constructor and configure(). mCodecTag and mCodecFormat
-    // change under mTextLock; the codec's threads, which do not run during configure(), read them
-    // without it.
-    AString mCodecTag;
-    AString mPackageName;
-    AString mCodecFormat;
-    Relaxed<bool> mIsSecure;
-    int32_t mPid = 0;
-    uint32_t mUid = 0;
-    AString mCodecName;
+    // Whose codec it is. Written by the constructor and configure().
+    logger::CodecIdentity mIdentity;
     sp<CodecBase> mCodec;
-    Relaxed<uint32_t> mTagWords;
-    mutable Mutex mTextLock;
 
     // Configuration switches. Written by configure(), read everywhere.
-    Relaxed<uint32_t> mFlags;
     Relaxed<bool> mIsDecoder;
     Relaxed<bool> mLoggingEnabled;
     Relaxed<bool> mMetricsLogged;
@@ -342,85 +302,16 @@ class alignas(64) MediaCodecLogger : public RefBase {
     // the logger.
     sp<IMediaCodecLoggerService> mService;
     sp<MediaCodecLoggerClient> mClient;
-    String8 mOldestAudioClientCodec;
 
-    // Timestamps (microseconds) and playback. Written on the output path; queries read the segment.
-    Relaxed<int64_t> mLastPts;
-    Relaxed<int64_t> mSegmentStartPts;
-    Relaxed<int32_t> mRepeatPtsCount;
-    Relaxed<int32_t> mRepeatInputPtsCount;
-    Relaxed<uint64_t> mSegmentFrameCount;
-    Relaxed<uint64_t> mPrevSegmentsFrameCount;
-    Relaxed<int64_t> mAudioPlaybackTimeMs;
-    Relaxed<int64_t> mPlaybackTimeMsByRes[MAX_RES_TYPES];
-    Relaxed<bool> mIgnoreRepeatCheck;
-    Relaxed<int64_t> mFirstRenderAfterFlushMs;
-    Relaxed<bool> mFirstPtsAfterFlush;
-    Relaxed<int64_t> mFirstInputTimeMs;
-    Relaxed<int64_t> mFirstFrameReadyMs;
-    Relaxed<int64_t> mFirstFrameRenderMs;
+    /** What is measured; resetMetricsData() assigns a fresh one. */
+    logger::Session mSession;
 
-    // Stream format. Written by format changes, the texts under mLock; read by the format getters.
-    pthread_rwlock_t mLock;
-    Relaxed<int32_t> mResolutionType;
-    Relaxed<int32_t> mWidth;
-    Relaxed<int32_t> mHeight;
-    AString mHdrType;
-    Relaxed<int32_t> mBitDepth;
-    AString mScanType;
-    Relaxed<int32_t> mColorStandard;
-    Relaxed<int32_t> mScreenSizeType;
-    Relaxed<int32_t> mPrevWidth;
-    Relaxed<int32_t> mPrevHeight;
-    Relaxed<bool> mResChangePending;
-    Relaxed<bool> mFhdRampupLogged;
-    Relaxed<bool> mUhdRampupLogged;
-
-    // Start-up profile. Written by the phase operations, read by the report.
-    Relaxed<int64_t> mP2StartMs;
-    Relaxed<int64_t> mP2EndMs;
-    Relaxed<int64_t> mP3StartMs;
-    Relaxed<int64_t> mP3EndMs;
-    Relaxed<int64_t> mStopBeginMs;
-    Relaxed<int64_t> mStopEndMs;
-
-    // Input and bitrate. Written on the input path; queries read the bitrate, the frame rate and
-    // the flags.
+    // What a reset keeps, because the next session of the codec starts with it.
+    logger::StreamFormatTexts mFormatTexts;
+    logger::InputHistory mInputHistory;
+    /** The last input buffer used secure memory. */
     Relaxed<bool> mSecureMemoryUsed;
-    Relaxed<uint64_t> mIntervalBytes;
-    Relaxed<uint64_t> mIntervalStartMs;
-    Relaxed<uint64_t> mTotalInputBytes;
-    Relaxed<uint64_t> mTotalIntervalMs;
-    Relaxed<uint64_t> mBitrateKbps;
-    Relaxed<uint32_t> mInputPtsCount;
-    Relaxed<int64_t> mInputPtsHistory[kInputHistorySize];
-    Relaxed<float> mStreamFramerate;
-    Relaxed<int64_t> mInputMinPts;
-    Relaxed<int64_t> mInputMaxPts;
-    Relaxed<int64_t> mInputPtsSampleCount;
-    Relaxed<bool> mAtmosChecked;
-    Relaxed<int32_t> mAtmosDetected;
-
-    // Frame drops and rendering. Written on the render path; queries read the total and the time of
-    // the last output.
-    Relaxed<bool> mInDropRun;
-    Relaxed<uint32_t> mFramesDropped;
-    Relaxed<uint32_t> mMaxConsecutiveFramesDropped;
-    Relaxed<uint32_t> mConsecutiveFramesDropped;
-    Relaxed<uint32_t> mOneConsecutiveDrops;
-    Relaxed<uint32_t> mTwoConsecutiveDrops;
-    Relaxed<uint32_t> mFiveConsecutiveDrops;
-    Relaxed<uint32_t> mTenConsecutiveDrops;
-    Relaxed<uint32_t> mDisplayFramesDropped;
-    Relaxed<int64_t> mDropRunStartMs;
-    Relaxed<bool> mAwaitingFirstRender;
-    Relaxed<uint32_t> mRenderedFrameCount;
-    Relaxed<int64_t> mLastRenderTimeMs;
-    Relaxed<int64_t> mLastOutputTimeMs;
-
-    // Errors. Written by the vendor statistics and the decoder's errors, read by the report.
-    Relaxed<uint32_t> mNonFatalErrorCount;
-    Relaxed<uint32_t> mFatalErrorCount;
+    String8 mOldestAudioClientCodec;
 };
 
 }  // namespace android

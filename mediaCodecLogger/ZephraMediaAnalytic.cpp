@@ -11,6 +11,7 @@
 #include <log/log.h>
 #include <media/stagefright/CodecBase.h>
 #include <mediaCodecLogger/AppIdentityManager.h>
+#include <mediaCodecLogger/analytics/FrameEvents.h>
 
 namespace android {
 
@@ -115,10 +116,6 @@ ZephraMediaAnalytic::TrackerRef ZephraMediaAnalytic::lookUp_l(const CodecBase* c
     return nullptr;
 }
 
-ZephraMediaAnalytic::TrackerRef ZephraMediaAnalytic::trackerOf(const CodecBase* codec) {
-    return mEnabled ? lookUp(codec) : nullptr;
-}
-
 ZephraMediaAnalytic::TrackerRef ZephraMediaAnalytic::trackerOf(KeyIndex ZephraMediaAnalytic::*index,
                                                                long key) {
     if (!mEnabled) return nullptr;
@@ -148,77 +145,87 @@ bool ZephraMediaAnalytic::updateInputFrame_pre(sp<CodecBase> codec, const uint8_
                                                const CryptoPlugin::SubSample* subSamples,
                                                CryptoPlugin::Mode mode, long timeUs, long nowUs,
                                                bool encrypted) {
-    return pass(codec, &FrameTracker::updateInputFrame_pre, data, size, key, iv, numSubSamples,
-                subSamples, mode, timeUs, nowUs, encrypted);
+    return FrameEvents(*this).updateInputFrame_pre(codec, data, size, key, iv, numSubSamples,
+                                                   subSamples, mode, timeUs, nowUs, encrypted);
 }
 
 void ZephraMediaAnalytic::updateInputFrame(sp<CodecBase> codec, size_t size, long timeUs,
                                            bool secure, AString formatName) {
-    pass(codec, &FrameTracker::updateInputFrame, size, timeUs, secure, formatName);
+    FrameEvents(*this).updateInputFrame(codec, size, timeUs, secure, formatName);
 }
 
 void ZephraMediaAnalytic::updateOmxInput(sp<CodecBase> codec, const void* data, size_t size,
                                          long timeUs, int framesOwned, unsigned flags) {
-    pass(codec, &FrameTracker::updateOmxInput, data, size, timeUs, framesOwned, flags);
+    deliver(codec, [&](FrameTracker& tracker) {
+        tracker.updateOmxInput(data, size, timeUs, framesOwned, flags);
+    });
 }
 
 void ZephraMediaAnalytic::updateOutputFrame(sp<CodecBase> codec, long timeUs) {
-    pass(codec, &FrameTracker::updateOutputFrame, timeUs);
+    FrameEvents(*this).updateOutputFrame(codec, timeUs);
 }
 
 void ZephraMediaAnalytic::updateOmxOutput(long omxKey, long timeUs, int flags, unsigned size) {
-    deliver(trackerOf(&ZephraMediaAnalytic::mByOmxKey, omxKey), &FrameTracker::updateOmxOutput,
-            timeUs, flags, size);
+    deliver(trackerOf(&ZephraMediaAnalytic::mByOmxKey, omxKey),
+            [&](FrameTracker& tracker) { tracker.updateOmxOutput(timeUs, flags, size); });
 }
 
 void ZephraMediaAnalytic::updateC2Output(sp<CodecBase> codec, long timeUs, unsigned flags) {
-    pass(codec, &FrameTracker::updateC2Output, timeUs, flags);
+    deliver(codec, [&](FrameTracker& tracker) { tracker.updateC2Output(timeUs, flags); });
 }
 
 void ZephraMediaAnalytic::updateACodecOutput(sp<CodecBase> codec, const void* data,
                                              GraphicBuffer* graphicBuffer, size_t size) {
-    pass(codec, &FrameTracker::updateACodecOutput, data, graphicBuffer, size);
+    deliver(codec,
+            [&](FrameTracker& tracker) { tracker.updateACodecOutput(data, graphicBuffer, size); });
 }
 
 void ZephraMediaAnalytic::flush(sp<CodecBase> codec) {
-    pass(codec, &FrameTracker::flush);
+    FrameEvents(*this).flush(codec);
 }
 
 void ZephraMediaAnalytic::updateCCodecConfigs(sp<CodecBase> codec, bool isVideo, bool trackingOff,
                                               bool isDecoder) {
-    pass(codec, &FrameTracker::updateConfigs, isVideo, trackingOff, isDecoder, true);
+    deliver(codec, [&](FrameTracker& tracker) {
+        tracker.updateConfigs(isVideo, trackingOff, isDecoder, true);
+    });
 }
 
 void ZephraMediaAnalytic::updateBuffers(long bufferKey, unsigned port, size_t count,
                                         size_t minUndequeued) {
-    deliver(trackerOf(&ZephraMediaAnalytic::mByBufferKey, bufferKey), &FrameTracker::updateBuffers,
-            port, count, minUndequeued);
+    deliver(trackerOf(&ZephraMediaAnalytic::mByBufferKey, bufferKey),
+            [&](FrameTracker& tracker) { tracker.updateBuffers(port, count, minUndequeued); });
 }
 
 void ZephraMediaAnalytic::updateBuffers(sp<CodecBase> codec, unsigned port, size_t count,
                                         size_t minUndequeued, bool isVideo, bool trackingOff,
                                         bool isDecoder) {
-    const TrackerRef tracker = trackerOf(codec.get());
-    deliver(tracker, &FrameTracker::updateConfigs, isVideo, trackingOff, isDecoder, false);
-    deliver(tracker, &FrameTracker::updateBuffers, port, count, minUndequeued);
+    deliver(codec, [&](FrameTracker& tracker) {
+        tracker.updateConfigs(isVideo, trackingOff, isDecoder, false);
+        tracker.updateBuffers(port, count, minUndequeued);
+    });
 }
 
 void ZephraMediaAnalytic::updateFrameRender(sp<CodecBase> codec, long renderTimeNs, long timeUs) {
-    pass(codec, &FrameTracker::updateFrameRender, renderTimeNs, timeUs);
+    FrameEvents(*this).updateFrameRender(codec, renderTimeNs, timeUs);
 }
 
 void ZephraMediaAnalytic::dropFrameAnalyze(sp<CodecBase> codec, long timeUs, bool rendered) {
-    if (!rendered) pass(codec, &FrameTracker::dropFrameAnalyze, timeUs);
+    if (!rendered) FrameEvents(*this).dropFrameAnalyze(codec, timeUs);
 }
 
 void ZephraMediaAnalytic::updateQueueBuffer(sp<CodecBase> codec, long startUs, long renderTimeNs,
                                             long mediaTimeUs, const GraphicBuffer* buffer) {
-    pass(codec, &FrameTracker::updateQueueBuffer, startUs, renderTimeNs, mediaTimeUs, buffer);
+    deliver(codec, [&](FrameTracker& tracker) {
+        tracker.updateQueueBuffer(startUs, renderTimeNs, mediaTimeUs, buffer);
+    });
 }
 
 void ZephraMediaAnalytic::updateDequeueBuffer(sp<CodecBase> codec, long startUs, const void* buffer,
                                               size_t ownedByComponent) {
-    pass(codec, &FrameTracker::updateDequeueBuffer, startUs, buffer, ownedByComponent);
+    deliver(codec, [&](FrameTracker& tracker) {
+        tracker.updateDequeueBuffer(startUs, buffer, ownedByComponent);
+    });
 }
 
 }  // namespace android

@@ -6,7 +6,7 @@
 
 #include <media/hardware/CryptoAPI.h>
 #include <media/stagefright/foundation/AString.h>
-#include <mediaCodecLogger/Relaxed.h>
+#include <mediaCodecLogger/base/Relaxed.h>
 #include <utils/Errors.h>
 #include <utils/KeyedVector.h>
 #include <utils/List.h>
@@ -164,7 +164,7 @@ class ZephraMediaAnalytic : public Singleton<ZephraMediaAnalytic> {
 
   private:
     friend class Singleton<ZephraMediaAnalytic>;
-    friend class MediaCodecLogger;
+    friend class FrameEvents;
 
     /** One registration. */
     struct CodecItem {
@@ -184,50 +184,25 @@ class ZephraMediaAnalytic : public Singleton<ZephraMediaAnalytic> {
 
     // Codecs are found by address: the pointers are compared and never dereferenced.
 
-    /** The tracker of a codec; null while the analytics are off or for an unknown codec. */
-    TrackerRef trackerOf(const CodecBase* codec);
-
     using KeyIndex = KeyedVector<long, const CodecBase*>;
-
-    /** The tracker of the first codec registered with `key`; null as above. */
-    TrackerRef trackerOf(KeyIndex ZephraMediaAnalytic::*index, long key);
 
     /** The tracker of a codec whether or not the analytics are on; null for an unknown codec. */
     TrackerRef lookUp(const CodecBase* codec);
     TrackerRef lookUp_l(const CodecBase* codec) const REQUIRES(mLock);
+    /** The tracker of the first codec registered with `key`; null while the analytics are off. */
+    TrackerRef trackerOf(KeyIndex ZephraMediaAnalytic::*index, long key);
     /** Finds out anew which codec the keys of `changed` lead to. */
     void indexKeys_l(const CodecItem& changed) REQUIRES(mLock);
     void indexKey_l(KeyIndex& index, long CodecItem::*key, long value) REQUIRES(mLock);
 
-    // Templates of the tracker's type, because that is not known yet here.
-
     /** Calls the tracker, outside the lock; nobody listens to the events of no tracker. */
-    template <typename Tracker, typename... Params, typename... Args>
-    static void deliver(const wp<Tracker>& tracker, void (Tracker::*event)(Params...),
-                        const Args&... args) {
-        if (tracker != nullptr) (tracker.unsafe_get()->*event)(args...);
+    template <typename Event>
+    static void deliver(const TrackerRef& tracker, const Event& event) {
+        if (tracker != nullptr) event(*tracker.unsafe_get());
     }
-
-    // What the operations on a codec come to. The logger, which keeps its codec itself, calls
-    // these: a codec and a format name passed by value would be paid for with every frame.
-
-    template <typename Tracker, typename... Params, typename... Args>
-    void pass(const sp<CodecBase>& codec, void (Tracker::*event)(Params...), const Args&... args) {
-        if (mEnabled) deliver(lookUp(codec.get()), event, args...);
-    }
-
-    /**
-     * For an event that the tracker may refuse; that removes the codec.
-     *
-     * @return false only for an unknown codec while the analytics are on
-     */
-    template <typename Tracker, typename... Params, typename... Args>
-    bool pass(const sp<CodecBase>& codec, bool (Tracker::*event)(Params...), const Args&... args) {
-        if (!mEnabled) return true;
-        const wp<Tracker> tracker = lookUp(codec.get());
-        if (tracker == nullptr) return false;
-        if (!(tracker.unsafe_get()->*event)(args...)) removeCodec(codec);
-        return true;
+    template <typename Event>
+    void deliver(const sp<CodecBase>& codec, const Event& event) {
+        if (mEnabled) deliver(lookUp(codec.get()), event);
     }
 
     /** Guards the members below and writes of the flag. */
@@ -244,6 +219,3 @@ class ZephraMediaAnalytic : public Singleton<ZephraMediaAnalytic> {
 };
 
 }  // namespace android
-
-// The nested class, in a header of its own because of its size.
-#include <mediaCodecLogger/FrameTracker.h>

@@ -2,7 +2,6 @@
 #include <mediaCodecLogger/binder/MediaCodecLoggerClient.h>
 
 #include <media/stagefright/CodecBase.h>
-#include <mediaCodecLogger/LoggerSupport.h>
 #include <mediaCodecLogger/MediaCodecLogger.h>
 
 namespace android {
@@ -73,17 +72,17 @@ void MediaCodecLoggerClient::getClientColorProperties(int& value) {
 
 int64_t MediaCodecLoggerClient::getTimeSinceLastFrameRendered() {
     return fromLogger(int64_t{0}, [](auto& logger) {
-        return wrapSub(MediaCodecLogger::getSystemTimeMillis(), logger.mLastOutputTimeMs);
+        return logger.mSession.rendering.sinceLastOutputMs(MediaCodecLogger::getSystemTimeMillis());
     });
 }
 
 int32_t MediaCodecLoggerClient::getUid() {
-    return fromLogger(-1, [](auto& logger) { return static_cast<int32_t>(logger.mUid); });
+    return fromLogger(-1, [](auto& logger) { return static_cast<int32_t>(logger.mIdentity.mUid); });
 }
 
 int64_t MediaCodecLoggerClient::getBufferCountSinceLastFlush() {
     return fromLogger(int64_t{0}, [](auto& logger) {
-        return static_cast<int64_t>(uint64_t{logger.mSegmentFrameCount});
+        return static_cast<int64_t>(uint64_t{logger.mSession.segments.mSegmentFrameCount});
     });
 }
 
@@ -92,7 +91,8 @@ bool MediaCodecLoggerClient::isVideoClientUsingSecureMem() {
 }
 
 String8 MediaCodecLoggerClient::getClientCodecFormat() {
-    return fromLogger(String8(), [](auto& logger) { return toString8(logger.copyCodecFormat()); });
+    return fromLogger(String8(),
+                      [](auto& logger) { return toString8(logger.mIdentity.copyCodecFormat()); });
 }
 
 }  // namespace android

@@ -1,0 +1,180 @@
+// SPDX-License-Identifier: Apache-2.0
+// The way in: announced, queued, handed to the component.
+
+#define LOG_TAG "ZMediaAnalyticV"
+
+#include <log/log.h>
+#include <mediaCodecLogger/analytics/AnalyticSupport.h>
+#include <mediaCodecLogger/analytics/FrameTracker.h>
+
+namespace android {
+
+namespace {
+
+/** Bytes shown of a buffer or of a sub-sample. */
+constexpr size_t kShownBytes = 10;
+
+/** Shows the head of the `count` bytes at `offset`, as far as they lie inside the buffer. */
+void appendBytes(std::string& text, const uint8_t* data, size_t size, size_t offset, size_t count) {
+    if (data == nullptr || offset >= size) return;
+    const size_t shown = std::min({count, kShownBytes, size - offset});
+    for (size_t i = 0; i < shown; ++i) appendFormat(text, " %02x", data[offset + i]);
+}
+
+void logIv(const uint8_t* iv) {
+    ALOGI("iv:%02x %02x %02x %02x %02x %02x %02x %02x %02x %02x %02x %02x %02x %02x %02x %02x",
+          iv[0], iv[1], iv[2], iv[3], iv[4], iv[5], iv[6], iv[7], iv[8], iv[9], iv[10], iv[11],
+          iv[12], iv[13], iv[14], iv[15]);
+}
+
+}  // namespace
+
+bool ZephraMediaAnalytic::FrameTracker::updateInputFrame_pre(
+        const uint8_t* data, size_t size, const uint8_t* /*key*/, const uint8_t* iv,
+        size_t numSubSamples, const CryptoPlugin::SubSample* subSamples,
+        CryptoPlugin::Mode /*mode*/, long timeUs, long nowUs, bool encrypted) {
+    Mutex::Autolock lock(mLock);
+    mLastInputTimeMs = usToMs(nowUs);
+    if (mIsVideo && !mTrackingOff && !appendTsInfo_l(timeUs)) return false;
+
+    if (debugs(kDebugBytes, kDebugBytesOther)) {
+        if (encrypted) {
+            if (iv != nullptr) logIv(iv);
+            logSubSamples_l(data, size, numSubSamples, subSamples, timeUs);
+        } else {
+            mLine.clear();
+            appendFormat(mLine, "S:%zu v:%d t:%lld", size, static_cast<bool>(mIsVideo), ll(timeUs));
+            appendBytes(mLine, data, size, 0, size);
+            ALOGI("%s", mLine.c_str());
+        }
+    }
+    if (debugs(kDumpInput, kDumpInputOther) &&
+        openDump(mInputDumpFile, "input", mIsVideo ? "video" : "audio") && data != nullptr) {
+        writeDump(mInputDumpFile, data, size);
+    }
+    return true;
+}
+
+bool ZephraMediaAnalytic::FrameTracker::appendTsInfo_l(long timeUs) {
+    const size_t count = mTsInfos.size();
+    // A limit of n lets n + 1 records in; a limit below 1 refuses without a word.
+    if (mMaxQueueSize < static_cast<ssize_t>(count)) {
+        if (mMaxQueueSize >= 1) {
+            ALOGW("%s queue full:%zu, first ts:%lld, last ts:%lld", mLogPrefix.c_str(), count,
+                  ll(mTsInfos[0].mTimeUs), ll(timeUs));
+        }
+        return false;
+    }
+    const uint64_t frameNo = mFrameCounter + 1;
+    if (frameNo == UINT64_MAX) {
+        __android_log_assert("mFrameCounter", LOG_TAG, "frame numbers are used up");
+    }
+    mFrameCounter = frameNo;
+
+    AnalyticTsInfo rec;
+    rec.mTimeUs = timeUs;
+    rec.mQueueTimeMs = -1;
+    rec.mOutputTimeMs = -1;
+    rec.mRenderTimeMs = -1;
+    rec.mRenderCallTimeMs = -1;
+    rec.mFrameNo = static_cast<int64_t>(frameNo);
+    rec.mPreQueueTimeMs = mLastInputTimeMs;
+    mTsInfos.push_back(rec);
+    return true;
+}
+
+void ZephraMediaAnalytic::FrameTracker::logSubSamples_l(const uint8_t* data, size_t size,
+                                                        size_t numSubSamples,
+                                                        const CryptoPlugin::SubSample* subSamples,
+                                                        long timeUs) {
+    if (subSamples == nullptr) return;
+    size_t offset = 0;
+    for (size_t i = 0; i < numSubSamples; ++i) {
+        const uint32_t clear = subSamples[i].mNumBytesOfClearData;
+        const uint32_t encrypted = subSamples[i].mNumBytesOfEncryptedData;
+        const size_t count = checkedCount(clear, encrypted);
+        mLine.clear();
+        appendFormat(mLine, "s:%d v:%d t:%lld c:%d e:%d S:%zu", static_cast<int>(i),
+                     static_cast<bool>(mIsVideo), ll(timeUs), static_cast<int>(clear),
+                     static_cast<int>(encrypted), size);
+        appendBytes(mLine, data, size, offset, count);
+        ALOGI("%s", mLine.c_str());
+        offset = checkedCount(offset, count);
+    }
+}
+
+void ZephraMediaAnalytic::FrameTracker::updateInputFrame(size_t size, long timeUs, bool /*secure*/,
+                                                         const AString& formatName) {
+    Mutex::Autolock lock(mLock);
+    if (mFormatName.empty()) {
+        mFormatName = formatName;
+        mLogPrefix = mFormatName;
+    }
+    if (!isVideoDecoder()) {
+        if (debugs(kDebugInput, kDebugInputOther)) {
+            ALOGI("%s %s:%lld, size:%zu", mLogPrefix.c_str(), inputEvent(), ll(timeUs), size);
+        }
+        return;
+    }
+    if (debugs(kDebugInput)) {
+        ALOGI("%s %s:%lld s:%zu tsS:%zu", mLogPrefix.c_str(), inputEvent(), ll(timeUs), size,
+              mTsInfos.size());
+    }
+    const ssize_t index = indexOfTsInfo_l(timeUs);
+    if (index < 0) {
+        ALOGW("%s Not found when %s ts:%lld", mLogPrefix.c_str(), __func__, ll(timeUs));
+        return;
+    }
+    AnalyticTsInfo& rec = editRecord(mTsInfos, index);
+    rec.mQueueTimeMs = monotonicMs();
+    if (mIsCodec2) {
+        // Codec2 takes the buffer at once and reports no hand-over of its own.
+        rec.mCodecInTimeMs = rec.mQueueTimeMs;
+        rec.mFramesInCodec = framesInCodec_l();
+    }
+    if (debugs(kDebugTimeline)) {
+        ALOGI("%s Frame:%zu Decrypt cost:%lld ts:%lld size:%zu", mLogPrefix.c_str(),
+              static_cast<size_t>(rec.mFrameNo),
+              ll(checkedSub(rec.mQueueTimeMs, rec.mPreQueueTimeMs)), ll(timeUs), size);
+    }
+}
+
+void ZephraMediaAnalytic::FrameTracker::updateOmxInput(const void* data, size_t size, long timeUs,
+                                                       int framesOwned, unsigned flags) {
+    Mutex::Autolock lock(mLock);
+    if (debugs(kDumpDecrypted, kDumpDecryptedOther) &&
+        openDump(mDecryptedDumpFile, "decrypted", mIsVideo ? "1" : "0") && data != nullptr) {
+        writeDump(mDecryptedDumpFile, data, size);
+    }
+    if (!isVideoDecoder()) {
+        if (debugs(kDebugInput, kDebugInputOther)) logOmxInput_l(size, timeUs, framesOwned, flags);
+        return;
+    }
+    const ssize_t index = indexOfTsInfo_l(timeUs);
+    if (index < 0) {
+        ALOGW("%s Not found when %s ts:%lld", mLogPrefix.c_str(), __func__, ll(timeUs));
+        return;
+    }
+    AnalyticTsInfo& rec = editRecord(mTsInfos, index);
+    rec.mCodecInTimeMs = monotonicMs();
+    rec.mFramesInCodec = framesInCodec_l();
+    if (mTsInfos.size() <= mFramesOwnedByUs) {
+        ALOGW("%s Omx ETB:%lld size:%zu c:%d u:%zu tsS:%zu flag:%x", mLogPrefix.c_str(), ll(timeUs),
+              size, framesOwned, mFramesOwnedByUs, mTsInfos.size(), flags);
+    }
+    if (debugs(kDebugInput)) logOmxInput_l(size, timeUs, framesOwned, flags);
+    if (debugs(kDebugTimeline)) {
+        ALOGI("%s Frame:%zu sent to Omx, ETB(Empty this buffer) Timestamp:%lld size:%zu "
+              "frames owned by OMX:%d tsS:%zu flag:%x",
+              mLogPrefix.c_str(), static_cast<size_t>(rec.mFrameNo), ll(timeUs), size, framesOwned,
+              mTsInfos.size(), flags);
+    }
+}
+
+void ZephraMediaAnalytic::FrameTracker::logOmxInput_l(size_t size, long timeUs, int framesOwned,
+                                                      unsigned flags) const {
+    ALOGI("%s Omx ETB:%lld size:%zu c:%d tsS:%zu flag:%x", mLogPrefix.c_str(), ll(timeUs), size,
+          framesOwned, mTsInfos.size(), flags);
+}
+
+}  // namespace android

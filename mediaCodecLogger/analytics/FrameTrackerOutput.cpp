@@ -1,0 +1,144 @@
+// SPDX-License-Identifier: Apache-2.0
+// The way out: decoded by the component, handed to the client; and the flush that forgets it all.
+
+#define LOG_TAG "ZMediaAnalyticV"
+
+#include <errno.h>
+#include <string.h>
+
+#include <hardware/gralloc.h>
+#include <log/log.h>
+#include <mediaCodecLogger/analytics/AnalyticSupport.h>
+#include <mediaCodecLogger/analytics/FrameTracker.h>
+#include <ui/GraphicBuffer.h>
+
+namespace android {
+
+void ZephraMediaAnalytic::FrameTracker::updateOmxOutput(long timeUs, int flags, unsigned size) {
+    constexpr int kFlagEndOfStream = 0x1;
+
+    Mutex::Autolock lock(mLock);
+    if (!isVideoDecoder()) {
+        if (debugs(kDebugOutput, kDebugOutputOther)) {
+            ALOGI("%s OMX FBD mediaTs:%lld f:%d s:%u%zu", mLogPrefix.c_str(), ll(timeUs), flags,
+                  size, mTsInfos.size());
+        }
+        return;
+    }
+    if (flags & kFlagEndOfStream) return;
+    const ssize_t index = indexOfTsInfo_l(timeUs);
+    if (index >= 0 && size != 0) {
+        const AnalyticTsInfo& rec = markDecoded_l(index);
+        if (debugs(kDebugOutput)) {
+            ALOGI("%s OMX FBD FL:%lld mediaTs:%lld f:%d s:%u%zd/%zu", mLogPrefix.c_str(),
+                  ll(checkedSub(rec.mCodecOutTimeMs, rec.mCodecInTimeMs)), ll(timeUs), flags, size,
+                  index, mTsInfos.size());
+        }
+    } else if (size != 0 || debugs(kDebugOutput)) {
+        ALOGW("%s not found ts:%lld size:%u infos Size:%zu flag:%d when %s", mLogPrefix.c_str(),
+              ll(timeUs), size, mTsInfos.size(), flags, __func__);
+    }
+}
+
+void ZephraMediaAnalytic::FrameTracker::updateC2Output(long timeUs, unsigned flags) {
+    Mutex::Autolock lock(mLock);
+    if (!isVideoDecoder()) {
+        if (debugs(kDebugOutput, kDebugOutputOther)) {
+            ALOGI("%s C2 OWD mediaTs:%lld f:%d %zu", mLogPrefix.c_str(), ll(timeUs),
+                  static_cast<int>(flags), mTsInfos.size());
+        }
+        return;
+    }
+    const ssize_t index = indexOfTsInfo_l(timeUs);
+    if (index >= 0) {
+        const AnalyticTsInfo& rec = markDecoded_l(index);
+        if (debugs(kDebugOutput)) {
+            ALOGI("%s C2 OWD FL:%lld mediaTs:%lld f:%d %zd/%zu", mLogPrefix.c_str(),
+                  ll(checkedSub(rec.mCodecOutTimeMs, rec.mCodecInTimeMs)), ll(timeUs),
+                  static_cast<int>(flags), index, mTsInfos.size());
+        }
+    } else if (debugs(kDebugOutput)) {
+        ALOGW("%s not found ts:%lld infos Size:%zu flag:%d when %s", mLogPrefix.c_str(), ll(timeUs),
+              mTsInfos.size(), static_cast<int>(flags), __func__);
+    }
+}
+
+const AnalyticTsInfo& ZephraMediaAnalytic::FrameTracker::markDecoded_l(size_t index) {
+    AnalyticTsInfo& rec = editRecord(mTsInfos, index);
+    rec.mCodecOutTimeMs = monotonicMs();
+    mFramesOwnedByUs = checkedCount(mFramesOwnedByUs, size_t{1});
+    return rec;
+}
+
+void ZephraMediaAnalytic::FrameTracker::updateOutputFrame(long timeUs) {
+    Mutex::Autolock lock(mLock);
+    if (!isVideoDecoder()) {
+        if (debugs(kDebugOutput, kDebugOutputOther)) {
+            ALOGI("%s %s:%lld", mLogPrefix.c_str(), outputEvent(), ll(timeUs));
+        }
+        return;
+    }
+    const ssize_t index = indexOfTsInfo_l(timeUs);
+    if (index < 0) {
+        if (takeErrorFrame_l()) ALOGW("%s not found ts when %s", mLogPrefix.c_str(), __func__);
+        return;
+    }
+    if (mFirstOutputTs == -1) mFirstOutputTs = timeUs;
+    AnalyticTsInfo& rec = editRecord(mTsInfos, index);
+    rec.mOutputTimeMs = monotonicMs();
+    if (debugs(kDebugTimeline)) {
+        ALOGI("%s Frame:%zu Decoded and filled into output buffer, %s mediaTs:%lld, %zd/%zu",
+              mLogPrefix.c_str(), static_cast<size_t>(rec.mFrameNo),
+              mIsCodec2 ? "Output onWorkDone" : "FBD(Fill buffer done)", ll(timeUs), index,
+              mTsInfos.size());
+        frameAnalyze_l(timeUs, mLogPrefix.c_str(), false);
+    }
+    if (debugs(kDebugOutput)) {
+        ALOGI("%s %s mediaTs:%lld, %zd/%zu", mLogPrefix.c_str(), outputEvent(), ll(timeUs), index,
+              mTsInfos.size());
+        frameAnalyze_l(timeUs, outputEvent(), false);
+    }
+}
+
+void ZephraMediaAnalytic::FrameTracker::updateACodecOutput(const void* data,
+                                                           GraphicBuffer* graphicBuffer,
+                                                           size_t size) {
+    Mutex::Autolock lock(mLock);
+    if (!debugs(kDumpOutput, kDumpOutputOther)) return;
+    if (!openDump(mOutputDumpFile, "output", mIsVideo ? "video" : "audio")) return;
+
+    if (graphicBuffer != nullptr) {
+        void* mapped = nullptr;
+        const status_t status = graphicBuffer->lock(GRALLOC_USAGE_SW_READ_OFTEN, &mapped);
+        if (status != OK) {
+            // Unsigned, because the smallest status has no negative.
+            const int error = static_cast<int>(0u - static_cast<unsigned>(status));
+            char text[64];
+            ALOGW("lock graphic buffer fail: %s (%d)", strerror_r(error, text, sizeof(text)),
+                  error);
+            return;
+        }
+        if (mapped != nullptr) writeDump(mOutputDumpFile, mapped, size);
+        graphicBuffer->unlock();
+    } else if (data != nullptr) {
+        writeDump(mOutputDumpFile, data, size);
+    } else {
+        return;
+    }
+    ALOGI("write output size:%zu", size);
+}
+
+void ZephraMediaAnalytic::FrameTracker::flush() {
+    Mutex::Autolock lock(mLock);
+    mTsInfos.clear();
+    mLastRendered = {};
+    mLastAvSyncLogMs = kFlushed;
+    resetRenderStatusInfo_l();
+    mFirstOutputTs = -1;
+    mFramesOwnedByUs = 0;
+    mAnalyzed = false;
+    mFrameCounter = 0;
+    mErrorFrameCount = 0;
+}
+
+}  // namespace android
