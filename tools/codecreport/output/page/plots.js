@@ -9,6 +9,10 @@ const STEP = 0.25;
 const CLICK_PX = 4;
 const NARROW_PX = 600;
 
+/** Steps of the time axis, in seconds, of which each moment can be written in full. */
+const STEPS_S = [0.001, 0.002, 0.005, 0.01, 0.02, 0.05, 0.1, 0.2, 0.5, 1, 2, 5, 10, 15, 30, 60, 120, 300, 600, 900,
+  1800, 3600, 7200, 14400, 21600, 43200, 86400];
+
 const token = (name) => getComputedStyle(document.documentElement).getPropertyValue(name).trim();
 export const causeToken = (cause) => `--${cause.replace('_', '-')}`;
 
@@ -192,7 +196,7 @@ export class PlotGroup {
         bind: { dblclick: () => () => this.show(0, this.endS) },
       },
       scales: { x: { time: false, range: (u, min, max) => this.clamp(min, max) }, ...plot.scales },
-      axes: [axis(null, { size: 26, values: moments, space: 70 }), axis(plot.y, { scale: 'y' }),
+      axes: [axis(null, { size: 26, values: moments, incrs: STEPS_S, space: 70 }), axis(plot.y, { scale: 'y' }),
         ...(plot.y2 ? [axis(plot.y2, { scale: 'y2', side: 1, grid: { show: false } })] : [])],
       series: [{}, ...plot.series.map((series) => ({
         label: series.label,

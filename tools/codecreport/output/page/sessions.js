@@ -59,8 +59,14 @@ function cadenceOf(session) {
   return parts.join(' · ');
 }
 
+function soundOf({ report = {}, counts = {} }) {
+  const bitrate = report.stream_avg_bitrate_kbps;
+  return [`played ${lasting(report.total_audio_playback_ms)}`,
+    `${isKnown(bitrate) ? round(bitrate, 0) : UNKNOWN} kbit/s`, `${count(counts.error_count)} errors`].join(' · ');
+}
+
 function bodyOf(session) {
-  if (session.kind !== 'video') return [make('p', { class: 'cadence' }, identityOf(session))];
+  if (session.kind !== 'video') return [make('p', { class: 'cadence' }, soundOf(session))];
   return [
     strip(session, 0, session.duration_ms, (incident) => { location.hash = plotsLink(session, incident); }),
     incidentTable(session),
