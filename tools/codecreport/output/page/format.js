@@ -10,7 +10,8 @@ export const round = (value, digits) => Number(value.toFixed(digits));
 export const count = (value) => (isKnown(value) ? value.toLocaleString('en') : UNKNOWN);
 export const percent = (share) => {
   if (!isKnown(share)) return UNKNOWN;
-  return share > 0 && share < 0.01 ? 'below 1 %' : `${Math.round(share * 100)} %`;
+  if (share > 0 && share < 0.01) return '< 1 %';
+  return share < 1 && share > 0.99 ? '> 99 %' : `${Math.round(share * 100)} %`;
 };
 
 /** A moment of the session: 0:06.7, 1:02:03.4. `digits` of the second, more when zoomed in. */

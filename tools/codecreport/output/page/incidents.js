@@ -55,7 +55,9 @@ export function incidentTable(session) {
     return note(session.incident_count > 0
       ? 'The worst sessions fill this page; the incidents of this one are in the JSON report.' : 'No incident.');
   }
-  if (incidents.length === 0) return note('No incident.');
+  if (incidents.length === 0) {
+    return note(session.verdict?.word === 'smooth' ? 'No incident.' : 'The log does not tell of an incident.');
+  }
   const box = make('div', { class: 'incidents' });
   const all = () => box.replaceChildren(tableOf(session, incidents),
     session.incident_count > incidents.length

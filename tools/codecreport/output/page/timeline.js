@@ -18,6 +18,7 @@ export const STAGES = {
 const LEAST_FRAMES = 5;
 const GAP_FRAMES = 6;
 const PAD_MS = 400;
+const PAD_FRAMES = 10;
 
 const frameSeconds = (session) => (session.frame_interval?.p50_ms || 33) / 1000;
 const seconds = (rows) => rows.map((row) => row[0] / 1000);
@@ -185,14 +186,15 @@ export class Timeline {
     const index = this.incidents.findIndex((incident) => incident.id === id);
     const incident = this.incidents[index];
     if (!incident || this.isEmpty) return false;
-    const pad = Math.max(PAD_MS, incident.duration_ms / 2);
+    const frames = PAD_FRAMES * (this.session.frames?.frames_per_row_count ?? 1);
+    const pad = Math.max(PAD_MS, incident.duration_ms / 2, frames * 1000 * frameSeconds(this.session));
     this.group.show((incident.start_ms - pad) / 1000, (incident.start_ms + incident.duration_ms + pad) / 1000);
     const other = (step, name) => {
       const neighbour = this.incidents[index + step];
       return neighbour ? make('a', { class: 'controls', href: plotsLink(this.session, neighbour) }, name) : '';
     };
     this.at.replaceChildren(make('strong', {}, `Incident ${incident.id} at ${clock(incident.start_ms)}`),
-      ` stood ${lasting(incident.stood_ms)} `, causesOf(incident), `${incident.evidence}. `,
+      ` (media time ${clock(incident.media_ms)}) stood ${lasting(incident.stood_ms)} `, causesOf(incident), `${incident.evidence}. `,
       make('a', { class: 'controls', href: rowLink(this.session, incident) }, 'Back to the table'), ' ',
       other(-1, 'Previous'), ' ', other(1, 'Next'));
     const element = document.getElementById('plots');
