@@ -27,7 +27,7 @@ Frames decodeAll(const uint8_t* data, size_t size, Decoded* end) {
         *end = decodeMessage(data, size, &message, &used);
         if (*end != Decoded::kMessage) return frames;
         FUZZ_CHECK(used > 0 && used <= size);
-        FUZZ_CHECK(message.payload.data.size() <= kMaxParcelSize);
+        FUZZ_CHECK(message.payload.data.size() <= kTransactionSpace);
         frames.push_back(encodeMessage(message));
         FUZZ_CHECK(frames.back() == std::vector<uint8_t>(data, data + used));
         // Every beginning of a message may still become one.

@@ -132,16 +132,22 @@ status_t BBinder::transact(uint32_t code, const Parcel& data, Parcel* reply, uin
     return err;
 }
 
-status_t BBinder::onTransact(uint32_t code, const Parcel&, Parcel* reply, uint32_t) {
+status_t BBinder::onTransact(uint32_t code, const Parcel& data, Parcel* reply, uint32_t) {
     switch (code) {
         case INTERFACE_TRANSACTION:
             if (reply == nullptr) return BAD_VALUE;
             return reply->writeString16(getInterfaceDescriptor());
-        case DUMP_TRANSACTION:
+        case DUMP_TRANSACTION: {
+            const int fd = data.readFileDescriptor();
+            const int32_t count = data.readInt32();
+            Vector<String16> args;
+            for (int32_t i = 0; i < count && data.dataAvail() > 0; i++) {
+                args.add(data.readString16());
+            }
+            return dump(fd, args);
+        }
         case SHELL_COMMAND_TRANSACTION:
-            // Both write to descriptors of the caller's, which do not travel between host
-            // processes.
-            return INVALID_OPERATION;
+            return INVALID_OPERATION;  // nobody here has a shell's callbacks
         case SYSPROPS_TRANSACTION:
             report_sysprop_change();
             return NO_ERROR;

@@ -115,8 +115,13 @@ status_t BpBinder::pingBinder() {
     return transact(PING_TRANSACTION, data, &reply);
 }
 
-status_t BpBinder::dump(int, const Vector<String16>&) {
-    return INVALID_OPERATION;  // descriptors do not travel between host processes
+status_t BpBinder::dump(int fd, const Vector<String16>& args) {
+    Parcel data;
+    Parcel reply;
+    data.writeFileDescriptor(fd);
+    data.writeInt32(static_cast<int32_t>(args.size()));
+    for (const String16& arg : args) data.writeString16(arg);
+    return transact(DUMP_TRANSACTION, data, &reply);
 }
 
 status_t BpBinder::transact(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags) {
@@ -141,12 +146,15 @@ status_t BpBinder::transact(uint32_t code, const Parcel& data, Parcel* reply, ui
 
 status_t BpBinder::linkToDeath(const sp<DeathRecipient>& recipient, void* cookie, uint32_t flags) {
     LOG_ALWAYS_FATAL_IF(recipient == nullptr, "linkToDeath(): recipient must be non-NULL");
-    Mutex::Autolock lock(mLock);
-    if (mObitsSent != 0) return DEAD_OBJECT;
-    if (mObituaries == nullptr) mObituaries = new Vector<Obituary>();
-    const Obituary obituary{recipient, cookie, flags};
-    const ssize_t at = mObituaries->add(obituary);
-    return at >= 0 ? status_t{NO_ERROR} : static_cast<status_t>(at);
+    {
+        Mutex::Autolock lock(mLock);
+        if (mObitsSent != 0) return DEAD_OBJECT;
+        if (mObituaries == nullptr) mObituaries = new Vector<Obituary>();
+        mObituaries->add(Obituary{recipient, cookie, flags});
+    }
+    // Nobody was told yet of a death before the first link.
+    transport::Router::instance().watch(mHandle);
+    return NO_ERROR;
 }
 
 status_t BpBinder::unlinkToDeath(const wp<DeathRecipient>& recipient, void* cookie, uint32_t flags,
@@ -161,23 +169,27 @@ status_t BpBinder::unlinkToDeath(const wp<DeathRecipient>& recipient, void* cook
         if (!named || obituary.flags != flags) continue;
         if (outRecipient != nullptr) *outRecipient = obituary.recipient;
         mObituaries->removeAt(i);
+        if (mObituaries->isEmpty()) {
+            delete mObituaries;
+            mObituaries = nullptr;
+        }
         return NO_ERROR;
     }
     return NAME_NOT_FOUND;
 }
 
-// Called once the process of the object is known to have gone; the first call tells the recipients.
+// Called once the object is known to have gone. As on a device, a proxy whose death nobody wants to
+// hear of stays alive until a call fails; otherwise the recipients are told, once.
 void BpBinder::sendObituary() {
     std::unique_ptr<Vector<Obituary>> obituaries;
     {
         Mutex::Autolock lock(mLock);
+        if (mObituaries == nullptr) return;
         mAlive = 0;
-        if (mObitsSent != 0) return;
         mObitsSent = 1;
         obituaries.reset(mObituaries);
         mObituaries = nullptr;
     }
-    if (obituaries == nullptr) return;
     for (const Obituary& obituary : *obituaries) reportOneDeath(obituary);
 }
 

@@ -34,12 +34,6 @@ IPCThreadState::IPCThreadState()
       mLastTransactionBinderFlags(0),
       mCallRestriction(ProcessState::CallRestriction::NONE) {
     static_cast<void>(mCallRestriction);
-    // Only this class may look into a Parcel.
-    [[maybe_unused]] static const bool viewerIsSet =
-            transport::Router::setParcelViewer([](const Parcel& parcel) {
-                return transport::ParcelView{parcel.mData, parcel.mDataSize, parcel.mObjects,
-                                             parcel.mObjectsSize};
-            });
 }
 
 IPCThreadState::~IPCThreadState() = default;

@@ -9,6 +9,7 @@
 
 #include <binder/Parcel.h>
 
+#include <fcntl.h>
 #include <stdlib.h>
 #include <string.h>
 
@@ -221,8 +222,13 @@ status_t Parcel::appendFrom(const Parcel* parcel, size_t offset, size_t len) {
         if (at < offset || at + sizeof(flat_binder_object) > offset + len) continue;
         flat_binder_object flat;
         memcpy(&flat, parcel->mData + at, sizeof(flat));
+        if (flat.type == kTypeFd) {
+            flat.binder =
+                    static_cast<uint32_t>(fcntl(static_cast<int>(flat.binder), F_DUPFD_CLOEXEC, 0));
+            flat.cookie = 1;  // the copy is this Parcel's
+        }
         mDataPos = start + (at - offset);
-        if (const status_t err = writeObject(flat, false); err != NO_ERROR) return err;
+        if (const status_t err = writeObject(flat, true); err != NO_ERROR) return err;
     }
     mDataPos = end;
     return NO_ERROR;

@@ -12,8 +12,11 @@
 #include <binder/Stability.h>
 #include <binder/Status.h>
 
+#include <errno.h>
+#include <fcntl.h>
 #include <stdlib.h>
 #include <string.h>
+#include <unistd.h>
 
 #include <algorithm>
 
@@ -37,6 +40,7 @@ flat_binder_object flatObjectAt(const uint8_t* at) {
 
 // The object that |flat| stands for, null if it stands for none.
 sp<IBinder> binderOf(const flat_binder_object& flat) {
+    if (flat.type == kTypeFd) return nullptr;
     if (flat.type == kTypeBinder) {
         return reinterpret_cast<BBinder*>(static_cast<uintptr_t>(flat.cookie));
     }
@@ -53,6 +57,8 @@ void acquireFlatObject(const uint8_t* at, const void* owner) {
 void releaseFlatObject(const uint8_t* at, const void* owner) {
     const sp<IBinder> binder = binderOf(flatObjectAt(at));
     if (binder != nullptr) binder->decStrong(owner);
+    const flat_binder_object flat = flatObjectAt(at);
+    if (flat.type == kTypeFd && flat.cookie != 0) close(static_cast<int>(flat.binder));
 }
 
 void Parcel::releaseObjects() {
@@ -136,6 +142,32 @@ status_t Parcel::finishUnflattenBinder(const sp<IBinder>& binder, sp<IBinder>* o
     }
     *out = binder;
     return NO_ERROR;
+}
+
+status_t Parcel::writeFileDescriptor(int fd, bool takeOwnership) {
+    const flat_binder_object flat = {kTypeFd, kFlatAcceptsFds | kFlatFdPriority,
+                                     static_cast<uint32_t>(fd), takeOwnership};
+    return writeObject(flat, true);
+}
+
+status_t Parcel::writeDupFileDescriptor(int fd) {
+    const int copy = fcntl(fd, F_DUPFD_CLOEXEC, 0);
+    if (copy < 0) return -errno;
+    const status_t err = writeFileDescriptor(copy, true /*takeOwnership*/);
+    if (err != NO_ERROR) close(copy);
+    return err;
+}
+
+int Parcel::readFileDescriptor() const {
+    const flat_binder_object* const flat = readObject(true);
+    return flat != nullptr && flat->type == kTypeFd ? static_cast<int>(flat->binder) : BAD_TYPE;
+}
+
+status_t Parcel::readUniqueFileDescriptor(base::unique_fd* val) const {
+    const int fd = readFileDescriptor();
+    if (fd == BAD_TYPE) return BAD_TYPE;
+    val->reset(fcntl(fd, F_DUPFD_CLOEXEC, 0));
+    return val->get() >= 0 ? status_t{NO_ERROR} : status_t{BAD_VALUE};
 }
 
 status_t Parcel::writeStrongBinder(const sp<IBinder>& val) {

@@ -36,8 +36,9 @@ using transport::Router;
 
 constexpr size_t kMaxNameLength = 127;
 constexpr useconds_t kWaitPollUs = 100 * 1000;
-// The exception code with which a device's service manager refuses a service.
+// The exception codes with which a device's service manager refuses a service.
 constexpr status_t kIllegalArgument = -3;
+constexpr status_t kNullPointer = -4;
 
 bool isValidName(const std::string& name) {
     if (name.empty() || name.size() > kMaxNameLength) return false;
@@ -65,7 +66,8 @@ class HostServiceManager : public IServiceManager {
 
     status_t addService(const String16& name, const sp<IBinder>& service, bool, int) override {
         const std::string text = String8(name).string();
-        if (service == nullptr || !isValidName(text)) return kIllegalArgument;
+        if (service == nullptr) return kNullPointer;
+        if (!isValidName(text)) return kIllegalArgument;
         Router& router = Router::instance();
         if (router.reachesOthers()) {
             if (const status_t err = router.publish(text, service); err != OK) return err;

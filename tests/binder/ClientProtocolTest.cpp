@@ -160,23 +160,4 @@ TEST(ClientProtocol, initialize_isNeverSent) {
     EXPECT_EQ(peer->last.code, 0u);
 }
 
-TEST(ClientProtocol, defaultImplementation_isReplacedButNeverRemovedNorAsked) {
-    struct Default : PlainClient {
-        explicit Default(int* destroyed) : destroyed(destroyed) {}
-        ~Default() override { ++*destroyed; }
-        int* const destroyed;
-    };
-    static int destroyed = 0;
-    EXPECT_FALSE(IMediaCodecLoggerClient::setDefaultImpl(nullptr));
-    EXPECT_TRUE(IMediaCodecLoggerClient::setDefaultImpl(
-            std::make_unique<AsDefault<Default>>(&destroyed)));
-    auto second = std::make_unique<AsDefault<Default>>(&destroyed);
-    const Default* const kept = second.get();
-    EXPECT_TRUE(IMediaCodecLoggerClient::setDefaultImpl(std::move(second)));
-    EXPECT_EQ(destroyed, 1);
-    EXPECT_FALSE(IMediaCodecLoggerClient::setDefaultImpl(nullptr));
-    EXPECT_EQ(IMediaCodecLoggerClient::getDefaultImpl().get(), kept);
-    EXPECT_EQ(proxyOf(new CannedPeer(UNKNOWN_TRANSACTION))->getPid(), 0);
-}
-
 }  // namespace android::test

@@ -99,71 +99,6 @@ TYPED_TEST(GeneratedProtocol, callerOfThisForm_isUnderstoodByBothStubs) {
     exchangeListenerCalls<TypeParam, Generated>();
 }
 
-TYPED_TEST(GeneratedProtocol, codecsService_answersObserversToo) {
-    const sp<FakeCodecService> service = new FakeCodecService;
-    const sp<Boundary> boundary = new Boundary(service);
-    const sp<typename TypeParam::Service> proxy = TypeParam::Service::asInterface(boundary);
-    for (const auto& call : serviceCalls<TypeParam>()) {
-        SCOPED_TRACE(call.received);
-        // That stub replies nothing to code 14, so there is no status to read.
-        EXPECT_EQ(call.call(*proxy), call.code == 14 ? "failed -61" : call.result);
-        EXPECT_THAT(service->takeCalls(), ElementsAre(call.received));
-    }
-}
-
-TYPED_TEST(GeneratedProtocol, codecsProxy_isAnsweredByThisFormsStub) {
-    const sp<typename TypeParam::FakeService> service = new typename TypeParam::FakeService;
-    const sp<Boundary> boundary = new Boundary(service);
-    const sp<android::IMediaCodecLoggerService> proxy =
-            android::IMediaCodecLoggerService::asInterface(boundary);
-    int64_t ms = 5;
-    EXPECT_TRUE(proxy->getTimeSinceLastFrameRendered(kId, &ms).isOk());
-    EXPECT_EQ(ms, 44);
-    EXPECT_TRUE(proxy->setMitigateFrameDropAllowlist(nullptr, {}, {}).isOk());
-    EXPECT_TRUE(proxy->unregisterListener(43).isOk());
-    EXPECT_EQ(boundary->last().flags, 0u);  // two-way, unlike an observer's
-    EXPECT_THAT(service->takeCalls(),
-                ElementsAre("getTimeSinceLastFrameRendered 139637976732212 0",
-                            "setMitigateFrameDropAllowlist null {} {}", "unregisterListener 43"));
-    // Codes that only the codecs' interface has.
-    EXPECT_EQ(proxy->isInMitigateFrameDropAllowlist("a"), 0);
-    EXPECT_EQ(boundary->last().result, UNKNOWN_TRANSACTION);
-}
-
-TYPED_TEST(GeneratedProtocol, methodThatFails_sendsItsStatusAlone) {
-    const struct {
-        binder::Status status;
-        status_t result;
-        const char* reply;
-        const char* read;
-    } kStatuses[] = {
-            {binder::Status::fromExceptionCode(binder::Status::EX_ILLEGAL_STATE, String8("no")), OK,
-             "fbffffff 02000000 6e006f00 00000000 00000000", "-5 no"},
-            {binder::Status::fromExceptionCode(-8), OK,
-             "f8ffffff 00000000 00000000 00000000 00000000", "-8 "},
-            {binder::Status::fromStatusT(NO_MEMORY), NO_MEMORY, "", "failed -12"},
-            {binder::Status::fromStatusT(UNEXPECTED_NULL), OK, EX_NULL_POINTER_REPLY, "-4 "},
-    };
-    const sp<typename TypeParam::FakeService> service = new typename TypeParam::FakeService;
-    const sp<Boundary> boundary = new Boundary(service);
-    const sp<typename TypeParam::Service> proxy = TypeParam::Service::asInterface(boundary);
-    for (const auto& [status, result, reply, read] : kStatuses) {
-        service->status = status;
-        for (const auto& call : serviceCalls<TypeParam>()) {
-            SCOPED_TRACE(std::string(call.received) + " " + read);
-            const std::string outcome = call.call(*proxy);
-            if (call.code == 8) {
-                EXPECT_EQ(outcome, "ok");
-                continue;
-            }
-            const char* unchanged = call.code == 9 ? " {5}" : call.code == 13 ? " 0" : " 5";
-            EXPECT_EQ(outcome, std::string(read) + (call.code == 14 ? "" : unchanged));
-            EXPECT_EQ(boundary->last().result, result);
-            EXPECT_EQ(boundary->last().reply, reply);
-        }
-    }
-}
-
 TYPED_TEST(GeneratedProtocol, badRequest_reachesNoMethod) {
     const sp<typename TypeParam::FakeService> service = new typename TypeParam::FakeService;
     const sp<typename TypeParam::FakeListener> listener = new typename TypeParam::FakeListener;
@@ -201,17 +136,6 @@ TYPED_TEST(GeneratedProtocol, badRequest_reachesNoMethod) {
     }
     EXPECT_THAT(service->takeCalls(), IsEmpty());
     EXPECT_THAT(listener->takeCalls(), IsEmpty());
-}
-
-TYPED_TEST(GeneratedProtocol, nullListener_comesBackAsAnException) {
-    const sp<typename TypeParam::FakeService> service = new typename TypeParam::FakeService;
-    const sp<Boundary> boundary = new Boundary(service);
-    int64_t id = 5;
-    const sp<typename TypeParam::Service> proxy = TypeParam::Service::asInterface(boundary);
-    EXPECT_EQ(textOf(proxy->registerListener(nullptr, &id)), "-4 ");
-    EXPECT_EQ(boundary->last().request, SERVICE_TOKEN " " NULL_BINDER);
-    EXPECT_EQ(id, 5);
-    EXPECT_THAT(service->takeCalls(), IsEmpty());
 }
 
 TYPED_TEST(GeneratedProtocol, badReply_leavesTheOutValueAlone) {

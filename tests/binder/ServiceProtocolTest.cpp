@@ -118,18 +118,6 @@ TEST(ServiceProtocol, everyCall_hasTheseBytes) {
     }
 }
 
-// A status made from an error of the transport cannot be written; only the out-value is there.
-TEST(ServiceProtocol, whatCannotBeWritten_isLeftOut) {
-    const sp<FakeCodecService> service = new FakeCodecService;
-    service->status = binder::Status::fromStatusT(DEAD_OBJECT);
-    service->activeClient = nullptr;
-    EXPECT_EQ(sendRaw(service, 11, SERVICE_TOKEN ID).reply, "2d000000");
-    EXPECT_EQ(sendRaw(service, 3, SERVICE_TOKEN).reply, "2a000000 00000000 " NULL_BINDER);
-    int64_t id = 5;
-    EXPECT_EQ(proxyOf(new Boundary(service))->getActiveVideoClient(id), nullptr);
-    EXPECT_EQ(id, 42);
-}
-
 // Unlike the generator's stubs this one sends the out-value with every status.
 TEST(ServiceProtocol, exception_isFollowedByTheOutValueAllTheSame) {
     const sp<FakeCodecService> service = new FakeCodecService;
@@ -282,15 +270,6 @@ TEST(ServiceProtocol, foreignTokensAndCodes_reachNoMethod) {
         EXPECT_EQ(sendRaw(service, code, SERVICE_TOKEN ID).result, UNKNOWN_TRANSACTION) << code;
     }
     EXPECT_THAT(service->takeCalls(), IsEmpty());
-}
-
-// A device adds bits of its own to the flags; only the bit for one-way means anything.
-TEST(ServiceProtocol, otherFlags_areIgnored) {
-    const sp<FakeCodecService> service = new FakeCodecService;
-    sendRaw(service, 5, SERVICE_TOKEN ID, IBinder::FLAG_ONEWAY | 0x10);
-    sendRaw(service, 2, SERVICE_TOKEN ID, 0x10);
-    EXPECT_THAT(service->takeCalls(), ElementsAre("onFirstFrameRendered 139637976732212",
-                                                  "unregisterClient 139637976732212"));
 }
 
 }  // namespace android::test

@@ -13,20 +13,13 @@ TEST(AudioParameterTest, getIntReadsTheLeadingNumberOrGives0) {
         int value;
     } cases[] = {
             {"", BAD_VALUE, 0},
-            {"other=1", BAD_VALUE, 0},
             {"KEY=1", BAD_VALUE, 0},
-            {" key=1", BAD_VALUE, 0},
             {"key=1", NO_ERROR, 1},
-            {"key=-3", NO_ERROR, -3},
             {"key= 7x", NO_ERROR, 7},
-            {"key=0x1", NO_ERROR, 0},
-            {"key=1=2", NO_ERROR, 1},
             {"key=1;key=2", NO_ERROR, 2},
             {";;a;key=4;", NO_ERROR, 4},
             {"key=true", INVALID_OPERATION, 0},
-            {"key=", INVALID_OPERATION, 0},
             {"key", INVALID_OPERATION, 0},
-            {"key;=5", INVALID_OPERATION, 0},
     };
     for (const auto& c : cases) {
         int value = -99;

@@ -30,16 +30,6 @@ TEST(AStringTest, findRules) {
     EXPECT_DEATH(text.find("", 7), "F/AString");
 }
 
-TEST(AStringTest, prefixRules) {
-    EXPECT_TRUE(AString("OMX.video").startsWith("OMX"));
-    EXPECT_FALSE(AString("OMX").startsWith("OMX.video"));
-    EXPECT_FALSE(AString("OMX").startsWith("omx"));
-    EXPECT_TRUE(AString("OMX").startsWithIgnoreCase("omx"));
-    EXPECT_TRUE(AString("a.secure").endsWith(".secure"));
-    EXPECT_FALSE(AString("secure").endsWith(".secure"));
-    EXPECT_TRUE(AString("a.SECURE").endsWithIgnoreCase(".secure"));
-}
-
 TEST(AStringTest, appendWritesNumbersInFull) {
     EXPECT_EQ(appended(-5), "-5");
     EXPECT_EQ(appended(4294967295u), "4294967295");
@@ -65,15 +55,6 @@ TEST(AStringTest, editsInPlaceAndDiesOutside) {
     EXPECT_DEATH(text.erase(1, 5), "F/AString");
     EXPECT_DEATH(text.insert("x", 1, 6), "F/AString");
     EXPECT_DEATH(AString(text, 4, 2), "F/AString");
-}
-
-TEST(AStringTest, equalityLooksAtAllBytesOrderUpToNul) {
-    const AString shortText("ab\0c", 4);
-    const AString otherTail("ab\0d", 4);
-    EXPECT_NE(shortText, otherTail);
-    EXPECT_EQ(shortText.compare(otherTail), 0);
-    EXPECT_LT(AString("ab"), AString("b"));
-    EXPECT_EQ(AString(String8("x")), AString("x"));
 }
 
 TEST(AMessageTest, findsNeedTheExactTypeOfTheLatestValue) {

@@ -110,16 +110,6 @@ TEST(DataSetTest, whenFull_refusesAndWritesNothingOutside) {
     EXPECT_THAT(metrics.records().at(0).data, SizeIs(46));
 }
 
-TEST(DataSetTest, whenBytesAreForeign_staysInside) {
-    DataSet set;
-    memset(set.bytes, 0xff, kDataSetSize);
-    EXPECT_NE(__pulse_log_ext_set_data(set.bytes, "key", "value", 0), 0);
-    test::MetricsCapture metrics;
-    print("name", 0, set.bytes);
-    EXPECT_TRUE(set.isIntact());
-    EXPECT_THAT(metrics.records().at(0).data, SizeIs(1));
-}
-
 TEST(MetricsTest, recordIsOneLineOfJson) {
     const MetricsFile file;
     DataSet set;
@@ -181,53 +171,6 @@ TEST(MetricsTest, whenProcessesAndThreadsWrite_linesStayWhole) {
     for (const std::string& line : lines) {
         ASSERT_EQ(json::parse(line, nullptr, false)["name"], name);
     }
-}
-
-TEST(MetricsTest, whenFileCannotGrow_callerGoesOnAndLaterLinesAreWhole) {
-    MetricsFile file;
-    rlimit old = {};
-    getrlimit(RLIMIT_FSIZE, &old);
-    const rlimit tiny = {100, old.rlim_max};
-    const auto oldHandler = signal(SIGXFSZ, SIG_IGN);
-    setrlimit(RLIMIT_FSIZE, &tiny);
-    errno = EDOM;
-    print("cut off", 1, nullptr);
-    print("lost", 2, nullptr);
-    EXPECT_EQ(errno, EDOM);
-    setrlimit(RLIMIT_FSIZE, &old);
-    signal(SIGXFSZ, oldHandler);
-    print("whole", 3, nullptr);
-
-    const auto lines = file.lines();
-    ASSERT_THAT(lines, SizeIs(2));
-    EXPECT_THAT(lines[0], SizeIs(100));
-    EXPECT_EQ(json::parse(lines[1], nullptr, false)["name"], "whole");
-}
-
-TEST(MetricsTest, whenReaderIsGone_processLives) {
-    int ends[2];
-    ASSERT_EQ(pipe(ends), 0);
-    const int standardOutput = dup(STDOUT_FILENO);
-    dup2(ends[1], STDOUT_FILENO);
-    ASSERT_TRUE(hostplatform::openMetricsFile("-"));
-    close(ends[0]);
-    print("lost", 1, nullptr);
-    hostplatform::closeMetricsFile();
-    dup2(standardOutput, STDOUT_FILENO);
-    close(standardOutput);
-    close(ends[1]);
-
-    sigset_t pending;
-    sigpending(&pending);
-    EXPECT_FALSE(sigismember(&pending, SIGPIPE));
-}
-
-TEST(MetricsTest, whenAnotherFileDoesNotOpen_theFirstStaysInUse) {
-    const MetricsFile file;
-    EXPECT_FALSE(hostplatform::openMetricsFile("/nonexistent/metrics"));
-    EXPECT_EQ(errno, ENOENT);
-    print("name", 1, nullptr);
-    EXPECT_THAT(file.lines(), SizeIs(1));
 }
 
 }  // namespace

@@ -36,9 +36,8 @@ TEST(PropertiesTest, getGivesTheValueOrTheDefault) {
 TEST(PropertiesTest, getBoolKnowsExactWordsOnly) {
     test::ScopedProperties properties;
     const std::map<std::string, int> expected = {
-            {"1", 1},  {"y", 1},  {"yes", 1},    {"on", 1},     {"true", 1},  {"0", 0},
-            {"n", 0},  {"no", 0}, {"off", 0},    {"false", 0},  {"TRUE", -1}, {"Y", -1},
-            {"t", -1}, {"2", -1}, {" true", -1}, {"true ", -1}, {"", -1},     {"01", -1},
+            {"1", 1}, {"y", 1},  {"yes", 1}, {"on", 1},    {"true", 1},  {"0", 0},
+            {"n", 0}, {"no", 0}, {"off", 0}, {"false", 0}, {"TRUE", -1}, {"2", -1},
     };
     for (const auto& [text, result] : expected) {
         properties.set("key", text.c_str());
@@ -58,21 +57,11 @@ TEST(PropertiesTest, getIntReadsAsStrtoimaxWithBase0) {
     } cases[] = {
             {"0x10", 16, 16},
             {"010", 8, 8},
-            {"08", 0, 0},
-            {"-0x10", -16, -16},
-            {"+3", 3, 3},
             {"12abc", 12, 12},
-            {"  7", 7, 7},
-            {"1e3", 1, 1},
-            {"0x", 0, 0},
             {"", kDefault, kDefault},
             {"abc", kDefault, kDefault},
-            {"-", kDefault, kDefault},
             {"2147483647", INT32_MAX, INT32_MAX},
             {"2147483648", kDefault, 2147483648},
-            {"-2147483648", INT32_MIN, INT32_MIN},
-            {"-2147483649", kDefault, -2147483649},
-            {"9223372036854775807", kDefault, INT64_MAX},
             {"9223372036854775808", kDefault, kDefault},
     };
     errno = EDOM;
@@ -83,18 +72,6 @@ TEST(PropertiesTest, getIntReadsAsStrtoimaxWithBase0) {
     }
     EXPECT_EQ(errno, EDOM);
     EXPECT_EQ(property_get_int32("unset", 5), 5);
-}
-
-TEST(PropertiesTest, setRefusesLongValuesUnlessReadOnly) {
-    const test::ScopedProperties properties;
-    const std::string fits(PROPERTY_VALUE_MAX - 1, 'v');
-    const std::string tooLong(PROPERTY_VALUE_MAX, 'v');
-    EXPECT_EQ(property_set("key", fits.c_str()), 0);
-    EXPECT_EQ(property_set("key", tooLong.c_str()), -1);
-    EXPECT_THAT(get("key", nullptr), Pair(91, fits));
-    EXPECT_EQ(property_set("ro.key", tooLong.c_str()), 0);
-    EXPECT_EQ(property_set("key", nullptr), 0);
-    EXPECT_THAT(get("key", "default"), Pair(7, "default"));
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 mcl_add_test(host_binder_test
-    SOURCES libbinder/CrossProcessTest.cpp libbinder/DeadPeerTest.cpp libbinder/HostilePeerTest.cpp
-        libbinder/HostileServerTest.cpp libbinder/MessageTest.cpp libbinder/ObjectsTest.cpp
+    SOURCES libbinder/CrossProcessTest.cpp libbinder/DeadPeerTest.cpp
+        libbinder/MessageTest.cpp libbinder/ObjectsTest.cpp
         libbinder/ParcelTest.cpp
         libbinder/PeerProcess.cpp libbinder/RuntimeDirTest.cpp libbinder/StatusTest.cpp
         libbinder/TestService.cpp ../support/Process.cpp

@@ -3,6 +3,7 @@
 
 #include <android-base/unique_fd.h>
 
+#include <deque>
 #include <vector>
 
 #include "Message.h"
@@ -10,8 +11,8 @@
 namespace android::transport {
 
 /**
- * One socket that messages go through, with bounded buffers for what has come in part and for what
- * the peer does not take yet. Never blocks. Not thread-safe: the router's lock guards it.
+ * One socket that messages go through, with buffers for what has come in part and for what the peer
+ * does not take yet. Never blocks. Not thread-safe: the router's lock guards it.
  */
 class Channel {
   public:
@@ -20,8 +21,8 @@ class Channel {
 
     int fd() const { return mFd.get(); }
 
-    /** Sends or keeps |message|. A peer that takes nothing for too long is cut off. */
-    void send(const Message& message);
+    /** Sends or keeps |message|, and takes its descriptors. */
+    void send(Message message);
 
     /** True while messages wait for room in the socket; flush() is to be called once there is. */
     bool hasOutput() const { return mOutDone < mOut.size(); }
@@ -34,9 +35,6 @@ class Channel {
      */
     bool receive(std::vector<Message>* messages);
 
-    /** True while the beginning of a message waits for its rest. */
-    bool hasPartialInput() const { return !mIn.empty(); }
-
     /** Ends the connection; the reader then finds it closed. */
     void cutOff();
 
@@ -47,12 +45,22 @@ class Channel {
     void close();
 
   private:
+    /** Descriptors that go with the byte at an offset of what is sent. */
+    struct OutFds {
+        size_t offset;
+        std::vector<base::unique_fd> fds;
+    };
+
+    ssize_t sendSome();
+    ssize_t receiveSome(uint8_t* at, size_t size);
     bool decodeInput(std::vector<Message>* messages);
 
     base::unique_fd mFd;
     std::vector<uint8_t> mIn;
+    std::deque<base::unique_fd> mInFds;
     std::vector<uint8_t> mOut;
     size_t mOutDone = 0;
+    std::deque<OutFds> mOutFds;
 };
 
 }  // namespace android::transport

@@ -8,7 +8,7 @@ sp<BpBinder> HandleTable::add(const std::shared_ptr<Link>& link, uint64_t object
         mNextHandle = mNextHandle == INT32_MAX ? 1 : mNextHandle + 1;
     }
     const sp<BpBinder> proxy = BpBinder::create(mNextHandle);
-    mEntries[mNextHandle] = {link, object, proxy};
+    mEntries[mNextHandle] = {link, object, proxy, 0};
     if (link != nullptr) mHandles[Key(link.get(), object)] = mNextHandle;
     return proxy;
 }
@@ -24,6 +24,11 @@ sp<BpBinder> HandleTable::proxyOf(int32_t handle) const {
 }
 
 const HandleTable::Entry* HandleTable::find(int32_t handle) const {
+    const auto at = mEntries.find(handle);
+    return at != mEntries.end() ? &at->second : nullptr;
+}
+
+HandleTable::Entry* HandleTable::find(int32_t handle) {
     const auto at = mEntries.find(handle);
     return at != mEntries.end() ? &at->second : nullptr;
 }

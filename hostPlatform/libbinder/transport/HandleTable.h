@@ -21,6 +21,8 @@ class HandleTable {
         std::shared_ptr<Link> link;  // null for an object that was dead when it came
         uint64_t object = 0;
         wp<BpBinder> proxy;
+        /** The request for the object on the link, 0 once it was answered. */
+        uint64_t acquisition = 0;
     };
 
     /** Makes the proxy of |object|. */
@@ -32,6 +34,7 @@ class HandleTable {
 
     /** Null if there is no such handle. */
     const Entry* find(int32_t handle) const;
+    Entry* find(int32_t handle);
 
     void remove(int32_t handle);
 

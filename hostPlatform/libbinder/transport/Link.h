@@ -16,6 +16,8 @@
 
 namespace android::transport {
 
+struct Link;
+
 /** References that the router's lock must not see dropped: the last may run any destructor. */
 using Trash = std::vector<sp<RefBase>>;
 
@@ -25,6 +27,20 @@ struct Pins {
     std::vector<sp<IBinder>> proxies;
 };
 
+/** What a receiver owes for a message with objects: word that it has acquired them all. */
+struct Receipt {
+    std::shared_ptr<Link> link;
+    uint64_t id = 0;
+    /** Acquisitions that are not confirmed yet, and one for as long as the objects are read. */
+    size_t open = 1;
+};
+
+/** An object that its process has been asked for. */
+struct Acquisition {
+    int32_t handle = 0;
+    std::vector<std::shared_ptr<Receipt>> receipts;
+};
+
 /** A connection to another process and what is under way on it. Guarded by the router's lock. */
 struct Link {
     Link(base::unique_fd fd, bool isIncoming, const ucred& credentials)
@@ -32,11 +48,6 @@ struct Link {
           incoming(isIncoming),
           pid(credentials.pid),
           uid(credentials.uid) {}
-
-    struct InTransit {
-        Pins pins;
-        size_t cost = 0;
-    };
 
     Channel channel;
     /** True if the peer connected to us, so that it calls and we serve. */
@@ -48,19 +59,18 @@ struct Link {
     bool greeted = false;
     /** Closed; nothing is sent or comes any more. */
     bool dead = false;
-    /** When the peer must have greeted or completed its message, 0 if nothing is expected. */
-    int64_t deadlineMs = 0;
 
-    /** By call: outgoing, one-way calls not yet served; incoming, replies not yet taken over. */
-    std::map<uint64_t, InTransit> inTransit;
-    /** Outgoing: the cost of those one-way calls. */
-    size_t inTransitCost = 0;
+    /** By call: what our calls (outgoing) or replies (incoming) hold that is not yet acquired. */
+    std::map<uint64_t, Pins> pinned;
+
+    /** Outgoing, by the id of the request. */
+    std::map<uint64_t, Acquisition> acquisitions;
+    /** Outgoing: the costs of one-way calls that are not yet served, by call, and their sum. */
+    std::map<uint64_t, size_t> onewayCosts;
+    size_t onewayCost = 0;
 
     /** Incoming: how many references to each of our objects the peer has acquired. */
     std::map<uint64_t, uint32_t> acquired;
-    /** Incoming: the cost of the calls that are not yet served. */
-    size_t onewayCost = 0;
-    size_t twoWayCost = 0;
 };
 
 struct Export;
@@ -72,6 +82,7 @@ struct IncomingCall {
     std::shared_ptr<Export> target;
     uint32_t code = 0;
     uint32_t flags = 0;
+    std::vector<CallId> chain;
     Payload payload;
     size_t cost = 0;
 

@@ -3,6 +3,8 @@
 
 #include <string.h>
 
+#include <algorithm>
+
 #include "../FlatObject.h"
 
 namespace android::transport {
@@ -13,13 +15,14 @@ namespace {
 
 constexpr size_t kHeaderSize = 16;
 constexpr size_t kObjectSize = 4 + 4 + 8 + 8;
+constexpr size_t kMaxChain = 1024;
 
 /** Which fields the body of a kind has, in the order of Message. */
 struct Layout {
     bool version;  // and peer
     bool object;
     bool status;
-    bool call;  // code, flags, nestedIn
+    bool call;  // code, flags, chain
     bool payload;
 };
 
@@ -52,6 +55,14 @@ class Writer {
     void peer(const PeerId& peer) {
         number(peer.pid);
         number(peer.nonce);
+    }
+
+    void chain(const std::vector<CallId>& calls) {
+        number(static_cast<uint32_t>(calls.size()));
+        for (const CallId& call : calls) {
+            peer(call.peer);
+            number(call.id);
+        }
     }
 
     void payload(const Payload& payload) {
@@ -99,10 +110,19 @@ class Reader {
         return peer;
     }
 
+    void chain(std::vector<CallId>* calls) {
+        const size_t count = number<uint32_t>();
+        if (count > kMaxChain) mOk = false;
+        for (size_t i = 0; mOk && i < count; i++) {
+            const PeerId caller = peer();
+            calls->push_back({caller, number<uint64_t>()});
+        }
+    }
+
     void payload(Payload* payload) {
         const size_t size = number<uint32_t>();
         const size_t count = number<uint32_t>();
-        if (size > kMaxParcelSize || count > size / sizeof(flat_binder_object)) mOk = false;
+        if (size > kTransactionSpace || count > size / sizeof(flat_binder_object)) mOk = false;
         const uint8_t* const data = bytes(size);
         if (data == nullptr || mLeft != count * kObjectSize) {
             mOk = false;
@@ -138,6 +158,22 @@ class Reader {
 
 }  // namespace
 
+bool Payload::isFd(const Object& object) const {
+    uint32_t type;
+    memcpy(&type, data.data() + object.offset, sizeof(type));
+    return type == kTypeFd;
+}
+
+size_t Payload::fdCount() const {
+    return static_cast<size_t>(std::count_if(objects.begin(), objects.end(),
+                                             [this](const Object& o) { return isFd(o); }));
+}
+
+size_t Payload::cost() const {
+    const size_t whole = (data.size() + 7) & ~size_t{7};
+    return std::max<size_t>(whole + objects.size() * sizeof(uint64_t), sizeof(uint64_t));
+}
+
 std::vector<uint8_t> encodeMessage(const Message& message) {
     const Layout& layout = kLayouts[static_cast<uint32_t>(message.kind) - 1];
     Writer writer;
@@ -153,7 +189,7 @@ std::vector<uint8_t> encodeMessage(const Message& message) {
     if (layout.call) {
         writer.number(message.code);
         writer.number(message.flags);
-        writer.number(message.nestedIn);
+        writer.chain(message.chain);
     }
     if (layout.payload) writer.payload(message.payload);
     return writer.take();
@@ -183,7 +219,7 @@ Decoded decodeMessage(const uint8_t* bytes, size_t size, Message* message, size_
     if (layout.call) {
         message->code = body.number<uint32_t>();
         message->flags = body.number<uint32_t>();
-        message->nestedIn = body.number<uint64_t>();
+        body.chain(&message->chain);
     }
     if (layout.payload) body.payload(&message->payload);
     if (!body.atEnd()) return Decoded::kInvalid;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <android-base/unique_fd.h>
 #include <stddef.h>
 #include <stdint.h>
 
@@ -26,35 +27,44 @@ namespace android::transport {
  * | kAcquired | server | i32 status                              | that of the kAcquire           |
  * | kRelease  | client | u64 object                              | 0                              |
  * | kCall     | client | u64 object, u32 code, u32 flags,        | new                            |
- * |           |        | u64 nestedIn, payload                   |                                |
+ * |           |        | u32 count, count x call, payload        |                                |
  * | kReply    | server | i32 status, payload                     | that of a two-way kCall        |
- * | kTaken    | client | -                                       | of a kReply that held objects  |
+ * | kTaken    | both   | -                                       | of what held objects           |
  * | kDone     | server | -                                       | of a one-way kCall, once served|
  *
  *     peer    = u32 pid, u64 nonce
+ *     call    = peer, u64 id
  *     payload = u32 bytes, u32 count, the Parcel's bytes, count x (u32 offset, peer, u64 object)
  *
  * Objects. An object's address is the process that hosts it and a number, which that process never
  * uses twice. Whoever holds a proxy has a link to the host and has acquired the object on it, once
  * for each proxy; the host keeps the object alive until that is released or the link is gone. A
- * sender keeps what a payload names alive until the receiver has acquired it, which is what the
- * reply, kTaken and kDone tell. So an object may be passed on to a third process as well, and the
- * death of one process is noticed by all that hold its objects: their link to it closes.
+ * sender keeps what a payload names alive until the receiver has acquired it, which kTaken tells.
+ * Nobody waits for a host to answer, which may be stopped: the proxy is good at once, and dies if
+ * the host refuses. So an object may be passed on to a third process as well, and the death of one
+ * process is noticed by all that hold its objects: their link to it closes.
  *
- * Calls. nestedIn is the id of the call, made by the receiver, that the sender is serving at
- * present (0 if none): the receiver serves the new call on the thread that waits for the other.
- * One-way calls of one object are served in the order of their arrival, one at a time. What a
+ * A file descriptor in a Parcel is an object of no address and travels beside the message.
+ *
+ * Calls. A kCall names the calls, one for each process, that wait for what its sender serves: the
+ * receiver serves it on the thread that waits for the one that is its own. One-way calls wait for
+ * nobody. Those of one object are served in the order of their arrival, one at a time. What a
  * client has sent one-way and the server has not yet served is limited, as on a device, and the
  * client refuses to send more.
  */
-constexpr uint32_t kProtocolVersion = 1;
+constexpr uint32_t kProtocolVersion = 2;
 
-/** Of a Parcel's bytes in one message, as on a device. */
-constexpr size_t kMaxParcelSize = (1024 - 8) * 1024;
+/**
+ * What a process has room for, as on a device: the Parcels of all calls that it serves or has not
+ * yet come to, and of the replies that it has not yet read.
+ */
+constexpr size_t kTransactionSpace = (1024 - 8) * 1024;
+/** The part of it that one-way calls may take, all together and on each link. */
+constexpr size_t kOnewaySpace = kTransactionSpace / 2;
 /** Of a whole message: a Parcel can be objects from end to end. */
-constexpr size_t kMaxMessageSize = 2 * kMaxParcelSize + 4096;
-/** Of the one-way calls under way on one link. */
-constexpr size_t kMaxOnewaySize = kMaxParcelSize / 2;
+constexpr size_t kMaxMessageSize = 2 * kTransactionSpace + 64 * 1024;
+/** As many as one message of a socket takes along. */
+constexpr size_t kMaxFds = 253;
 
 /** A process: two that have the same pid one after the other differ in the nonce. */
 struct PeerId {
@@ -73,16 +83,30 @@ struct ObjectAddress {
     uint64_t object = 0;
 };
 
-/** What a Parcel holds, with addresses in place of pointers and handles. */
+/** A two-way call, by the process that made it. */
+struct CallId {
+    PeerId peer;
+    uint64_t id = 0;
+};
+
+/** What a Parcel holds, with addresses in place of pointers, handles and descriptors. */
 struct Payload {
     struct Object {
         uint32_t offset = 0;
-        ObjectAddress address;
+        ObjectAddress address;  // of no process for a descriptor
     };
 
     std::vector<uint8_t> data;
     /** By ascending offset; none overlaps another or reaches past the data. */
     std::vector<Object> objects;
+    /** In the order of the objects that stand for them. */
+    std::vector<base::unique_fd> fds;
+
+    bool isFd(const Object& object) const;
+    /** How many of the objects stand for descriptors. */
+    size_t fdCount() const;
+    /** What it takes of the receiver's space. */
+    size_t cost() const;
 };
 
 enum class MessageKind : uint32_t {
@@ -111,10 +135,12 @@ struct Message {
     int32_t status = 0;
     uint32_t code = 0;
     uint32_t flags = 0;
-    uint64_t nestedIn = 0;
+    /** The innermost of each process. */
+    std::vector<CallId> chain;
     Payload payload;
 };
 
+/** The bytes; the descriptors of the payload are not among them. */
 std::vector<uint8_t> encodeMessage(const Message& message);
 
 enum class Decoded {
@@ -123,7 +149,10 @@ enum class Decoded {
     kInvalid,     // no continuation makes it a message
 };
 
-/** Decodes the message at the beginning of |bytes|. A pure function, safe for any bytes. */
+/**
+ * Decodes the message at the beginning of |bytes|, without descriptors. A pure function, safe for
+ * any bytes.
+ */
 Decoded decodeMessage(const uint8_t* bytes, size_t size, Message* message, size_t* used);
 
 }  // namespace android::transport

@@ -14,18 +14,8 @@ namespace android::transport {
 
 namespace {
 
-// Of two-way calls that one peer may have waiting here. Each blocks a thread of the peer's.
-constexpr size_t kMaxTwoWayCost = 16 * 1024 * 1024;
-// Of replies that one peer may leave untaken; one for each of its threads would do.
-constexpr size_t kMaxUntakenReplies = 4096;
-
-struct ServedCall {
-    PeerId peer;
-    uint64_t id;
-};
-
-// Innermost last.
-thread_local std::vector<ServedCall> gServedCalls;
+// The two-way call that this thread serves, the innermost if several.
+thread_local const IncomingCall* gServed = nullptr;
 
 // Makes this thread act for the caller of |call| while it exists.
 class CallerScope {
@@ -36,16 +26,18 @@ class CallerScope {
           mFlags(mThread->getLastTransactionBinderFlags()),
           mPolicy(mThread->getStrictModePolicy()),
           mWorkSource(mThread->clearCallingWorkSource()),
-          mTwoWay(!call.isOneway()) {
+          mOuter(gServed) {
         mThread->clearPropagateWorkSource();
+        // A device does not tell which process a one-way call comes from.
+        const pid_t pid = call.isOneway() ? 0 : call.link->pid;
         mThread->restoreCallingIdentity((static_cast<int64_t>(call.link->uid) << 32) |
-                                        static_cast<uint32_t>(call.link->pid));
+                                        static_cast<uint32_t>(pid));
         mThread->setLastTransactionBinderFlags(static_cast<int32_t>(call.flags));
-        if (mTwoWay) gServedCalls.push_back({call.link->peer, call.id});
+        gServed = call.isOneway() ? nullptr : &call;
     }
 
     ~CallerScope() {
-        if (mTwoWay) gServedCalls.pop_back();
+        gServed = mOuter;
         mThread->restoreCallingWorkSource(mWorkSource);
         mThread->setStrictModePolicy(mPolicy);
         mThread->setLastTransactionBinderFlags(mFlags);
@@ -58,68 +50,71 @@ class CallerScope {
     const int32_t mFlags;
     const int32_t mPolicy;
     const int64_t mWorkSource;
-    const bool mTwoWay;
+    const IncomingCall* const mOuter;
 };
 
 }  // namespace
 
-uint64_t servedCallOf(const PeerId& peer) {
-    for (auto at = gServedCalls.rbegin(); at != gServedCalls.rend(); ++at) {
-        if (at->peer == peer) return at->id;
+std::vector<CallId> callsServed() {
+    if (gServed == nullptr) return {};
+    std::vector<CallId> calls = {{gServed->link->peer, gServed->id}};
+    for (const CallId& outer : gServed->chain) {
+        if (outer.peer != calls[0].peer) calls.push_back(outer);
     }
-    return 0;
+    return calls;
 }
 
-// False if the peer has sent more one-way calls than it may have under way.
-bool Router::takeCall(const std::shared_ptr<Link>& link, Message* message) {
+bool Router::hasRoomFor(const IncomingCall& call) {
+    if (mSpaceUsed + call.cost > kTransactionSpace) return false;
+    return !call.isOneway() || mOnewayUsed + call.cost <= kOnewaySpace;
+}
+
+void Router::takeCall(const std::shared_ptr<Link>& link, Message* message) {
     auto call = std::make_shared<IncomingCall>();
     call->link = link;
     call->id = message->id;
     call->code = message->code;
     call->flags = message->flags;
-    call->cost = costOf(message->payload);
+    call->chain = std::move(message->chain);
+    call->cost = message->payload.cost();
     call->payload = std::move(message->payload);
     if (link->acquired.count(message->object) != 0) call->target = mExports.find(message->object);
     if (call->target == nullptr) {
         refuse(*call, DEAD_OBJECT);
-        return true;
+        return;
     }
-
+    if (!hasRoomFor(*call)) {
+        ALOGE("No room for a call of %zu bytes from process %d", call->cost, link->pid);
+        refuse(*call, FAILED_TRANSACTION);
+        return;
+    }
+    mSpaceUsed += call->cost;
     if (call->isOneway()) {
-        link->onewayCost += call->cost;
+        mOnewayUsed += call->cost;
         call->target->oneways.push_back(call);
         if (!call->target->busy) postOneway(call->target);
         call->target->busy = true;
-        return link->onewayCost <= kMaxOnewaySize;
+        return;
     }
-    if (link->twoWayCost + call->cost > kMaxTwoWayCost) {
-        refuse(*call, FAILED_TRANSACTION);
-        return true;
+    for (const CallId& outer : call->chain) {
+        if (outer.peer == mSelf && mCalls.nest(outer.id, call)) return;
     }
-    link->twoWayCost += call->cost;
-    const auto outer = mPending.find(message->nestedIn);
-    if (outer != mPending.end() && outer->second->link->peer == link->peer &&
-        !outer->second->done) {
-        outer->second->nested.push_back(std::move(call));
-        outer->second->changed.signal();
-    } else {
-        postCall(call);
-    }
-    return true;
+    postCall(call);
 }
 
 void Router::refuse(const IncomingCall& call, status_t status) {
     Message answer(call.isOneway() ? MessageKind::kDone : MessageKind::kReply, call.id);
     answer.status = status;
-    send(call.link, answer);
+    send(call.link, std::move(answer));
+    if (!call.payload.objects.empty()) send(call.link, Message(MessageKind::kTaken, call.id));
 }
 
 void Router::postCall(const std::shared_ptr<IncomingCall>& call) {
-    mPool.postCall([this, call] { serve(call.get()); });
+    mPool.post([this, call] { serve(call.get()); });
 }
 
 void Router::postOneway(const std::shared_ptr<Export>& target) {
-    mPool.postCall([this, target] { serveNextOneway(target); });
+    mPool.post([this, target] { serveNextOneway(target); });
 }
 
 void Router::serveNextOneway(const std::shared_ptr<Export>& target) {
@@ -149,13 +144,14 @@ void Router::serve(IncomingCall* call) {
         return;
     }
     Mutex::Autolock lock(mLock);
-    call->link->onewayCost -= call->cost;
+    mSpaceUsed -= call->cost;
+    mOnewayUsed -= call->cost;
     send(call->link, Message(MessageKind::kDone, call->id));
 }
 
 status_t Router::dispatch(IncomingCall* call, Parcel* reply) {
     Parcel data;
-    const status_t status = decodeParcel(call->payload, &data);
+    const status_t status = receive(&call->payload, call->link, call->id, &data);
     call->payload = Payload();
     if (status != NO_ERROR) return status;
     const CallerScope scope(*call);
@@ -168,19 +164,14 @@ void Router::sendReply(const IncomingCall& call, status_t status, const Parcel& 
     Message message(MessageKind::kReply, call.id);
     Pins pins;
     if (status >= NO_ERROR) status = reply.errorCheck();
-    if (status == NO_ERROR) status = encodeParcel(reply, &message.payload, &pins);
+    if (status == NO_ERROR) status = encodeParcel(reply, this, &message.payload, &pins);
     if (status != NO_ERROR) message.payload = Payload();
     message.status = status;
     {
         Mutex::Autolock lock(mLock);
-        call.link->twoWayCost -= call.cost;
-        if (!message.payload.objects.empty() && !call.link->dead) {
-            auto& untaken = call.link->inTransit;
-            const auto [at, isNew] = untaken.try_emplace(call.id);
-            if (isNew) std::swap(at->second.pins, pins);
-            if (!isNew || untaken.size() > kMaxUntakenReplies) call.link->channel.cutOff();
-        }
-        send(call.link, message);
+        mSpaceUsed -= call.cost;
+        if (!call.link->dead) pin(call.link, call.id, &pins);
+        send(call.link, std::move(message));
     }
     unpin(&pins);
 }

@@ -2,16 +2,12 @@
 #include "WorkerPool.h"
 
 #include <pthread.h>
-#include <unistd.h>
 
 #include <thread>
 
 namespace android::transport {
 
 namespace {
-
-constexpr int kEndTries = 1000;
-constexpr useconds_t kEndPauseUs = 1000;
 
 thread_local bool gIsWorker = false;
 
@@ -20,7 +16,7 @@ thread_local bool gIsWorker = false;
 void WorkerPool::start() {
     Mutex::Autolock lock(mLock);
     mStarted = true;
-    if (!mCalls.empty()) addThreadLocked();
+    addThreadLocked();
     mChanged.broadcast();
 }
 
@@ -29,16 +25,9 @@ void WorkerPool::setMaxThreads(size_t count) {
     mMaxThreads = count;
 }
 
-void WorkerPool::postCall(Task task) {
+void WorkerPool::post(Task task) {
     Mutex::Autolock lock(mLock);
-    mCalls.push_back(std::move(task));
-    if (mStarted) addThreadLocked();
-    mChanged.broadcast();
-}
-
-void WorkerPool::postChore(Task task) {
-    Mutex::Autolock lock(mLock);
-    mChores.push_back(std::move(task));
+    mTasks.push_back(std::move(task));
     addThreadLocked();
     mChanged.broadcast();
 }
@@ -46,9 +35,8 @@ void WorkerPool::postChore(Task task) {
 // Adds a thread unless the free ones suffice for the tasks that wait.
 void WorkerPool::addThreadLocked() {
     // One more than the limit, because the thread that starts the pool does not count on a device.
-    const size_t limit = mStarted ? mMaxThreads + 1 : 1;
-    const size_t waiting = mChores.size() + (mStarted ? mCalls.size() : 0);
-    if (mStopped || waiting <= mIdle || mThreads >= limit) return;
+    const bool full = mThreads >= mMaxThreads + 1;
+    if (!mStarted || mStopped || full || mTasks.size() <= mIdle) return;
     mThreads++;
     std::thread([this] { work(false); }).detach();
 }
@@ -59,19 +47,15 @@ void WorkerPool::join() {
 
 WorkerPool::Task WorkerPool::next(bool joined) {
     Mutex::Autolock lock(mLock);
-    for (;;) {
-        if (mStopped) return nullptr;
-        std::deque<Task>* queue = &mChores;
-        if (queue->empty() && (joined || mStarted)) queue = &mCalls;
-        if (!queue->empty()) {
-            Task task = std::move(queue->front());
-            queue->pop_front();
-            return task;
-        }
+    while (mTasks.empty() && !mStopped) {
         if (!joined) mIdle++;
         mChanged.wait(mLock);
         if (!joined) mIdle--;
     }
+    if (mStopped) return nullptr;
+    Task task = std::move(mTasks.front());
+    mTasks.pop_front();
+    return task;
 }
 
 void WorkerPool::work(bool joined) {
@@ -82,24 +66,18 @@ void WorkerPool::work(bool joined) {
     while (const Task task = next(joined)) task();
     if (joined) return;
     Mutex::Autolock lock(mLock);
-    mThreads--;
+    if (--mThreads <= mMayStay) mEnded.raise();
 }
 
 void WorkerPool::stop() {
-    Mutex::Autolock lock(mLock);
-    mStopped = true;
-    mChanged.broadcast();
-}
-
-void WorkerPool::awaitEnd() {
-    const size_t own = gIsWorker ? 1 : 0;
-    for (int i = 0; i < kEndTries; i++) {
-        {
-            Mutex::Autolock lock(mLock);
-            if (mThreads <= own) return;
-        }
-        usleep(kEndPauseUs);
+    {
+        Mutex::Autolock lock(mLock);
+        mStopped = true;
+        mMayStay = gIsWorker ? 1 : 0;
+        mChanged.broadcast();
+        if (mThreads <= mMayStay) return;
     }
+    mEnded.await();
 }
 
 }  // namespace android::transport

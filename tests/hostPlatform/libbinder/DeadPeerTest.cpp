@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+// Peers that die, are stopped or do not keep to the protocol.
 #include <limits>
 #include <memory>
 
@@ -8,11 +9,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
-#include <filesystem>
+#include <random>
 #include <thread>
 
+#include "hostPlatform/libbinder/transport/RuntimeDir.h"
 #include "tests/hostPlatform/libbinder/PeerProcess.h"
 
 namespace android::test {
@@ -31,79 +34,66 @@ class Recipient : public IBinder::DeathRecipient {
 
 class DeadPeerTest : public ::testing::Test {
   protected:
-    DeadPeerTest() { ProcessState::self()->startThreadPool(); }
-
     PeerProcess mPeer{"test.mortal"};
     const sp<IBinder> mRemote = mPeer.service();
 };
 
 TEST_F(DeadPeerTest, whenAPeerDies_callsUnderWayFailAndAllItsObjectsAreDead) {
+    ProcessState::self()->startThreadPool();
     Parcel reply;
     ASSERT_EQ(OK, callTest(mRemote, kMake, &reply));
     const sp<IBinder> made = reply.readStrongBinder();
     const sp<Recipient> recipient = new Recipient();
     EXPECT_EQ(OK, made->linkToDeath(recipient));
-    std::vector<std::thread> threads;
     std::atomic<int> failed(0);
+    std::vector<std::thread> threads;
     for (int i = 0; i < 8; i++) {
         threads.emplace_back([&] {
             if (callInt(mRemote, kSleep, 60 * 1000) == DEAD_OBJECT) failed++;
         });
     }
     usleep(100 * 1000);
-    EXPECT_EQ(DEAD_OBJECT, callInt(mRemote, kExit));
+    mPeer.kill();
     for (std::thread& thread : threads) thread.join();
     EXPECT_EQ(8, failed);
-    EXPECT_EQ(DEAD_OBJECT, mRemote->pingBinder());
     EXPECT_EQ(DEAD_OBJECT, callTest(mRemote, kAppend, nullptr, nullptr, IBinder::FLAG_ONEWAY));
     EXPECT_TRUE(eventually([&] { return recipient->deaths == 1; }));
-    EXPECT_EQ(DEAD_OBJECT, callInt(made, kEcho));
+    EXPECT_FALSE(made->isBinderAlive());
 }
 
-TEST_F(DeadPeerTest, recipientsAreToldOnce) {
+TEST_F(DeadPeerTest, recipientsAreToldOnce_andNotBeforeThereIsAThreadForIt) {
     const sp<Recipient> twice = new Recipient();
     const sp<Recipient> unlinked = new Recipient();
-    const sp<Recipient> byCookie = new Recipient();
-    sp<Recipient> gone = new Recipient();
+    const sp<Recipient> late = new Recipient();
     int cookie = 0;
+    wp<IBinder::DeathRecipient> found;
     EXPECT_EQ(OK, mRemote->linkToDeath(twice));
     EXPECT_EQ(OK, mRemote->linkToDeath(twice, &cookie));
-    EXPECT_EQ(OK, mRemote->linkToDeath(unlinked));
-    EXPECT_EQ(OK, mRemote->linkToDeath(byCookie, &cookie, 1));
-    EXPECT_EQ(OK, mRemote->linkToDeath(gone));
-    wp<IBinder::DeathRecipient> found;
-    EXPECT_EQ(OK, mRemote->unlinkToDeath(unlinked));
-    EXPECT_EQ(NAME_NOT_FOUND, mRemote->unlinkToDeath(unlinked));
-    EXPECT_EQ(NAME_NOT_FOUND, mRemote->unlinkToDeath(byCookie, &cookie, 0));
+    EXPECT_EQ(OK, mRemote->linkToDeath(unlinked, &cookie, 1));
+    EXPECT_EQ(NAME_NOT_FOUND, mRemote->unlinkToDeath(unlinked, &cookie, 0));
     EXPECT_EQ(OK, mRemote->unlinkToDeath(nullptr, &cookie, 1, &found));
-    EXPECT_TRUE(found == byCookie);
-    gone.clear();
+    EXPECT_TRUE(found == unlinked);
+    Parcel reply;
+    ASSERT_EQ(OK, callTest(mRemote, kMake, &reply));
+    const sp<IBinder> other = reply.readStrongBinder();
 
     mPeer.kill();
-    EXPECT_TRUE(eventually([&] { return twice->deaths == 2; }));
+    usleep(200 * 1000);
+    EXPECT_EQ(0, twice->deaths);
+    EXPECT_TRUE(mRemote->isBinderAlive());
+    ProcessState::self()->startThreadPool();
+    EXPECT_TRUE(eventually([&] { return twice->deaths == 2; })) << "once for each link";
     EXPECT_EQ(mRemote.get(), twice->lastDead);
-    callInt(mRemote, kEcho);
-    usleep(50 * 1000);
-    EXPECT_EQ(2, twice->deaths) << "once for each link";
-    EXPECT_EQ(0, unlinked->deaths);
-    EXPECT_EQ(0, byCookie->deaths);
     EXPECT_EQ(DEAD_OBJECT, mRemote->linkToDeath(twice));
     EXPECT_EQ(DEAD_OBJECT, mRemote->unlinkToDeath(twice));
-}
 
-TEST_F(DeadPeerTest, aRecipientMayCallOtherProcesses) {
-    class Asking : public IBinder::DeathRecipient {
-      public:
-        void binderDied(const wp<IBinder>&) override { answer = callInt(other, kEcho, 5); }
-        sp<IBinder> other;
-        std::atomic<int> answer{0};
-    };
-    PeerProcess other("test.survivor");
-    const sp<Asking> asking = new Asking();
-    asking->other = other.service();
-    EXPECT_EQ(OK, mRemote->linkToDeath(asking));
-    mPeer.kill();
-    EXPECT_TRUE(eventually([&] { return asking->answer == 5; }));
+    // Without a link the proxy learns of it by a call, or by the first link.
+    EXPECT_TRUE(other->isBinderAlive());
+    EXPECT_EQ(OK, other->linkToDeath(late));
+    EXPECT_TRUE(eventually([&] { return late->deaths == 1; }));
+    EXPECT_FALSE(other->isBinderAlive());
+    EXPECT_EQ(2, twice->deaths);
+    EXPECT_EQ(0, unlinked->deaths);
 }
 
 TEST_F(DeadPeerTest, aDeadServiceIsNotFoundAndItsSuccessorIs) {
@@ -117,11 +107,10 @@ TEST_F(DeadPeerTest, aDeadServiceIsNotFoundAndItsSuccessorIs) {
 
     PeerProcess successor("test.mortal");
     const sp<IBinder> next = manager->getService(name);
-    ASSERT_NE(nullptr, next);
     EXPECT_EQ(4, callInt(next, kEcho, 4));
     EXPECT_EQ(DEAD_OBJECT, callInt(mRemote, kEcho, 4)) << "the old object stays dead";
 
-    PeerProcess usurper("test.mortal");
+    PeerProcess usurper("test.mortal", "joined");
     Parcel reply;
     ASSERT_EQ(OK, callTest(manager->getService(name), kIdentify, &reply));
     EXPECT_EQ(usurper.pid(), reply.readInt32()) << "the last to take a name has it";
@@ -130,40 +119,68 @@ TEST_F(DeadPeerTest, aDeadServiceIsNotFoundAndItsSuccessorIs) {
     EXPECT_EQ(nullptr, manager->getService(name));
 }
 
-TEST_F(DeadPeerTest, deadPeersLeaveNoDescriptors) {
-    const auto descriptors = [] {
-        const std::filesystem::directory_iterator all("/proc/self/fd");
-        return std::distance(begin(all), end(all));
-    };
-    EXPECT_EQ(OK, callTest(mRemote, kKeep, nullptr, arguments(new TestService())));
-    const auto before = descriptors();
-    std::vector<sp<IBinder>> kept;
-    for (int i = 0; i < 3; i++) {
-        PeerProcess peer("test.brief");
-        kept.push_back(peer.service());
-        EXPECT_EQ(OK, callTest(kept.back(), kKeep, nullptr, arguments(new TestService())));
-    }
-    EXPECT_TRUE(eventually([&] { return descriptors() <= before; }));
-}
-
-TEST_F(DeadPeerTest, aPeerThatOnlyPausesIsNotDead) {
-    const sp<Recipient> recipient = new Recipient();
-    EXPECT_EQ(OK, mRemote->linkToDeath(recipient));
-    kill(mPeer.pid(), SIGSTOP);
+TEST_F(DeadPeerTest, aStoppedPeerIsNotDeadAndHoldsUpNobodyWhoDoesNotCallIt) {
+    PeerProcess stopped("test.stopped");
+    Parcel made;
+    kill(stopped.pid(), SIGSTOP);
     const auto start = std::chrono::steady_clock::now();
-    for (int i = 0; i < 4; i++) {
-        const auto large = [](Parcel& p) { p.setDataSize(100 * 1024); };
-        EXPECT_EQ(OK, callTest(mRemote, kAppend, nullptr, large, IBinder::FLAG_ONEWAY));
-    }
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2))
-            << "a one-way call does not wait for its receiver";
-    std::thread resumer([this] {
+    const sp<IBinder> service = stopped.service();
+    const sp<Recipient> recipient = new Recipient();
+    EXPECT_EQ(OK, service->linkToDeath(recipient));
+    EXPECT_EQ(OK, callTest(mRemote, kKeep, nullptr, arguments(service)));
+    EXPECT_EQ(OK, callTest(service, kAppend, nullptr, arguments(1), IBinder::FLAG_ONEWAY));
+    Parcel reply;
+    EXPECT_EQ(OK, callTest(mRemote, kGiveBack, &reply));
+    EXPECT_EQ(service, reply.readStrongBinder());
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+    std::thread resumer([&] {
         usleep(200 * 1000);
-        kill(mPeer.pid(), SIGCONT);
+        kill(stopped.pid(), SIGCONT);
     });
-    EXPECT_EQ(6, callInt(mRemote, kEcho, 6));
+    EXPECT_EQ(6, callInt(service, kEcho, 6));
     resumer.join();
     EXPECT_EQ(0, recipient->deaths);
+}
+
+// A stranger gets no further than its own connection.
+TEST_F(DeadPeerTest, whatIsNoMessageEndsTheConnectionAndHarmsNobody) {
+    using namespace transport;
+    const RuntimeDir dir;
+    ObjectAddress address;
+    ASSERT_TRUE(dir.find("test.mortal", &address));
+    const auto bytesOf = [&](MessageKind kind) {
+        Message message(kind, 1);
+        message.version = kProtocolVersion;
+        message.peer = {4711, 1};
+        message.object = address.object;
+        message.code = kKeep;
+        message.payload.data.resize(28);
+        message.payload.objects = {{0, {{7, 7}, 1}}};  // of a process that is not there
+        return encodeMessage(message);
+    };
+    std::minstd_rand random(1);
+    for (int round = 0; round < 200; round++) {
+        const base::unique_fd socket = dir.connectTo(address.peer);
+        std::vector<uint8_t> bytes;
+        for (const MessageKind kind :
+             {MessageKind::kHello, MessageKind::kAcquire, MessageKind::kCall,
+              static_cast<MessageKind>(1 + random() % 9)}) {
+            const std::vector<uint8_t> message = bytesOf(kind);
+            bytes.insert(bytes.end(), message.begin(), message.end());
+        }
+        for (int i = 0; i < round % 4; i++) bytes[random() % bytes.size()] ^= 1 << random() % 8;
+        send(socket.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
+    }
+    const base::unique_fd socket = dir.connectTo(address.peer);
+    send(socket.get(), "GET / HTTP/1.1\r\n\r\n", 18, MSG_NOSIGNAL);
+    EXPECT_TRUE(eventually([&] {
+        uint8_t byte;
+        return recv(socket.get(), &byte, 1, MSG_DONTWAIT) == 0;
+    }));
+    callTest(mRemote, kKeep, nullptr, arguments(nullptr));
+    EXPECT_EQ(5, callInt(mRemote, kEcho, 5));
+    EXPECT_TRUE(eventually([&] { return callInt(mRemote, kCount) == 1; }));
+    mPeer.leave();
 }
 
 }  // namespace

@@ -144,41 +144,5 @@ TEST_F(RuntimeDirTest, whatCrashesLeftIsSweptAndNothingElse) {
     EXPECT_LT(dir.connectTo({2, 2}).get(), 0);
 }
 
-// Only root can act for another user.
-TEST_F(RuntimeDirTest, anotherUserIsRefusedOnBothSides) {
-    if (geteuid() != 0) GTEST_SKIP() << "needs root";
-    constexpr uid_t kNobody = 65534;
-    const fs::path path = mRoot / "dir";
-    const RuntimeDir dir = dirAt(path);
-    const base::unique_fd listener = dir.listenAs({1, 1});
-    for (const fs::path& open : {mRoot, path, path / "peers", path / "peers/1-0000000000000001"}) {
-        chmod(open.c_str(), 0777);  // as no process of ours leaves it
-    }
-    const pid_t pid = fork();
-    if (pid == 0) {
-        if (setuid(kNobody) != 0) _exit(2);
-        const base::unique_fd socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-        sockaddr_un address = {};
-        address.sun_family = AF_UNIX;
-        strncpy(address.sun_path, (path / "peers/1-0000000000000001").c_str(),
-                sizeof(address.sun_path) - 1);
-        if (connect(socket.get(), reinterpret_cast<sockaddr*>(&address), sizeof(address)) != 0) {
-            _exit(3);
-        }
-        ucred credentials;
-        // The listener is root's.
-        _exit(transport::readPeerCredentials(socket.get(), &credentials) ? 4 : 0);
-    }
-    int status = -1;
-    waitpid(pid, &status, 0);
-    EXPECT_EQ(0, status);
-    pollfd ready = {listener.get(), POLLIN, 0};
-    ASSERT_EQ(1, poll(&ready, 1, 5000));
-    const base::unique_fd accepted(accept4(listener.get(), nullptr, nullptr, SOCK_CLOEXEC));
-    ucred credentials;
-    EXPECT_FALSE(transport::readPeerCredentials(accepted.get(), &credentials));
-    EXPECT_EQ(kNobody, credentials.uid);
-}
-
 }  // namespace
 }  // namespace android::test

@@ -56,36 +56,5 @@ TEST(StatusTest, isWrittenReadAndPrintedAsOnAndroid11) {
     }
 }
 
-TEST(StatusTest, whatIsNoStatusBecomesATransactionError) {
-    const struct {
-        const char* name;
-        const char* hex;
-        status_t result;
-        int32_t code;
-    } cases[] = {
-            {"no code", "", NOT_ENOUGH_DATA, -129},
-            {"no message", "fcffffff", UNEXPECTED_NULL, -129},
-            {"null message", "fcffffff ffffffff 00000000", UNEXPECTED_NULL, -129},
-            {"no stack trace word", "fcffffff 00000000 00000000", NOT_ENOUGH_DATA, -129},
-            {"negative stack trace", "fcffffff 00000000 00000000 ffffffff", UNKNOWN_ERROR, -129},
-            {"long stack trace", "fcffffff 00000000 00000000 08000000 00000000", UNKNOWN_ERROR,
-             -129},
-            {"stack trace", "f8ffffff 00000000 00000000 04000000 01020304 07000000", OK, -8},
-            {"no service error", "f8ffffff 00000000 00000000 00000000", NOT_ENOUGH_DATA, -129},
-            {"reply header", "80ffffff 08000000 11111111", OK, 0},
-            {"reply header past the end", "80ffffff 0c000000 11111111", UNKNOWN_ERROR, -129},
-            {"negative reply header", "80ffffff ffffffff", UNKNOWN_ERROR, -129},
-            {"-129 on the wire", "7fffffff 00000000 00000000 00000000", OK, -129},
-    };
-    for (const auto& c : cases) {
-        Parcel parcel;
-        setHex(&parcel, c.hex);
-        Status status;
-        EXPECT_EQ(c.result, status.readFromParcel(parcel)) << c.name;
-        EXPECT_EQ(c.code, status.exceptionCode()) << c.name;
-        EXPECT_EQ(c.result, status.transactionError()) << c.name;
-    }
-}
-
 }  // namespace
 }  // namespace android::test

@@ -2,7 +2,9 @@
 #include "tests/hostPlatform/libbinder/TestService.h"
 
 #include <binder/IPCThreadState.h>
+#include <stdio.h>
 #include <unistd.h>
+#include <utils/String8.h>
 
 namespace android::test {
 
@@ -29,45 +31,50 @@ const String16& TestService::getInterfaceDescriptor() const {
     return descriptor;
 }
 
-status_t TestService::callOther(const Parcel& data, Parcel* reply) {
-    const sp<IBinder> other = data.readStrongBinder();
-    const int32_t code = data.readInt32();
-    const int32_t depth = data.readInt32();
-    if (other == nullptr) return BAD_TYPE;
+status_t TestService::dump(int fd, const Vector<String16>& args) {
+    for (const String16& arg : args) dprintf(fd, "<%s>", String8(arg).string());
+    return OK;
+}
+
+status_t TestService::identify(Parcel* reply, uint32_t flags) {
+    if (onIdentify) onIdentify();
+    const IPCThreadState* const thread = IPCThreadState::self();
+    reply->writeInt32(getpid());
+    reply->writeInt32(thread->getCallingPid());
+    reply->writeInt32(static_cast<int32_t>(thread->getCallingUid()));
+    return reply->writeInt32(static_cast<int32_t>(flags));
+}
+
+status_t TestService::relay(const Parcel& data, Parcel* reply, uint32_t flags) {
+    const int32_t count = data.readInt32();
+    if (count == 0) return identify(reply, flags);
+    const sp<IBinder> next = data.readStrongBinder();
+    if (next == nullptr) return BAD_TYPE;
     Parcel request;
-    if (code == kCall && depth > 0) {
-        request.writeStrongBinder(this);
-        request.writeInt32(depth == 1 ? int32_t{kEcho} : code);
-    }
-    request.writeInt32(depth - 1);
+    request.writeInt32(count - 1);
+    for (int32_t i = 1; i < count; i++) request.writeStrongBinder(data.readStrongBinder());
     Parcel answer;
-    const status_t status = other->transact(static_cast<uint32_t>(code), request, &answer);
-    if (status != OK) return status;
+    if (const status_t status = next->transact(kRelay, request, &answer); status != OK)
+        return status;
     return reply->appendFrom(&answer, 0, answer.dataSize());
 }
 
 status_t TestService::onTransact(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags) {
     switch (code) {
         case kEcho:
-            if (onEcho) onEcho();
             return reply->writeInt32(data.readInt32());
-        case kIdentify: {
-            const IPCThreadState* const thread = IPCThreadState::self();
-            reply->writeInt32(getpid());
-            reply->writeInt32(thread->getCallingPid());
-            reply->writeInt32(static_cast<int32_t>(thread->getCallingUid()));
-            return reply->writeInt32(static_cast<int32_t>(flags));
-        }
+        case kIdentify:
+            return identify(reply, flags);
         case kFail:
             reply->writeInt32(42);
             return data.readInt32();
-        case kCall:
-            return callOther(data, reply);
+        case kRelay:
+            return relay(data, reply, flags);
         case kAppend: {
             const int32_t value = data.readInt32();
             usleep(static_cast<useconds_t>(data.readInt32()) * 1000);
             Mutex::Autolock lock(mLock);
-            mList.push_back(value);
+            mList.push_back(value != 0 ? value : IPCThreadState::self()->getCallingPid());
             return OK;
         }
         case kList: {
@@ -93,8 +100,6 @@ status_t TestService::onTransact(uint32_t code, const Parcel& data, Parcel* repl
             return reply->writeInt32(alive());
         case kPass:
             return reply->writeStrongBinder(data.readStrongBinder());
-        case kExit:
-            _exit(3);
         case kReplySize: {
             const std::string text(static_cast<size_t>(data.readInt32()), 'x');
             return reply->write(text.data(), text.size());

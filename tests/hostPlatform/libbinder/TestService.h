@@ -18,9 +18,9 @@ namespace android::test {
 enum TestCode : uint32_t {
     kEcho = IBinder::FIRST_CALL_TRANSACTION,  // int32 -> the same
     kIdentify,                                // -> int32 own pid, calling pid, calling uid, flags
-    kFail,  // int32 status -> that status, after a reply has been written
-    kCall,  // binder, int32 code, int32 depth -> calls it (binder self, code, depth - 1), its reply
-    kAppend,     // int32, int32 ms: sleeps, then adds to the list
+    kFail,       // int32 status -> that status, after a reply has been written
+    kRelay,      // int32 count, binders: the first relays to the rest, the last one identifies
+    kAppend,     // int32, int32 ms: sleeps, then adds to the list; 0 stands for the calling pid
     kList,       // -> int64 vector
     kSleep,      // int32 ms
     kKeep,       // binder (nullable): kept in place of what was kept before
@@ -28,7 +28,6 @@ enum TestCode : uint32_t {
     kMake,       // -> a new TestService
     kCount,      // -> int32 TestServices alive in this process
     kPass,       // binder -> the same
-    kExit,       // ends the process at once
     kReplySize,  // int32 bytes -> as many
 };
 
@@ -41,15 +40,19 @@ class TestService : public BBinder {
 
     static int alive();
 
-    /** Called first by each kEcho. */
-    std::function<void()> onEcho;
+    /** Writes the arguments. */
+    status_t dump(int fd, const Vector<String16>& args) override;
+
+    /** Called first by each kIdentify. */
+    std::function<void()> onIdentify;
 
   protected:
     ~TestService() override;
     status_t onTransact(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags) override;
 
   private:
-    status_t callOther(const Parcel& data, Parcel* reply);
+    status_t identify(Parcel* reply, uint32_t flags);
+    status_t relay(const Parcel& data, Parcel* reply, uint32_t flags);
 
     Mutex mLock;
     std::vector<int64_t> mList GUARDED_BY(mLock);
