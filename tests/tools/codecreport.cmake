@@ -10,24 +10,21 @@ add_library(codecreport_test_support OBJECT
 target_link_libraries(codecreport_test_support PUBLIC codecreport_parts GTest::gtest)
 
 mcl_add_test(codecreport_test
-    SOURCES codecreport/CommandTest.cpp codecreport/DatabaseTest.cpp codecreport/InputTest.cpp codecreport/LogcatParserTest.cpp
+    SOURCES codecreport/CommandTest.cpp codecreport/DatabaseTest.cpp codecreport/InputTest.cpp codecreport/LibraryTextTest.cpp
+        codecreport/LogcatParserTest.cpp
         codecreport/OutputTest.cpp codecreport/ReferenceTest.cpp codecreport/SessionTest.cpp
         codecreport/SetCompareTest.cpp codecreport/StatisticsTest.cpp ${CMAKE_SOURCE_DIR}/tests/support/Process.cpp
     LIBS codecreport_test_support codecreport_parts codecreport_trace_proto LibArchive::LibArchive)
 add_dependencies(codecreport_test codecreport)
-target_compile_definitions(codecreport_test PRIVATE CODECREPORT="$<TARGET_FILE:codecreport>")
+target_compile_definitions(codecreport_test PRIVATE CODECREPORT="$<TARGET_FILE:codecreport>"
+    LIBRARY_SOURCES="${CMAKE_SOURCE_DIR}/mediaCodecLogger")
 
 add_executable(codecreport_make_log codecreport/makeLog.cpp)
 target_link_libraries(codecreport_make_log PRIVATE codecreport_test_support)
 
-# The document is the table that the program answers from.
-add_test(NAME Codecreport.documentIsUpToDate
-    COMMAND sh -c "$<TARGET_FILE:codecreport> explain --markdown json | diff -u docs/report-json.md -"
-    WORKING_DIRECTORY ${CMAKE_SOURCE_DIR})
-
-add_test(NAME Codecreport.tablesOfTheDatabaseAreDocumented
-    COMMAND sh -c "$<TARGET_FILE:codecreport> explain --markdown database > tables.md && sed '1,/^## Tables/d' ${CMAKE_SOURCE_DIR}/docs/database.md | diff -u - tables.md"
-    WORKING_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR})
+# The documents' tables are those that the program answers from.
+add_test(NAME Codecreport.documentsAreUpToDate
+    COMMAND ${CMAKE_SOURCE_DIR}/scripts/docs.sh --check $<TARGET_FILE:codecreport>)
 
 # The page in a browser, which is large: scripts/packages-ci.txt brings it.
 find_program(MCL_CHROMIUM chromium)

@@ -27,14 +27,20 @@
     }                                                                                \
     }
 
+RESOURCE(analysisFields, "reference/analysis-fields.json")
 RESOURCE(analyticsLines, "reference/analytics-lines.json")
+RESOURCE(causes, "reference/causes.json")
+RESOURCE(debugMask, "reference/debug-mask.json")
 RESOURCE(fields, "reference/fields.json")
+RESOURCE(history, "reference/history.json")
 RESOURCE(loggerLines, "reference/logger-lines.json")
 RESOURCE(metrics, "reference/metrics.json")
 RESOURCE(reportJson, "reference/report-json.json")
 RESOURCE(reportKeys, "reference/report-keys.json")
 RESOURCE(serviceLines, "reference/service-lines.json")
 RESOURCE(settings, "reference/settings.json")
+RESOURCE(statusLines, "reference/status-lines.json")
+RESOURCE(verdicts, "reference/verdicts.json")
 
 RESOURCE(pageHtml, "output/page/page.html")
 RESOURCE(pageCss, "output/page/page.css")

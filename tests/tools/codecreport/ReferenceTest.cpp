@@ -3,8 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <sstream>
 
 #include <tools/codecreport/model/CodecNames.h>
+#include <tools/codecreport/model/Incident.h>
+#include <tools/codecreport/output/Compare.h>
 #include <tools/codecreport/reading/Pattern.h>
 #include <tools/codecreport/reference/Explain.h>
 #include <tools/codecreport/reference/Reference.h>
@@ -41,7 +44,7 @@ TEST(Reference, everyLineIsRecognisedAsItself) {
     for (const Reference::Table& table : reference.tables()) {
         for (const ReferenceEntry& entry : table.entries) {
             const std::string& line = entry.fact("line");
-            if (line.empty()) continue;
+            if (line.empty() || table.tag.empty()) continue;
             ++lines;
             const std::string sample = sampleOf(line);
             const ReferenceEntry* found = nullptr;
@@ -122,10 +125,13 @@ TEST(Explain, answersToAllKindsOfKeys) {
             {"totalframesdropped", "All dropped frames"},
             {"p5_ms", "BRISK-P5Ms"},
             {"first_render", "Got First Frame Render {at_ms}({since_input_ms})"},
-            {"FARD", "output minus render time"},
+            {"FARD", "it was there before"},
             {"qkuh/2/02330410", "TotalVideoPlaybackTimeMs"},
-            {"mediaanalytic.debug", "0x400"},
+            {"mediaanalytic.debug", "0x407"},
             {"outside_ms", "sessions[].sync.outside_ms"},
+            {"report.p5_ms", "BRISK-P5Ms"},
+            {"tsS", "Frames in flight"},
+            {"\tInput Bitrate: 900", "bitrate_kbps = 900 kbit/s"},
             {"03-01 10:20:30.456  4321  4330 I ZMediaAnalyticV: avc Render R-S:10 R:100(40) pts:5 "
              "0/3",
              "lead_ms = 10 ms"},
@@ -136,6 +142,34 @@ TEST(Explain, answersToAllKindsOfKeys) {
     }
     EXPECT_THAT(explain(reference, "nothing of the kind"), IsEmpty());
     EXPECT_THAT(suggest(reference, "dropped"), HasSubstr("TotalFramesDropped"));
+}
+
+TEST(Explain, knowsAllThatTheReportNames) {
+    const Reference reference;
+    std::vector<std::string> names;
+    for (const Reference::Table& table : reference.tables()) {
+        for (const ReferenceEntry& entry : table.entries) {
+            names.push_back(entry.id);
+            const std::string& line = entry.fact("line");
+            for (size_t at = line.find('{'); at != std::string::npos; at = line.find('{', at + 1)) {
+                names.push_back(line.substr(at + 1, line.find(':', at) - at - 1));
+            }
+        }
+    }
+    std::istringstream compared(comparedKeys());
+    for (std::string row; std::getline(compared, row);) {
+        std::istringstream(row) >> names.emplace_back();
+    }
+    for (size_t i = 0; i < kCauseCount; ++i) {
+        names.push_back(toString(static_cast<Cause>(i)));
+        names.push_back(inWords(static_cast<Cause>(i)));
+    }
+    for (Word word : {Word::SMOOTH, Word::STUTTERED, Word::BROKE_OFF, Word::CANNOT_TELL}) {
+        names.push_back(toString(word));
+    }
+    for (const std::string& name : names) {
+        EXPECT_THAT(explain(reference, name), HasSubstr("meaning: ")) << name;
+    }
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <strings.h>
 
 #include <algorithm>
+#include <set>
 #include <string_view>
 
 #include "reading/LogcatParser.h"
@@ -26,7 +27,8 @@ std::string withoutTypes(const std::string& line) {
     return text;
 }
 
-bool isFieldSeparator(std::string_view id, std::string_view key) {
+/** "outside_ms" of "sessions[].sync.outside_ms". */
+bool isLastPart(std::string_view id, std::string_view key) {
     if (id.size() <= key.size() || id.substr(id.size() - key.size()) != key) return false;
     const char before = id[id.size() - key.size() - 1];
     return before == '.';
@@ -34,12 +36,19 @@ bool isFieldSeparator(std::string_view id, std::string_view key) {
 
 bool isNamed(const ReferenceEntry& entry, const std::string& key) {
     return strcasecmp(entry.id.c_str(), key.c_str()) == 0 || entry.fact("schema") == key ||
-           entry.fact("json") == key || isFieldSeparator(entry.id, key);
+           entry.fact("json") == key || entry.fact("words") == key || isLastPart(entry.id, key);
+}
+
+/** "report.p5_ms" is one of "sessions[].report.*", of which the report keys' table knows more. */
+std::string withoutReport(const std::string& key) {
+    constexpr std::string_view kReport = "report.";
+    const size_t at = key.rfind(kReport);
+    return at == std::string::npos ? key : key.substr(at + kReport.size());
 }
 
 const ReferenceEntry* fieldNamed(const Reference& reference, std::string_view id) {
     for (const Reference::Table& table : reference.tables()) {
-        if (table.name != "fields") continue;
+        if (table.name != "fields" && table.name != "analysis") continue;
         for (const ReferenceEntry& entry : table.entries) {
             if (entry.id == id) return &entry;
         }
@@ -59,18 +68,34 @@ std::string describe(const Reference& reference, const ReferenceEntry& entry) {
     return text;
 }
 
-/** A line of a log, explained with the values that it shows. */
-std::string describeLine(const Reference& reference, const std::string& text) {
+/** The line of a log or of the status text, or nullptr. */
+const ReferenceEntry* lineLike(const Reference& reference, const std::string& text,
+                               Fields* fields) {
     LogcatParser parser(0);
     LogLine line;
-    if (parser.parse(text, &line) != LogcatParser::Result::MESSAGE) return {};
     const ReferenceEntry* entry = nullptr;
-    Fields fields;
-    auto match = reference.recognise(line.tag, line.text, &entry, &fields);
-    if (match != Reference::Match::YES) {
-        match = reference.recognise({}, text, &entry, &fields);
+    if (parser.parse(text, &line) == LogcatParser::Result::MESSAGE &&
+        (reference.recognise(line.tag, line.text, &entry, fields) == Reference::Match::YES ||
+         reference.recognise({}, text, &entry, fields) == Reference::Match::YES)) {
+        return entry;
     }
-    if (match != Reference::Match::YES) return {};
+    const size_t begin = text.find_first_not_of(" \t");
+    for (const Reference::Table& table : reference.tables()) {
+        if (table.name != "status" || begin == std::string::npos) continue;
+        for (const ReferenceEntry& each : table.entries) {
+            const Pattern pattern(each.fact("line"));
+            const std::string_view inner = std::string_view(text).substr(begin);
+            if (pattern.match(inner, fields) == Pattern::Result::YES) return &each;
+        }
+    }
+    return nullptr;
+}
+
+/** A line, explained with the values that it shows. */
+std::string describeLine(const Reference& reference, const std::string& text) {
+    Fields fields;
+    const ReferenceEntry* entry = lineLike(reference, text, &fields);
+    if (entry == nullptr) return {};
     std::string result = describe(reference, *entry);
     for (const Fields::Field& field : fields) {
         result += "  " + std::string(field.name) + " = " + std::string(field.text);
@@ -91,9 +116,10 @@ std::string cell(std::string text) {
     return text;
 }
 
-/** The names of all facts in a table, in the order in which they first occur. */
+/** The table's columns, or its ids and all facts in the order in which they first occur. */
 std::vector<std::string> columnsOf(const Reference::Table& table) {
-    std::vector<std::string> columns;
+    if (!table.columns.empty()) return table.columns;
+    std::vector<std::string> columns = {"id"};
     for (const ReferenceEntry& entry : table.entries) {
         for (const auto& [name, value] : entry.facts) {
             if (std::find(columns.begin(), columns.end(), name) == columns.end()) {
@@ -111,16 +137,17 @@ std::string markdownOf(const Reference::Table& table, const char* heading) {
         text += "Log tag `" + table.tag + "`, priority info unless a level is given.\n\n";
     }
     if (!table.about.empty()) text += table.about + "\n\n";
-    text += "| id |";
+    text += "|";
     for (const std::string& column : columns) text += " " + column + " |";
-    text += "\n|---|";
+    text += "\n|";
     for (size_t i = 0; i < columns.size(); ++i) text += "---|";
     text += "\n";
+    const std::set<std::string> code = {"id", "line", "json", "schema", "form", "see"};
     for (const ReferenceEntry& entry : table.entries) {
-        text += "| `" + entry.id + "` |";
+        text += "|";
         for (const std::string& column : columns) {
-            const std::string& value = entry.fact(column);
-            const bool isCode = column == "line" || column == "json" || column == "schema";
+            const std::string& value = column == "id" ? entry.id : entry.fact(column);
+            const bool isCode = code.count(column) != 0;
             text += value.empty() ? " |"
                     : isCode      ? " `" + cell(withoutTypes(value)) + "` |"
                                   : " " + cell(value) + " |";
@@ -139,7 +166,9 @@ std::string explain(const Reference& reference, const std::string& key) {
             if (isNamed(entry, key)) text += describe(reference, entry);
         }
     }
-    return text.empty() ? describeLine(reference, key) : text;
+    if (text.empty()) text = describeLine(reference, key);
+    const std::string inReport = withoutReport(key);
+    return text.empty() && inReport != key ? explain(reference, inReport) : text;
 }
 
 std::string suggest(const Reference& reference, const std::string& key) {

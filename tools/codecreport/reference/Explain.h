@@ -8,9 +8,11 @@
 namespace android::codecreport {
 
 /**
- * What a log line, field, report key, metrics record, property or JSON key means.
+ * What a log line, field, history, report key, metrics record, property, cause, verdict or JSON key
+ * means.
  *
- * @param key an id, a schema, the last part of a JSON key, or a whole line of a log
+ * @param key an id, a schema, the last part of a JSON key, or a whole line of a log or of the
+ *     status text
  * @return empty if nothing is known by that key
  */
 std::string explain(const Reference& reference, const std::string& key);

@@ -27,9 +27,12 @@ const std::string& ReferenceEntry::fact(std::string_view name) const {
 Reference::Reference() {
     const std::pair<const char*, std::string_view> tables[] = {
             {"logger", resources::loggerLines()},   {"analytics", resources::analyticsLines()},
-            {"service", resources::serviceLines()}, {"fields", resources::fields()},
-            {"report", resources::reportKeys()},    {"metrics", resources::metrics()},
-            {"settings", resources::settings()},    {"json", resources::reportJson()},
+            {"service", resources::serviceLines()}, {"status", resources::statusLines()},
+            {"fields", resources::fields()},        {"analysis", resources::analysisFields()},
+            {"history", resources::history()},      {"report", resources::reportKeys()},
+            {"metrics", resources::metrics()},      {"settings", resources::settings()},
+            {"debug", resources::debugMask()},      {"causes", resources::causes()},
+            {"verdicts", resources::verdicts()},    {"json", resources::reportJson()},
     };
     // Entries are referred to by pointer from here on.
     mTables.reserve(std::size(tables));
@@ -46,6 +49,9 @@ void Reference::addTable(const char* name, std::string_view text) {
     table.title = json["title"];
     table.about = json.value("about", "");
     table.tag = json.value("tag", "");
+    for (const auto& column : json.value("columns", nlohmann::ordered_json::array())) {
+        table.columns.push_back(column);
+    }
     for (const auto& item : json["entries"]) {
         ReferenceEntry& entry = table.entries.emplace_back();
         entry.table = table.title;

@@ -10,7 +10,7 @@
 
 namespace android::codecreport {
 
-/** What there is to know about a log line, a field, a report key, a metrics record, ... */
+/** What there is to know about a log line, a field, a report key, a metrics record, a cause, ... */
 struct ReferenceEntry {
     std::string id;
     /** The table that it stands in, such as "Report keys". */
@@ -37,6 +37,8 @@ class Reference {
         std::string about;
         /** Log tag of tables of lines. */
         std::string tag;
+        /** What of the entries a document shows; empty: all. */
+        std::vector<std::string> columns;
         std::vector<ReferenceEntry> entries;
     };
 
