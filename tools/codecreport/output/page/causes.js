@@ -31,7 +31,7 @@ export function causesOf(incident) {
   const shares = sharesOf(incident);
   const name = ([cause, share]) => (shares.length > 1 ? `${causeName(cause)} ${percent(share)}` : causeName(cause));
   return make('span', { class: 'causes' },
-    ...shares.map((entry) => make('span', {}, swatch(entry[0]), name(entry))));
+    ...shares.flatMap((entry) => [make('span', {}, swatch(entry[0]), name(entry)), ' ']));
 }
 
 export function verdictBadge(word) {

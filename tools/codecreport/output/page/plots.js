@@ -101,20 +101,21 @@ function legendOf(plot) {
       u.setSeries(i + 1, { show });
       currentTarget.setAttribute('aria-pressed', String(show));
     },
-  }, sample(series), `${series.label} `, make('output', {}, ''))), make('output', { class: 'when' }, ''));
+  }, sample(series), `${series.label} `, make('span', { class: 'value' }))),
+  make('span', { class: 'value' }));
 }
 
 /** A value in words; a series may have its own. */
 export const say = (series, value) => (isKnown(value) && series.say ? series.say(value) : text(value));
 
 function showValues(u, plot, legend) {
-  const outputs = legend.querySelectorAll('output');
+  const values = legend.querySelectorAll('.value');
   const { idx, idxs } = u.cursor;
   plot.series.forEach((series, i) => {
     const at = idxs ? idxs[i + 1] : idx;
-    outputs[i].textContent = isKnown(idx) ? say(series, isKnown(at) ? u.data[i + 1][at] : null) : '';
+    values[i].textContent = isKnown(idx) ? say(series, isKnown(at) ? u.data[i + 1][at] : null) : '';
   });
-  outputs[outputs.length - 1].textContent = isKnown(idx) ? `at ${clock(u.data[0][idx] * 1000, 3)}` : '';
+  values[values.length - 1].textContent = isKnown(idx) ? `at ${clock(u.data[0][idx] * 1000, 3)}` : '';
 }
 
 const crosses = (u, seriesIndex) => {

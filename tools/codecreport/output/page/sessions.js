@@ -46,7 +46,7 @@ function cadenceOf(session) {
     parts.push(`cadence ${UNKNOWN}`);
   }
   if (sync && sync.measured_ms > 0) {
-    parts.push(`A/V within +45/-100 ms for ${percent(1 - sync.outside_ms / sync.measured_ms)}`);
+    parts.push(`on schedule within +45/-100 ms for ${percent(1 - sync.outside_ms / sync.measured_ms)}`);
   }
   if (startup) {
     const first = startup.first_frame_render_ms;

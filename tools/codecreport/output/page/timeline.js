@@ -88,7 +88,7 @@ function syncPlot(session) {
   if (sync.points.rows.length === 0) return null;
   return {
     id: 'plot-sync',
-    title: `Picture behind the sound's schedule: outside +45/-100 ms for ${lasting(sync.outside_ms)} of ${lasting(sync.measured_ms)}`,
+    title: `Picture behind its schedule: outside +45/-100 ms for ${lasting(sync.outside_ms)} of ${lasting(sync.measured_ms)}`,
     data: joined(withGaps(session, sync.points.rows.map((row) => row.slice(0, 2)), sync.points.values_per_row_count)),
     series: [{ label: 'behind (ms)', color: '--message-delay' }],
     scales: { y: { range: withRoom } },
