@@ -114,11 +114,10 @@ async function axeFindsNothing(page) {
 
 async function looks(browser, report, colorScheme) {
   const page = await open(browser, report, { colorScheme });
-  const session = report.sessions.find((candidate) => candidate.incidents?.length > 0) || report.sessions[0];
-  if (session.verdict) {
-    await firstScreenTellsTheVerdict(page, session);
-    await incidentLeadsToThePlotsAndBack(page, session);
-  }
+  const session = report.sessions.reduce((worst, other) =>
+    (other.standing.total_ms > worst.standing.total_ms ? other : worst));
+  await firstScreenTellsTheVerdict(page, session);
+  await incidentLeadsToThePlotsAndBack(page, session);
   await plotsZoomTogetherWithinLimits(page, session);
   const stages = Object.values(session.stages).filter((stats) => stats.count > 0);
   assert.deepEqual(await column(page, '#stages', 'p99'),
@@ -165,7 +164,7 @@ async function thousandsOfSessionsStayUsable(browser) {
   await page.fill('#sessions input', '7123');
   assert.equal(await page.textContent('#sessions [role=status]'), '1 of 5,000 sessions');
   await page.click('details.session summary');
-  await page.waitForFunction(() => document.getElementById('session-title').textContent.includes('vp9'));
+  await page.waitForFunction(() => document.getElementById('session-title').textContent.startsWith('Session 2123:'));
   await page.fill('#sessions input', '');
   await page.selectOption('#sessions select >> nth=2', 'duration');
   assert.equal(await page.textContent('#sessions [role=status]'), '5,000 of 5,000 sessions');
