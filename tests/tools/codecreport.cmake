@@ -50,8 +50,31 @@ if(MCL_CHROMIUM AND MCL_NODE)
         COMMAND ${MCL_NODE} ${pageDir}/pageTest.mjs ${MCL_CHROMIUM} $<TARGET_FILE:codecreport>
                 $<TARGET_FILE:codecreport_make_log>)
     set_tests_properties(Codecreport.pageInABrowser PROPERTIES TIMEOUT 120)
+
+    # The rows in an engine of columns. Its lock file names the engine's build for Linux on x86-64.
+    set(rowsDir ${CMAKE_CURRENT_BINARY_DIR}/codecreport-rows)
+    set(duckdb ${rowsDir}/node_modules/@duckdb/node-api/package.json)
+    file(MAKE_DIRECTORY ${rowsDir})
+    add_custom_command(
+        OUTPUT ${duckdb} ${rowsDir}/rowsTest.mjs
+        COMMAND ${CMAKE_COMMAND} -E copy_if_different package.json package-lock.json .npmrc
+                rowsTest.mjs ${rowsDir}
+        COMMAND ${CMAKE_COMMAND} -E chdir ${rowsDir}
+                ${NPM} install --ignore-scripts --no-audit --no-fund --loglevel=error
+        COMMAND ${CMAKE_COMMAND} -E touch ${duckdb} ${rowsDir}/rowsTest.mjs
+        DEPENDS codecreport/rows/package.json codecreport/rows/package-lock.json
+                codecreport/rows/.npmrc codecreport/rows/rowsTest.mjs
+        WORKING_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR}/codecreport/rows
+        COMMENT "npm install: the rows test's engine"
+        VERBATIM)
+    add_custom_target(codecreport_rows_test ALL DEPENDS ${duckdb} ${rowsDir}/rowsTest.mjs)
+    add_test(NAME Codecreport.rowsInAnEngineOfColumns
+        COMMAND ${MCL_NODE} ${rowsDir}/rowsTest.mjs $<TARGET_FILE:codecreport>
+                $<TARGET_FILE:codecreport_make_log>)
+    set_tests_properties(Codecreport.rowsInAnEngineOfColumns PROPERTIES TIMEOUT 120)
 else()
-    message(STATUS "No test of codecreport's page in a browser: it needs scripts/packages-ci.txt")
+    message(STATUS "No test of codecreport's page in a browser, nor of its rows in another engine: "
+                   "they need scripts/packages-ci.txt")
 endif()
 
 if(TARGET codecplay)

@@ -365,7 +365,23 @@ std::string createStatements() {
                    " (" + first + ");\n";
         }
     }
-    return sql + "CREATE INDEX session_log_id ON session (log_id);\n" + kMoreStatements;
+    return sql + "CREATE INDEX session_log_id ON session (log_id);\n" + kReportTables + kViews;
+}
+
+std::string standardStatements() {
+    std::string sql;
+    for (const Table& table : tables()) {
+        sql += std::string("CREATE TABLE ") + table.name + " (\n";
+        for (const Column& column : table.columns) {
+            const std::string type = column.type;
+            sql += std::string("  ") + column.name +
+                   (type == "TEXT"   ? " VARCHAR"
+                    : type == "REAL" ? " DOUBLE PRECISION"
+                                     : " BIGINT") +
+                   (&column == &table.columns.back() ? "\n);\n" : ",\n");
+        }
+    }
+    return sql + kViews;
 }
 
 std::string insertStatement(const Table& table) {

@@ -49,6 +49,8 @@ const Table& tableNamed(const std::string& name);
 
 /** CREATE TABLE and CREATE VIEW of everything. */
 std::string createStatements();
+/** Tables, without keys, and views in SQL for engines other than SQLite. */
+std::string standardStatements();
 /** INSERT with a parameter for each column. */
 std::string insertStatement(const Table& table);
 /** The tables and views as docs/database.md shows them. */

@@ -3,11 +3,14 @@
 
 namespace android::codecreport {
 
-/** What is no plain table of rows: reports as a whole, and the views. */
-constexpr char kMoreStatements[] = R"sql(
+/** Reports as a whole, which only the pages are made of. */
+constexpr char kReportTables[] = R"sql(
 CREATE TABLE session_report (session_id INTEGER PRIMARY KEY, json_zstd BLOB NOT NULL);
 CREATE TABLE log_report (log_id INTEGER PRIMARY KEY, json_zstd BLOB NOT NULL);
+)sql";
 
+/** In SQL that other engines know, too. */
+constexpr char kViews[] = R"sql(
 CREATE VIEW session_summary AS
 SELECT s.session_id, s.log_id, l.path AS log_path, s.session_no, s.verdict, s.verdict_sentence,
   CASE WHEN s.codec_tag IS NOT NULL THEN s.codec_tag ELSE s.format END AS codec,

@@ -26,8 +26,8 @@ std::vector<LogFile> filesOf(const std::vector<std::string>& paths, const Option
         if (labels) {
             file.labels.insert(labels->begin(), labels->end());
         } else {
-            problems->push_back(file.path + ": has no labels, for its name does not fit '" +
-                                options.fleet.labelPattern + "'");
+            say(file.path + ": has no labels, for its name does not fit '" +
+                options.fleet.labelPattern + "'");
         }
     }
     return files;

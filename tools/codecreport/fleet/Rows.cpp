@@ -29,6 +29,7 @@ bool writeRows(Database* database, const std::string& folder, std::string* error
         *error = folder + ": " + failure.message();
         return false;
     }
+    if (!writeOutput(folder + "/tables.sql", standardStatements(), error)) return false;
     for (const Table& table : tables()) {
         OutputFile output(folder + "/" + table.name + ".jsonl");
         const std::string sql = std::string("SELECT * FROM ") + table.name;

@@ -11,8 +11,9 @@ namespace android::codecreport {
 bool isDatabase(const std::string& path);
 
 /**
- * Writes each table as FOLDER/TABLE.jsonl, a JSON object a line, all columns in each; the folder is
- * made if it is not there.
+ * Writes each table as FOLDER/TABLE.jsonl, a JSON object a line, all columns in each, and the SQL
+ * that makes the tables in another engine as FOLDER/tables.sql. The folder is made if it is not
+ * there.
  */
 bool writeRows(Database* database, const std::string& folder, std::string* error);
 
