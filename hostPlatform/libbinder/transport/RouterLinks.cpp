@@ -19,6 +19,8 @@ namespace {
 constexpr int kAcceptPauseMs = 100;
 // Of connections that have not said whose they are.
 constexpr ptrdiff_t kMaxStrangers = 64;
+// Few, so that those accepted before can greet first and are no strangers any more.
+constexpr int kAcceptsPerTurn = 16;
 
 }  // namespace
 
@@ -63,7 +65,7 @@ void Router::handle(const std::vector<pollfd>& fds) {
 }
 
 void Router::acceptLinks(Trash* trash) {
-    for (;;) {
+    for (int i = 0; i < kAcceptsPerTurn; i++) {
         base::unique_fd socket(TEMP_FAILURE_RETRY(
                 accept4(mListener.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK)));
         if (socket.get() < 0) {
