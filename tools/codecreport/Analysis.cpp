@@ -41,10 +41,12 @@ bool isLog(const LogcatParser& parser, uint64_t understood) {
     return understood > 0 || messages > counts[static_cast<size_t>(LogFormat::RAW)];
 }
 
-bool readLog(const std::string& file, SessionBuilder* builder, bool progress, Analysis* analysis) {
+bool readLog(const std::string& file, const Copies& copies, SessionBuilder* builder, bool progress,
+             Analysis* analysis) {
     analysis->files.push_back(file);
     LineReader reader;
-    if (!reader.open(file)) {
+    const auto copy = copies.find(file);
+    if (!reader.open(copy == copies.end() ? file : copy->second)) {
         analysis->problems.push_back(file + ": " + reader.error());
         return false;
     }
@@ -84,13 +86,13 @@ bool readLog(const std::string& file, SessionBuilder* builder, bool progress, An
 }  // namespace
 
 bool readLogs(const Reference& reference, const std::vector<std::string>& files,
-              SessionObserver* observer, bool progress, Analysis* analysis) {
+              SessionObserver* observer, bool progress, Analysis* analysis, const Copies& copies) {
     SessionBuilder builder(reference, observer);
     bool allOpened = true;
     for (const Capture& capture : capturesOf(files)) {
         builder.beginCapture();
         for (const std::string& file : capture) {
-            allOpened &= readLog(file, &builder, progress, analysis);
+            allOpened &= readLog(file, copies, &builder, progress, analysis);
         }
     }
     analysis->sessions = builder.finish();

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -28,6 +29,9 @@ struct Analysis {
     bool endsEarly = false;
 };
 
+/** Where to read a log in its stead, by its name. */
+using Copies = std::map<std::string, std::string>;
+
 /**
  * Reads logs one after the other, "-" being standard input. Each capture has its own clock.
  *
@@ -36,7 +40,8 @@ struct Analysis {
  * @return false if one of the inputs could not be opened or holds no log
  */
 bool readLogs(const Reference& reference, const std::vector<std::string>& files,
-              SessionObserver* observer, bool progress, Analysis* analysis);
+              SessionObserver* observer, bool progress, Analysis* analysis,
+              const Copies& copies = {});
 bool readMetrics(const std::string& file, Analysis* analysis);
 
 }  // namespace android::codecreport

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Options.h"
 
+#include <math.h>
+#include <stdlib.h>
 #include <string.h>
 
 #include <algorithm>
@@ -26,6 +28,7 @@ constexpr char kIntro[] =
         "\n"
         "  codecreport session.log --metrics metrics.jsonl -o report.html --trace session.pftrace\n"
         "  adb logcat -d | codecreport -o report.html\n"
+        "  adb logcat | codecreport -o report.html --follow\n"
         "  codecreport compare good.json new.json --threshold drops.run_count=0 --threshold 10%\n"
         "  codecreport explain BRISK-P5Ms\n"
         "\n"
@@ -57,6 +60,16 @@ bool addThreshold(const char* text, Options* options) {
     const auto threshold = parseThreshold(text);
     if (!threshold || (!threshold->key.empty() && !isComparedKey(threshold->key))) return false;
     options->thresholds.push_back(*threshold);
+    return true;
+}
+
+bool takeFollow(const char* text, Options* options) {
+    char* end = nullptr;
+    const double seconds = text == nullptr ? 5 : strtod(text, &end);
+    if ((end != nullptr && (end == text || *end != '\0')) || !(seconds >= 0.001 && seconds < 1e6)) {
+        return false;
+    }
+    options->followMs = llround(seconds * 1000);
     return true;
 }
 
@@ -96,7 +109,13 @@ options::Program programOf(Options* options) {
                           "write everything as JSON, to standard output unless a file is given; "
                           "of compare, the comparison",
                           &options->json),
-               metrics, flag("quiet", 'q', "no progress and no summary", &options->quiet)}},
+               metrics,
+               {"follow", 0, "[SECONDS]",
+                "read on while the logs grow, and write anew every so often (5 s), until "
+                "interrupted or a pipe ends",
+                [options](const char* text) { return takeFollow(text, options); },
+                "seconds above 0"},
+               flag("quiet", 'q', "no progress and no summary", &options->quiet)}},
              {"Compare", nullptr, {threshold}},
              {"Explain",
               nullptr,
@@ -123,6 +142,7 @@ std::string checkReport(const Options& options) {
         return "nothing to write: give -o, --trace or --json";
     }
     const int onStdout = (options.page == "-") + (options.trace == "-") + (options.json == "-");
+    if (onStdout > 0 && options.followMs > 0) return "--follow writes to files only";
     if (onStdout > 1) return "only one of -o, --trace and --json can go to standard output";
     const auto& logs = options.arguments;
     if (std::count(logs.begin(), logs.end(), "-") + (options.metrics == "-") > 1) {

@@ -24,6 +24,8 @@ struct Options {
     FleetOptions fleet;
     std::vector<Threshold> thresholds;
     bool quiet = false;
+    /** How often what is followed is written; 0: nothing is. */
+    int64_t followMs = 0;
     /** EXPLAIN: tables as Markdown, all of them if no argument names one. */
     bool markdown = false;
 };

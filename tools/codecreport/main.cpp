@@ -7,6 +7,7 @@
 
 #include "Analysis.h"
 #include "ExitCode.h"
+#include "Follow.h"
 #include "Options.h"
 #include "database/Schema.h"
 #include "fleet/FleetCommand.h"
@@ -63,11 +64,9 @@ void summarise(const Analysis& analysis) {
     }
 }
 
-int report(const Options& options) {
-    std::vector<std::string> inputs = options.arguments;
-    inputs.push_back(options.metrics);
-    if (filesConflict(inputs, {options.page, options.trace, options.json})) return USAGE;
-    const Reference reference;
+/** @param isLast what is wrong is said then only: a log that grows may yet become one */
+int makeReport(const Reference& reference, const Options& options, const Copies& copies,
+               bool isLast) {
     std::unique_ptr<TraceWriter> trace;
     if (!options.trace.empty()) {
         trace = std::make_unique<TraceWriter>(options.trace);
@@ -77,10 +76,12 @@ int report(const Options& options) {
         }
     }
     Analysis analysis;
-    const bool progress = !options.quiet && isatty(STDERR_FILENO);
-    bool ok = readLogs(reference, options.arguments, trace.get(), progress, &analysis);
+    const bool progress = !options.quiet && copies.empty() && isatty(STDERR_FILENO);
+    bool ok = readLogs(reference, options.arguments, trace.get(), progress, &analysis, copies);
     if (!options.metrics.empty()) ok &= readMetrics(options.metrics, &analysis);
-    for (const std::string& problem : analysis.problems) say(problem);
+    for (const std::string& problem : analysis.problems) {
+        if (isLast) say(problem);
+    }
     if (!ok) return BAD_INPUT;
     bool written = trace == nullptr || trace->close();
     if (!written) say(trace->error());
@@ -88,9 +89,20 @@ int report(const Options& options) {
     const nlohmann::ordered_json json = toJson(analysis);
     if (!options.json.empty()) written &= writeFile(options.json, dump(json, true) + "\n");
     if (!options.page.empty()) written &= writeFile(options.page, htmlPage(json, reference));
-    if (!options.quiet) summarise(analysis);
+    if (!options.quiet && isLast) summarise(analysis);
     if (!written) return BAD_OUTPUT;
     return analysis.endsEarly ? INPUT_ENDS_EARLY : OK;
+}
+
+int report(const Options& options) {
+    std::vector<std::string> inputs = options.arguments;
+    inputs.push_back(options.metrics);
+    if (filesConflict(inputs, {options.page, options.trace, options.json})) return USAGE;
+    const Reference reference;
+    if (options.followMs == 0) return makeReport(reference, options, {}, true);
+    return follow(options.arguments, options.followMs, [&](const Copies& copies, bool isLast) {
+        return makeReport(reference, options, copies, isLast);
+    });
 }
 
 /** The file's text if it begins as JSON does. */

@@ -114,6 +114,32 @@ TEST(Codecreport, outputTakesItsNameWhenComplete_elseWhatWasThereStays) {
     EXPECT_EQ("link\npage\nsub\ntrace\n", shell("ls").out);
 }
 
+TEST(Codecreport, followedLogGivesReportsOnTheWayAndAWholeOneAtTheEnd) {
+    const std::string whole = fileWith(playedLog(), "followed");
+    // What is rotated away is not lost; an interrupt ends with all that came.
+    const ProcessResult file = runProcess(
+            {"sh", "-c",
+             "cd ${1%/*}; rm -f part now first; head -100 $1 > part;"
+             "$0 part --follow=0.05 --json=now -q & report=$!;"
+             "while ! [ -e now ]; do sleep 0.02; done; cp now first;"
+             "mv part old; tail -n +101 $1 > part; sleep 0.5; kill -TERM $report; wait $report",
+             CODECREPORT, whole});
+    EXPECT_EQ(0, file.exitCode) << file.err;
+    const std::string folder = whole.substr(0, whole.rfind('/') + 1);
+    const Json expected = reportOf(playedLog())["sessions"];
+    EXPECT_EQ(expected, Json::parse(readFile(folder + "now"))["sessions"]);
+    const Json first = Json::parse(readFile(folder + "first"));
+    EXPECT_EQ(100, first["input"]["line_count"]);
+    EXPECT_EQ("part", first["input"]["files"][0]);
+
+    const ProcessResult pipe =
+            runProcess({"sh", "-c",
+                        "rm -f $1.j; (head -100 $1; while ! [ -e $1.j ]; do sleep 0.02; done;"
+                        "tail -n +101 $1) | $0 --follow=0.05 --json=$1.j && cat $1.j",
+                        CODECREPORT, whole});
+    EXPECT_EQ(expected, Json::parse(pipe.out)["sessions"]) << pipe.err;
+}
+
 TEST(Codecreport, exitCodesTellWhatWentWrong) {
     const std::string log = fileWith(playedLog());
     struct {
@@ -125,6 +151,8 @@ TEST(Codecreport, exitCodesTellWhatWentWrong) {
             {{log, "--nonsense"}, 2, "--nonsense: unknown"},
             {{log, "-o"}, 2, "-o: a value is missing"},
             {{log, "-o", "-", "--json"}, 2, "only one"},
+            {{log, "-o", "-", "--follow"}, 2, "writes to files only"},
+            {{log, "-o", "x", "--follow=0"}, 2, "seconds above 0"},
             {{"-", "--metrics", "-", "--json"}, 2, "once only"},
             {{"/no/such/log", "--json"}, 1, "/no/such/log: No such file"},
             {{log, "--metrics", "/no/such/file", "--json"}, 1, "No such file"},
