@@ -59,7 +59,7 @@ void MediaCodecLogger::performBitrateCalculationAndTracking(unsigned long size, 
     if (size != 0 && mSession.startup.mFirstInputTimeMs == 0) {
         mSession.startup.mFirstInputTimeMs = now;
         ALOGI("[BRISK] %s Got First Input Frame %" PRId64 " pts:%" PRId64,
-              mIdentity.mCodecTag.c_str(), now, int64_t{timeUs});
+              mIdentity.mCodecTag.c_str(), now, timeUs);
     }
     mInputHistory.add(timeUs);
     if (!mSession.bitrate.add(size, now)) return;
@@ -76,11 +76,11 @@ void MediaCodecLogger::updatePTSTime(long pts, bool isEos, unsigned long count) 
     Settling& settling = mSession.settling;
     if (settling.mFirstPtsAfterFlush) {
         ALOGI("%s [%s] First PTS after Flush or reset = %" PRId64, __func__,
-              mIdentity.mCodecTag.c_str(), int64_t{pts});
+              mIdentity.mCodecTag.c_str(), pts);
         settling.mFirstPtsAfterFlush = false;
     }
     if (isEos) {
-        ALOGI("%s [%s] EOS pts:%" PRId64, __func__, mIdentity.mCodecTag.c_str(), int64_t{pts});
+        ALOGI("%s [%s] EOS pts:%" PRId64, __func__, mIdentity.mCodecTag.c_str(), pts);
         return;
     }
 
@@ -129,12 +129,12 @@ void MediaCodecLogger::noteRepeat(int64_t pts, unsigned long count) {
 
 void MediaCodecLogger::logRepeatPTS(int repeatCount, long pts) {
     if (!RepeatedTimestamps::isLogged(repeatCount, mIdentity.throttlesRepeats())) return;
-    ALOGI("%s Repeating PTS in Output = %" PRId64, embeddedWarnings().c_str(), int64_t{pts});
+    ALOGI("%s Repeating PTS in Output = %" PRId64, embeddedWarnings().c_str(), pts);
 }
 
 void MediaCodecLogger::checkRepeatedInputPTS(long pts) {
     if (mInputHistory.occurrencesOf(pts) != RepeatedTimestamps::kReportedInputOccurrences) return;
-    ALOGW("%s Repeating PTS in Input = %" PRId64, embeddedWarnings().c_str(), int64_t{pts});
+    ALOGW("%s Repeating PTS in Input = %" PRId64, embeddedWarnings().c_str(), pts);
     mSession.repeats.addInput();
 }
 

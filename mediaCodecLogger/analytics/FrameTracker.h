@@ -3,19 +3,23 @@
 
 #include <stddef.h>
 #include <stdint.h>
-#include <stdio.h>
 #include <sys/types.h>
 
 #include <string>
 
 #include <media/hardware/CryptoAPI.h>
 #include <media/stagefright/foundation/AString.h>
-#include <mediaCodecLogger/ZephraMediaAnalytic.h>
-#include <mediaCodecLogger/analytics/FrameRecords.h>
-#include <mediaCodecLogger/base/Relaxed.h>
 #include <utils/Mutex.h>
 #include <utils/RefBase.h>
 #include <utils/Vector.h>
+
+#include <mediaCodecLogger/ZephraMediaAnalytic.h>
+#include <mediaCodecLogger/analytics/DebugBits.h>
+#include <mediaCodecLogger/analytics/DumpFile.h>
+#include <mediaCodecLogger/analytics/FrameRecords.h>
+#include <mediaCodecLogger/analytics/RenderStatistics.h>
+#include <mediaCodecLogger/analytics/TrackerSettings.h>
+#include <mediaCodecLogger/base/Relaxed.h>
 
 namespace android {
 
@@ -80,25 +84,18 @@ class ZephraMediaAnalytic::FrameTracker : public RefBase {
     void updateDequeueBuffer(long startUs, const void* buffer, size_t ownedByComponent);
 
   protected:
-    /** Closes the dump files. */
-    ~FrameTracker() override;
+    ~FrameTracker() override = default;
 
   private:
-    /** A minimum that has no value yet. */
-    static constexpr int64_t kNoMinimum = UINT32_MAX;
-
     // Marks of mLastAvSyncLogMs.
     static constexpr int64_t kNeverLogged = -1;
     static constexpr int64_t kFlushed = -2;
 
-    struct Setting;
-    static const Setting kSettings[];
-
     /** Whether the debug mask has a bit: one counts for video, the other for the rest. */
-    bool debugs(int32_t videoBits, int32_t otherBits) const REQUIRES(mLock) {
-        return (mDebug & (mIsVideo ? videoBits : otherBits)) != 0;
+    bool debugs(int32_t videoBits, int32_t otherBits) const {
+        return mSettings.debugs(mIsVideo ? videoBits : otherBits);
     }
-    bool debugs(int32_t bits) const REQUIRES(mLock) { return (mDebug & bits) != 0; }
+    bool debugs(int32_t bits) const { return mSettings.debugs(bits); }
     bool isVideoDecoder() const { return mIsVideo && mIsDecoder; }
 
     const char* inputEvent() const;
@@ -124,13 +121,6 @@ class ZephraMediaAnalytic::FrameTracker : public RefBase {
      */
     void frameAnalyze_l(long timeUs, const char* label, bool retire) REQUIRES(mLock);
 
-    struct FrameLatency;
-    FrameLatency frameLatency_l(const AnalyticTsInfo& rec) const REQUIRES(mLock);
-    void appendLatency_l(std::string& line, const AnalyticTsInfo& rec, const FrameLatency& latency,
-                         const char* label, size_t index) const REQUIRES(mLock);
-    void appendDelayHistory_l(std::string& line, const AnalyticTsInfo& rec) const REQUIRES(mLock);
-    void appendDecodeHistory_l(std::string& line, const AnalyticTsInfo& rec) const REQUIRES(mLock);
-    void appendFillHistory_l(std::string& line, const AnalyticTsInfo& rec) const REQUIRES(mLock);
     void retire_l(size_t index) REQUIRES(mLock);
 
     void foldRender_l(const AnalyticTsInfo& rec, int64_t leadMs) REQUIRES(mLock);
@@ -144,6 +134,8 @@ class ZephraMediaAnalytic::FrameTracker : public RefBase {
 
     // Process-wide label of the next frame. Trackers race on it, which at worst repeats a number.
     static Relaxed<uint64_t> mFrameCounter;
+
+    const analytics::TrackerSettings mSettings;
 
     // Kind of codec; written without the lock before frames flow.
     Relaxed<bool> mIsCodec2 = false;
@@ -168,49 +160,30 @@ class ZephraMediaAnalytic::FrameTracker : public RefBase {
     int64_t mFirstOutputTs GUARDED_BY(mLock) = -1;
     size_t mFramesOwnedByUs GUARDED_BY(mLock) = 0;
 
-    // Settings, written by the constructor; times in milliseconds.
-    int32_t mDebug GUARDED_BY(mLock) = 0;
-    int32_t mMaxQueueSize GUARDED_BY(mLock) = 0;
-    int32_t mMaxDequeueTime GUARDED_BY(mLock) = 0;
-    int32_t mMaxQueueTime GUARDED_BY(mLock) = 0;
-    int32_t mMaxMsgDelayTime GUARDED_BY(mLock) = 0;
-    int32_t mMaxDecodeTime GUARDED_BY(mLock) = 0;
-    int32_t mVsyncPeriod GUARDED_BY(mLock) = 0;
-    int32_t mMaxDecryptTime GUARDED_BY(mLock) = 0;
-
-    // Warnings about unknown timestamps since start or flush, and their cap.
+    /** Warnings about unknown timestamps since start or flush. */
     int32_t mErrorFrameCount GUARDED_BY(mLock) = 0;
-    int32_t mMaxErrorFrame GUARDED_BY(mLock) = 0;
+    /** A frame was analysed since the last render. Nothing reads it but who looks at a crash. */
     bool mAnalyzed GUARDED_BY(mLock) = false;
 
     // Names. The prefix is the name, and from the first queued input on the format's name.
     AString mFormatName GUARDED_BY(mLock);
     const AString mName;
     AString mLogPrefix GUARDED_BY(mLock);
+    /** Marks a tracker in a dump of memory; nothing reads it. */
     const AString mQaTag{"MMSW_QA_TEST"};
 
     // Dumps, opened when first written.
-    FILE* mInputDumpFile GUARDED_BY(mLock) = nullptr;
-    FILE* mOutputDumpFile GUARDED_BY(mLock) = nullptr;
-    FILE* mDecryptedDumpFile GUARDED_BY(mLock) = nullptr;
+    analytics::DumpFile mInputDumpFile GUARDED_BY(mLock){"input"};
+    analytics::DumpFile mOutputDumpFile GUARDED_BY(mLock){"output"};
+    analytics::DumpFile mDecryptedDumpFile GUARDED_BY(mLock){"decrypted"};
 
     // Frames in input order, and the last one rendered.
     Vector<AnalyticTsInfo> mTsInfos GUARDED_BY(mLock);
     AnalyticTsInfo mLastRendered GUARDED_BY(mLock);
 
-    // Statistics of the frames rendered since the last statistics line; steps of media timestamps
-    // in microseconds, the rest in milliseconds.
+    analytics::RenderStatistics mStatistics GUARDED_BY(mLock);
+    /** When their last line was written, or one of the marks. */
     int64_t mLastAvSyncLogMs GUARDED_BY(mLock) = kNeverLogged;
-    int64_t mRenderIntervalMin GUARDED_BY(mLock) = kNoMinimum;
-    int64_t mRenderIntervalMax GUARDED_BY(mLock) = 0;
-    int64_t mRenderIntervalSum GUARDED_BY(mLock) = 0;
-    int64_t mTsStepMin GUARDED_BY(mLock) = kNoMinimum;
-    int64_t mTsStepMax GUARDED_BY(mLock) = 0;
-    int64_t mTsStepSum GUARDED_BY(mLock) = 0;
-    int64_t mRenderLeadMin GUARDED_BY(mLock) = kNoMinimum;
-    int64_t mRenderLeadMax GUARDED_BY(mLock) = 0;
-    int64_t mRenderLeadSum GUARDED_BY(mLock) = 0;
-    uint32_t mRenderCount GUARDED_BY(mLock) = 0;
 
     /** Text of the analysis under way; a member so that its memory is used again. */
     std::string mLine GUARDED_BY(mLock);

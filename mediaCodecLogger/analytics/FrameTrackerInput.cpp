@@ -3,11 +3,21 @@
 
 #define LOG_TAG "ZMediaAnalyticV"
 
+#include <inttypes.h>
+#include <stdio.h>
+
+#include <algorithm>
+
 #include <log/log.h>
-#include <mediaCodecLogger/analytics/AnalyticSupport.h>
+
 #include <mediaCodecLogger/analytics/FrameTracker.h>
+#include <mediaCodecLogger/analytics/RecordVector.h>
+#include <mediaCodecLogger/analytics/TrackerClock.h>
+#include <mediaCodecLogger/base/AppendText.h>
 
 namespace android {
+
+using namespace analytics;
 
 namespace {
 
@@ -18,7 +28,11 @@ constexpr size_t kShownBytes = 10;
 void appendBytes(std::string& text, const uint8_t* data, size_t size, size_t offset, size_t count) {
     if (data == nullptr || offset >= size) return;
     const size_t shown = std::min({count, kShownBytes, size - offset});
-    for (size_t i = 0; i < shown; ++i) appendFormat(text, " %02x", data[offset + i]);
+    for (size_t i = 0; i < shown; ++i) {
+        char byte[4];
+        snprintf(byte, sizeof(byte), " %02x", data[offset + i]);
+        text.append(byte);
+    }
 }
 
 void logIv(const uint8_t* iv) {
@@ -37,20 +51,20 @@ bool ZephraMediaAnalytic::FrameTracker::updateInputFrame_pre(
     mLastInputTimeMs = usToMs(nowUs);
     if (mIsVideo && !mTrackingOff && !appendTsInfo_l(timeUs)) return false;
 
-    if (debugs(kDebugBytes, kDebugBytesOther)) {
+    if (debugs(DEBUG_BYTES, DEBUG_BYTES_OTHER)) {
         if (encrypted) {
             if (iv != nullptr) logIv(iv);
             logSubSamples_l(data, size, numSubSamples, subSamples, timeUs);
         } else {
             mLine.clear();
-            appendFormat(mLine, "S:%zu v:%d t:%lld", size, static_cast<bool>(mIsVideo), ll(timeUs));
+            appendText(mLine, "S:", size, " v:", int{mIsVideo}, " t:", timeUs);
             appendBytes(mLine, data, size, 0, size);
             ALOGI("%s", mLine.c_str());
         }
     }
-    if (debugs(kDumpInput, kDumpInputOther) &&
-        openDump(mInputDumpFile, "input", mIsVideo ? "video" : "audio") && data != nullptr) {
-        writeDump(mInputDumpFile, data, size);
+    if (debugs(DUMP_INPUT, DUMP_INPUT_OTHER) && mInputDumpFile.open(mIsVideo ? "video" : "audio") &&
+        data != nullptr) {
+        mInputDumpFile.write(data, size);
     }
     return true;
 }
@@ -58,10 +72,10 @@ bool ZephraMediaAnalytic::FrameTracker::updateInputFrame_pre(
 bool ZephraMediaAnalytic::FrameTracker::appendTsInfo_l(long timeUs) {
     const size_t count = mTsInfos.size();
     // A limit of n lets n + 1 records in; a limit below 1 refuses without a word.
-    if (mMaxQueueSize < static_cast<ssize_t>(count)) {
-        if (mMaxQueueSize >= 1) {
-            ALOGW("%s queue full:%zu, first ts:%lld, last ts:%lld", mLogPrefix.c_str(), count,
-                  ll(mTsInfos[0].mTimeUs), ll(timeUs));
+    if (mSettings.mMaxQueueSize < static_cast<ssize_t>(count)) {
+        if (mSettings.mMaxQueueSize >= 1) {
+            ALOGW("%s queue full:%zu, first ts:%" PRId64 ", last ts:%" PRId64, mLogPrefix.c_str(),
+                  count, mTsInfos[0].mTimeUs, timeUs);
         }
         return false;
     }
@@ -94,9 +108,8 @@ void ZephraMediaAnalytic::FrameTracker::logSubSamples_l(const uint8_t* data, siz
         const uint32_t encrypted = subSamples[i].mNumBytesOfEncryptedData;
         const size_t count = checkedCount(clear, encrypted);
         mLine.clear();
-        appendFormat(mLine, "s:%d v:%d t:%lld c:%d e:%d S:%zu", static_cast<int>(i),
-                     static_cast<bool>(mIsVideo), ll(timeUs), static_cast<int>(clear),
-                     static_cast<int>(encrypted), size);
+        appendText(mLine, "s:", static_cast<int>(i), " v:", int{mIsVideo}, " t:", timeUs,
+                   " c:", static_cast<int>(clear), " e:", static_cast<int>(encrypted), " S:", size);
         appendBytes(mLine, data, size, offset, count);
         ALOGI("%s", mLine.c_str());
         offset = checkedCount(offset, count);
@@ -111,18 +124,18 @@ void ZephraMediaAnalytic::FrameTracker::updateInputFrame(size_t size, long timeU
         mLogPrefix = mFormatName;
     }
     if (!isVideoDecoder()) {
-        if (debugs(kDebugInput, kDebugInputOther)) {
-            ALOGI("%s %s:%lld, size:%zu", mLogPrefix.c_str(), inputEvent(), ll(timeUs), size);
+        if (debugs(DEBUG_INPUT, DEBUG_INPUT_OTHER)) {
+            ALOGI("%s %s:%" PRId64 ", size:%zu", mLogPrefix.c_str(), inputEvent(), timeUs, size);
         }
         return;
     }
-    if (debugs(kDebugInput)) {
-        ALOGI("%s %s:%lld s:%zu tsS:%zu", mLogPrefix.c_str(), inputEvent(), ll(timeUs), size,
+    if (debugs(DEBUG_INPUT)) {
+        ALOGI("%s %s:%" PRId64 " s:%zu tsS:%zu", mLogPrefix.c_str(), inputEvent(), timeUs, size,
               mTsInfos.size());
     }
     const ssize_t index = indexOfTsInfo_l(timeUs);
     if (index < 0) {
-        ALOGW("%s Not found when %s ts:%lld", mLogPrefix.c_str(), __func__, ll(timeUs));
+        ALOGW("%s Not found when %s ts:%" PRId64, mLogPrefix.c_str(), __func__, timeUs);
         return;
     }
     AnalyticTsInfo& rec = editRecord(mTsInfos, index);
@@ -132,48 +145,49 @@ void ZephraMediaAnalytic::FrameTracker::updateInputFrame(size_t size, long timeU
         rec.mCodecInTimeMs = rec.mQueueTimeMs;
         rec.mFramesInCodec = framesInCodec_l();
     }
-    if (debugs(kDebugTimeline)) {
-        ALOGI("%s Frame:%zu Decrypt cost:%lld ts:%lld size:%zu", mLogPrefix.c_str(),
-              static_cast<size_t>(rec.mFrameNo),
-              ll(checkedSub(rec.mQueueTimeMs, rec.mPreQueueTimeMs)), ll(timeUs), size);
+    if (debugs(DEBUG_TIMELINE)) {
+        ALOGI("%s Frame:%zu Decrypt cost:%" PRId64 " ts:%" PRId64 " size:%zu", mLogPrefix.c_str(),
+              static_cast<size_t>(rec.mFrameNo), checkedSub(rec.mQueueTimeMs, rec.mPreQueueTimeMs),
+              timeUs, size);
     }
 }
 
 void ZephraMediaAnalytic::FrameTracker::updateOmxInput(const void* data, size_t size, long timeUs,
                                                        int framesOwned, unsigned flags) {
     Mutex::Autolock lock(mLock);
-    if (debugs(kDumpDecrypted, kDumpDecryptedOther) &&
-        openDump(mDecryptedDumpFile, "decrypted", mIsVideo ? "1" : "0") && data != nullptr) {
-        writeDump(mDecryptedDumpFile, data, size);
+    if (debugs(DUMP_DECRYPTED, DUMP_DECRYPTED_OTHER) &&
+        mDecryptedDumpFile.open(mIsVideo ? "1" : "0") && data != nullptr) {
+        mDecryptedDumpFile.write(data, size);
     }
     if (!isVideoDecoder()) {
-        if (debugs(kDebugInput, kDebugInputOther)) logOmxInput_l(size, timeUs, framesOwned, flags);
+        if (debugs(DEBUG_INPUT, DEBUG_INPUT_OTHER)) logOmxInput_l(size, timeUs, framesOwned, flags);
         return;
     }
     const ssize_t index = indexOfTsInfo_l(timeUs);
     if (index < 0) {
-        ALOGW("%s Not found when %s ts:%lld", mLogPrefix.c_str(), __func__, ll(timeUs));
+        ALOGW("%s Not found when %s ts:%" PRId64, mLogPrefix.c_str(), __func__, timeUs);
         return;
     }
     AnalyticTsInfo& rec = editRecord(mTsInfos, index);
     rec.mCodecInTimeMs = monotonicMs();
     rec.mFramesInCodec = framesInCodec_l();
     if (mTsInfos.size() <= mFramesOwnedByUs) {
-        ALOGW("%s Omx ETB:%lld size:%zu c:%d u:%zu tsS:%zu flag:%x", mLogPrefix.c_str(), ll(timeUs),
-              size, framesOwned, mFramesOwnedByUs, mTsInfos.size(), flags);
+        ALOGW("%s Omx ETB:%" PRId64 " size:%zu c:%d u:%zu tsS:%zu flag:%x", mLogPrefix.c_str(),
+              timeUs, size, framesOwned, mFramesOwnedByUs, mTsInfos.size(), flags);
     }
-    if (debugs(kDebugInput)) logOmxInput_l(size, timeUs, framesOwned, flags);
-    if (debugs(kDebugTimeline)) {
-        ALOGI("%s Frame:%zu sent to Omx, ETB(Empty this buffer) Timestamp:%lld size:%zu "
+    if (debugs(DEBUG_INPUT)) logOmxInput_l(size, timeUs, framesOwned, flags);
+    if (debugs(DEBUG_TIMELINE)) {
+        ALOGI("%s Frame:%zu sent to Omx, ETB(Empty this buffer) Timestamp:%" PRId64
+              " size:%zu "
               "frames owned by OMX:%d tsS:%zu flag:%x",
-              mLogPrefix.c_str(), static_cast<size_t>(rec.mFrameNo), ll(timeUs), size, framesOwned,
+              mLogPrefix.c_str(), static_cast<size_t>(rec.mFrameNo), timeUs, size, framesOwned,
               mTsInfos.size(), flags);
     }
 }
 
 void ZephraMediaAnalytic::FrameTracker::logOmxInput_l(size_t size, long timeUs, int framesOwned,
                                                       unsigned flags) const {
-    ALOGI("%s Omx ETB:%lld size:%zu c:%d tsS:%zu flag:%x", mLogPrefix.c_str(), ll(timeUs), size,
+    ALOGI("%s Omx ETB:%" PRId64 " size:%zu c:%d tsS:%zu flag:%x", mLogPrefix.c_str(), timeUs, size,
           framesOwned, mTsInfos.size(), flags);
 }
 

@@ -3,24 +3,28 @@
 
 #define LOG_TAG "ZMediaAnalyticV"
 
-#include <errno.h>
+#include <inttypes.h>
 #include <string.h>
 
 #include <hardware/gralloc.h>
 #include <log/log.h>
-#include <mediaCodecLogger/analytics/AnalyticSupport.h>
-#include <mediaCodecLogger/analytics/FrameTracker.h>
 #include <ui/GraphicBuffer.h>
 
+#include <mediaCodecLogger/analytics/FrameTracker.h>
+#include <mediaCodecLogger/analytics/RecordVector.h>
+#include <mediaCodecLogger/analytics/TrackerClock.h>
+
 namespace android {
+
+using namespace analytics;
 
 void ZephraMediaAnalytic::FrameTracker::updateOmxOutput(long timeUs, int flags, unsigned size) {
     constexpr int kFlagEndOfStream = 0x1;
 
     Mutex::Autolock lock(mLock);
     if (!isVideoDecoder()) {
-        if (debugs(kDebugOutput, kDebugOutputOther)) {
-            ALOGI("%s OMX FBD mediaTs:%lld f:%d s:%u%zu", mLogPrefix.c_str(), ll(timeUs), flags,
+        if (debugs(DEBUG_OUTPUT, DEBUG_OUTPUT_OTHER)) {
+            ALOGI("%s OMX FBD mediaTs:%" PRId64 " f:%d s:%u%zu", mLogPrefix.c_str(), timeUs, flags,
                   size, mTsInfos.size());
         }
         return;
@@ -29,22 +33,22 @@ void ZephraMediaAnalytic::FrameTracker::updateOmxOutput(long timeUs, int flags, 
     const ssize_t index = indexOfTsInfo_l(timeUs);
     if (index >= 0 && size != 0) {
         const AnalyticTsInfo& rec = markDecoded_l(index);
-        if (debugs(kDebugOutput)) {
-            ALOGI("%s OMX FBD FL:%lld mediaTs:%lld f:%d s:%u%zd/%zu", mLogPrefix.c_str(),
-                  ll(checkedSub(rec.mCodecOutTimeMs, rec.mCodecInTimeMs)), ll(timeUs), flags, size,
-                  index, mTsInfos.size());
+        if (debugs(DEBUG_OUTPUT)) {
+            ALOGI("%s OMX FBD FL:%" PRId64 " mediaTs:%" PRId64 " f:%d s:%u%zd/%zu",
+                  mLogPrefix.c_str(), checkedSub(rec.mCodecOutTimeMs, rec.mCodecInTimeMs), timeUs,
+                  flags, size, index, mTsInfos.size());
         }
-    } else if (size != 0 || debugs(kDebugOutput)) {
-        ALOGW("%s not found ts:%lld size:%u infos Size:%zu flag:%d when %s", mLogPrefix.c_str(),
-              ll(timeUs), size, mTsInfos.size(), flags, __func__);
+    } else if (size != 0 || debugs(DEBUG_OUTPUT)) {
+        ALOGW("%s not found ts:%" PRId64 " size:%u infos Size:%zu flag:%d when %s",
+              mLogPrefix.c_str(), timeUs, size, mTsInfos.size(), flags, __func__);
     }
 }
 
 void ZephraMediaAnalytic::FrameTracker::updateC2Output(long timeUs, unsigned flags) {
     Mutex::Autolock lock(mLock);
     if (!isVideoDecoder()) {
-        if (debugs(kDebugOutput, kDebugOutputOther)) {
-            ALOGI("%s C2 OWD mediaTs:%lld f:%d %zu", mLogPrefix.c_str(), ll(timeUs),
+        if (debugs(DEBUG_OUTPUT, DEBUG_OUTPUT_OTHER)) {
+            ALOGI("%s C2 OWD mediaTs:%" PRId64 " f:%d %zu", mLogPrefix.c_str(), timeUs,
                   static_cast<int>(flags), mTsInfos.size());
         }
         return;
@@ -52,14 +56,14 @@ void ZephraMediaAnalytic::FrameTracker::updateC2Output(long timeUs, unsigned fla
     const ssize_t index = indexOfTsInfo_l(timeUs);
     if (index >= 0) {
         const AnalyticTsInfo& rec = markDecoded_l(index);
-        if (debugs(kDebugOutput)) {
-            ALOGI("%s C2 OWD FL:%lld mediaTs:%lld f:%d %zd/%zu", mLogPrefix.c_str(),
-                  ll(checkedSub(rec.mCodecOutTimeMs, rec.mCodecInTimeMs)), ll(timeUs),
+        if (debugs(DEBUG_OUTPUT)) {
+            ALOGI("%s C2 OWD FL:%" PRId64 " mediaTs:%" PRId64 " f:%d %zd/%zu", mLogPrefix.c_str(),
+                  checkedSub(rec.mCodecOutTimeMs, rec.mCodecInTimeMs), timeUs,
                   static_cast<int>(flags), index, mTsInfos.size());
         }
-    } else if (debugs(kDebugOutput)) {
-        ALOGW("%s not found ts:%lld infos Size:%zu flag:%d when %s", mLogPrefix.c_str(), ll(timeUs),
-              mTsInfos.size(), static_cast<int>(flags), __func__);
+    } else if (debugs(DEBUG_OUTPUT)) {
+        ALOGW("%s not found ts:%" PRId64 " infos Size:%zu flag:%d when %s", mLogPrefix.c_str(),
+              timeUs, mTsInfos.size(), static_cast<int>(flags), __func__);
     }
 }
 
@@ -73,8 +77,8 @@ const AnalyticTsInfo& ZephraMediaAnalytic::FrameTracker::markDecoded_l(size_t in
 void ZephraMediaAnalytic::FrameTracker::updateOutputFrame(long timeUs) {
     Mutex::Autolock lock(mLock);
     if (!isVideoDecoder()) {
-        if (debugs(kDebugOutput, kDebugOutputOther)) {
-            ALOGI("%s %s:%lld", mLogPrefix.c_str(), outputEvent(), ll(timeUs));
+        if (debugs(DEBUG_OUTPUT, DEBUG_OUTPUT_OTHER)) {
+            ALOGI("%s %s:%" PRId64, mLogPrefix.c_str(), outputEvent(), timeUs);
         }
         return;
     }
@@ -86,16 +90,16 @@ void ZephraMediaAnalytic::FrameTracker::updateOutputFrame(long timeUs) {
     if (mFirstOutputTs == -1) mFirstOutputTs = timeUs;
     AnalyticTsInfo& rec = editRecord(mTsInfos, index);
     rec.mOutputTimeMs = monotonicMs();
-    if (debugs(kDebugTimeline)) {
-        ALOGI("%s Frame:%zu Decoded and filled into output buffer, %s mediaTs:%lld, %zd/%zu",
+    if (debugs(DEBUG_TIMELINE)) {
+        ALOGI("%s Frame:%zu Decoded and filled into output buffer, %s mediaTs:%" PRId64 ", %zd/%zu",
               mLogPrefix.c_str(), static_cast<size_t>(rec.mFrameNo),
-              mIsCodec2 ? "Output onWorkDone" : "FBD(Fill buffer done)", ll(timeUs), index,
+              mIsCodec2 ? "Output onWorkDone" : "FBD(Fill buffer done)", timeUs, index,
               mTsInfos.size());
         frameAnalyze_l(timeUs, mLogPrefix.c_str(), false);
     }
-    if (debugs(kDebugOutput)) {
-        ALOGI("%s %s mediaTs:%lld, %zd/%zu", mLogPrefix.c_str(), outputEvent(), ll(timeUs), index,
-              mTsInfos.size());
+    if (debugs(DEBUG_OUTPUT)) {
+        ALOGI("%s %s mediaTs:%" PRId64 ", %zd/%zu", mLogPrefix.c_str(), outputEvent(), timeUs,
+              index, mTsInfos.size());
         frameAnalyze_l(timeUs, outputEvent(), false);
     }
 }
@@ -104,8 +108,8 @@ void ZephraMediaAnalytic::FrameTracker::updateACodecOutput(const void* data,
                                                            GraphicBuffer* graphicBuffer,
                                                            size_t size) {
     Mutex::Autolock lock(mLock);
-    if (!debugs(kDumpOutput, kDumpOutputOther)) return;
-    if (!openDump(mOutputDumpFile, "output", mIsVideo ? "video" : "audio")) return;
+    if (!debugs(DUMP_OUTPUT, DUMP_OUTPUT_OTHER)) return;
+    if (!mOutputDumpFile.open(mIsVideo ? "video" : "audio")) return;
 
     if (graphicBuffer != nullptr) {
         void* mapped = nullptr;
@@ -118,10 +122,10 @@ void ZephraMediaAnalytic::FrameTracker::updateACodecOutput(const void* data,
                   error);
             return;
         }
-        if (mapped != nullptr) writeDump(mOutputDumpFile, mapped, size);
+        if (mapped != nullptr) mOutputDumpFile.write(mapped, size);
         graphicBuffer->unlock();
     } else if (data != nullptr) {
-        writeDump(mOutputDumpFile, data, size);
+        mOutputDumpFile.write(data, size);
     } else {
         return;
     }

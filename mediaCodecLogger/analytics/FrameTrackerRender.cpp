@@ -3,24 +3,27 @@
 
 #define LOG_TAG "ZMediaAnalyticV"
 
+#include <inttypes.h>
+#include <string.h>
 #include <unistd.h>
 
+#include <charconv>
+#include <iterator>
+
 #include <log/log.h>
-#include <mediaCodecLogger/analytics/AnalyticSupport.h>
+
 #include <mediaCodecLogger/analytics/FrameTracker.h>
+#include <mediaCodecLogger/analytics/RecordVector.h>
+#include <mediaCodecLogger/analytics/TrackerClock.h>
 
 namespace android {
+
+using namespace analytics;
 
 namespace {
 
 /** A statistics line is due when the last one is older. */
 constexpr int64_t kAvSyncPeriodMs = 5000;
-
-void fold(int64_t value, int64_t& min, int64_t& max, int64_t& sum) {
-    min = std::min(min, value);
-    max = std::max(max, value);
-    sum = checkedAdd(sum, value);
-}
 
 }  // namespace
 
@@ -36,14 +39,15 @@ void ZephraMediaAnalytic::FrameTracker::updateFrameRender(long renderTimeNs, lon
     rec.mRenderTimeMs = nsToMs(renderTimeNs);
     rec.mRenderCallTimeMs = monotonicMs();
     const int64_t leadMs = checkedSub(rec.mRenderTimeMs, rec.mRenderCallTimeMs);
-    if (debugs(kDebugRender)) {
-        ALOGI("%s Render R-S:%lld R:%lld(%lld) pts:%lld %zd/%zu", mLogPrefix.c_str(), ll(leadMs),
-              ll(rec.mRenderTimeMs), ll(checkedSub(rec.mRenderTimeMs, mLastRendered.mRenderTimeMs)),
-              ll(timeUs), index, mTsInfos.size());
+    if (debugs(DEBUG_RENDER)) {
+        ALOGI("%s Render R-S:%" PRId64 " R:%" PRId64 "(%" PRId64 ") pts:%" PRId64 " %zd/%zu",
+              mLogPrefix.c_str(), leadMs, rec.mRenderTimeMs,
+              checkedSub(rec.mRenderTimeMs, mLastRendered.mRenderTimeMs), timeUs, index,
+              mTsInfos.size());
     }
-    if (debugs(kDebugTimeline) && leadMs < mVsyncPeriod) {
-        char label[40];
-        snprintf(label, sizeof(label), "Small_Early:%lld", ll(leadMs));
+    if (debugs(DEBUG_TIMELINE) && leadMs < mSettings.mVsyncPeriod) {
+        char label[40] = "Small_Early:";
+        *std::to_chars(label + strlen(label), std::end(label), leadMs).ptr = '\0';
         frameAnalyze_l(timeUs, label, false);
     }
     foldRender_l(rec, leadMs);
@@ -63,12 +67,11 @@ void ZephraMediaAnalytic::FrameTracker::updateFrameRender(long renderTimeNs, lon
 void ZephraMediaAnalytic::FrameTracker::foldRender_l(const AnalyticTsInfo& rec, int64_t leadMs) {
     // Before the first line nothing precedes this frame that it could keep a distance to.
     if (mLastAvSyncLogMs != kNeverLogged) {
-        fold(checkedSub(rec.mRenderTimeMs, mLastRendered.mRenderTimeMs), mRenderIntervalMin,
-             mRenderIntervalMax, mRenderIntervalSum);
-        fold(checkedSub(rec.mTimeUs, mLastRendered.mTimeUs), mTsStepMin, mTsStepMax, mTsStepSum);
+        mStatistics.renderInterval.fold(checkedSub(rec.mRenderTimeMs, mLastRendered.mRenderTimeMs));
+        mStatistics.tsStep.fold(checkedSub(rec.mTimeUs, mLastRendered.mTimeUs));
     }
-    fold(leadMs, mRenderLeadMin, mRenderLeadMax, mRenderLeadSum);
-    ++mRenderCount;
+    mStatistics.renderLead.fold(leadMs);
+    ++mStatistics.renderCount;
 }
 
 /** For the frame that was rendered last. */
@@ -77,28 +80,21 @@ void ZephraMediaAnalytic::FrameTracker::logAvSync_l(int64_t leadMs, long renderT
     const int64_t nowMs = rec.mRenderCallTimeMs;
     const int64_t elapsedMs = mLastAvSyncLogMs >= 0 ? checkedSub(nowMs, mLastAvSyncLogMs) : 0;
 
-    const int64_t count = mRenderCount;
-    const bool hasSteps = count >= 2;
-    const int64_t averageInterval = hasSteps ? checkedMul(elapsedMs, 1000) / (count - 1) : 0;
-    const int64_t averageStep = hasSteps ? mTsStepSum / (count - 1) : 0;
-    const int64_t averageLead = count > 0 ? mRenderLeadSum / count : 0;
-
     // A client that renders by media time tells nothing about when the frame will be seen.
     const int64_t mediaMs = usToMs(rec.mTimeUs);
     const int64_t leadShown = checkedMul(rec.mTimeUs, 1000) == renderTimeNs ? 0 : leadMs;
     const int64_t baseMs = usToMs(mFirstOutputTs);
     const int64_t positionMs = checkedSub(checkedSub(mediaMs, leadShown), baseMs);
-    const auto minimum = [](int64_t min, int64_t unit) -> long {
-        return min == kNoMinimum ? -1 : min / unit;
-    };
-    ALOGI("AVSYNC_V:%lld(%lld)(%lld) b:%lld rts:%lld(%lld) pid:%d%s min:%ld(%ld )(%ld) "
-          "max:%lld(%lld)(%lld) avg:%lld(%lld)(%lld) cnt:%d(%ld)",
-          ll(positionMs), ll(checkedSub(nowMs, positionMs)), ll(mediaMs), ll(baseMs),
-          ll(rec.mRenderTimeMs), ll(leadShown), getpid(),
-          mLastAvSyncLogMs == kNeverLogged ? " First" : "", minimum(mRenderIntervalMin, 1),
-          minimum(mTsStepMin, 1000), minimum(mRenderLeadMin, 1), ll(mRenderIntervalMax),
-          ll(mTsStepMax / 1000), ll(mRenderLeadMax), ll(averageInterval), ll(averageStep),
-          ll(averageLead), static_cast<int>(mRenderCount), static_cast<long>(elapsedMs));
+    const RenderStatistics& all = mStatistics;
+    ALOGI("AVSYNC_V:%" PRId64 "(%" PRId64 ")(%" PRId64 ") b:%" PRId64 " rts:%" PRId64 "(%" PRId64
+          ") pid:%d%s min:%" PRId64 "(%" PRId64 " )(%" PRId64 ") max:%" PRId64 "(%" PRId64
+          ")(%" PRId64 ") avg:%" PRId64 "(%" PRId64 ")(%" PRId64 ") cnt:%d(%" PRId64 ")",
+          positionMs, checkedSub(nowMs, positionMs), mediaMs, baseMs, rec.mRenderTimeMs, leadShown,
+          getpid(), mLastAvSyncLogMs == kNeverLogged ? " First" : "",
+          all.renderInterval.shownMin(1), all.tsStep.shownMin(1000), all.renderLead.shownMin(1),
+          all.renderInterval.max, all.tsStep.max / 1000, all.renderLead.max,
+          all.averageInterval(elapsedMs), all.averageStep(), all.averageLead(),
+          static_cast<int>(all.renderCount), elapsedMs);
 }
 
 void ZephraMediaAnalytic::FrameTracker::resetRenderStatusInfo() {
@@ -107,10 +103,7 @@ void ZephraMediaAnalytic::FrameTracker::resetRenderStatusInfo() {
 }
 
 void ZephraMediaAnalytic::FrameTracker::resetRenderStatusInfo_l() {
-    mRenderIntervalMin = mTsStepMin = mRenderLeadMin = kNoMinimum;
-    mRenderIntervalMax = mTsStepMax = mRenderLeadMax = 0;
-    mRenderIntervalSum = mTsStepSum = mRenderLeadSum = 0;
-    mRenderCount = 0;
+    mStatistics = RenderStatistics();
 }
 
 void ZephraMediaAnalytic::FrameTracker::dropFrameAnalyze(long timeUs) {

@@ -3,11 +3,19 @@
 
 #define LOG_TAG "ZMediaAnalyticV"
 
+#include <inttypes.h>
+
+#include <algorithm>
+
 #include <log/log.h>
-#include <mediaCodecLogger/analytics/AnalyticSupport.h>
+
 #include <mediaCodecLogger/analytics/FrameTracker.h>
+#include <mediaCodecLogger/analytics/RecordVector.h>
+#include <mediaCodecLogger/analytics/TrackerClock.h>
 
 namespace android {
+
+using namespace analytics;
 
 namespace {
 
@@ -25,29 +33,31 @@ void ZephraMediaAnalytic::FrameTracker::updateQueueBuffer(long startUs, long ren
         ALOGW("Warning: queue too many buffers %zu", mQueueBufInfos.size());
     }
     mQueueBufInfos.push_back({renderTimeNs, startMs, nowMs, buffer});
-    if (debugs(kDebugTimeline)) judgeQueue_l(mQueueBufInfos.top(), mediaTimeUs);
-    if (debugs(kDebugQueue)) {
-        ALOGI("queueBuffer rendertime:%lld, mediatime:%lld size:%zu", ll(renderTimeNs),
-              ll(mediaTimeUs), mQueueBufInfos.size());
+    if (debugs(DEBUG_TIMELINE)) judgeQueue_l(mQueueBufInfos.top(), mediaTimeUs);
+    if (debugs(DEBUG_QUEUE)) {
+        ALOGI("queueBuffer rendertime:%" PRId64 ", mediatime:%" PRId64 " size:%zu", renderTimeNs,
+              mediaTimeUs, mQueueBufInfos.size());
     }
 }
 
 void ZephraMediaAnalytic::FrameTracker::judgeQueue_l(const QueueBufInfo& queued,
                                                      long mediaTimeUs) const {
     const int64_t costMs = checkedSub(queued.mQueueEndMs, queued.mQueueStartMs);
-    if (costMs > mMaxQueueTime) {
-        ALOGI("queueBuffer cost:%lld ts:%lld", ll(costMs), ll(mediaTimeUs));
+    if (costMs > mSettings.mMaxQueueTime) {
+        ALOGI("queueBuffer cost:%" PRId64 " ts:%" PRId64, costMs, mediaTimeUs);
     }
     // A client that renders by media time is not judged.
     if (queued.mRenderTimeNs == 0 || checkedMul(mediaTimeUs, 1000) == queued.mRenderTimeNs) return;
     const int64_t renderMs = nsToMs(queued.mRenderTimeNs);
     const int64_t earlyMs = checkedSub(renderMs, queued.mQueueEndMs);
-    if (earlyMs < mVsyncPeriod) {
-        ALOGI("Warning queueBuffer early too small:%lld ms ts:%lld", ll(earlyMs), ll(mediaTimeUs));
+    if (earlyMs < mSettings.mVsyncPeriod) {
+        ALOGI("Warning queueBuffer early too small:%" PRId64 " ms ts:%" PRId64, earlyMs,
+              mediaTimeUs);
     }
     // Tested from the start of the call, shown from its end.
     if (checkedSub(renderMs, queued.mQueueStartMs) > mMaxEarlyTime) {
-        ALOGI("Warning queueBuffer early too large:%lld ms ts:%lld", ll(earlyMs), ll(mediaTimeUs));
+        ALOGI("Warning queueBuffer early too large:%" PRId64 " ms ts:%" PRId64, earlyMs,
+              mediaTimeUs);
     }
 }
 
@@ -74,26 +84,29 @@ void ZephraMediaAnalytic::FrameTracker::updateDequeueBuffer(long startUs, const 
     dequeue.actual = checkedSub(monotonicMs(), startMs);
     takeQueued_l(buffer, startMs, dequeue);
     const int64_t excess = checkedSub(dequeue.actual, dequeue.theory);
-    if (debugs(kDebugTimeline)) {
+    if (debugs(DEBUG_TIMELINE)) {
         const char* verdict = nullptr;
-        if (checkedSub(dequeue.actual, std::max<int64_t>(dequeue.theory, 0)) > mVsyncPeriod) {
+        if (checkedSub(dequeue.actual, std::max<int64_t>(dequeue.theory, 0)) >
+            mSettings.mVsyncPeriod) {
             verdict = "";
-        } else if (dequeue.actual > mMaxDequeueTime) {
+        } else if (dequeue.actual > mSettings.mMaxDequeueTime) {
             verdict = "too long ";
         }
         if (verdict != nullptr) {
-            ALOGI("%sdequeue actual:%lld(%lld) theory:%lld renderTime:%lld index:%d %p", verdict,
-                  ll(dequeue.actual), ll(excess), ll(dequeue.theory), ll(dequeue.renderTimeNs),
+            ALOGI("%sdequeue actual:%" PRId64 "(%" PRId64 ") theory:%" PRId64 " renderTime:%" PRId64
+                  " index:%d %p",
+                  verdict, dequeue.actual, excess, dequeue.theory, dequeue.renderTimeNs,
                   dequeue.index, buffer);
         }
     }
     if (mFillBufInfos.size() >= kMaxFillBufInfos) removeRecord(mFillBufInfos, 0);
     mFillBufInfos.push_back({monotonicMs(), lastQueueStartMs, ownedByComponent});
-    if (debugs(kDebugDequeue)) {
-        ALOGI("dequeue actual:%lld(%lld) theory:%lld renderTime:%lld index:%d ownedByCom:%zu "
+    if (debugs(DEBUG_DEQUEUE)) {
+        ALOGI("dequeue actual:%" PRId64 "(%" PRId64 ") theory:%" PRId64 " renderTime:%" PRId64
+              " index:%d ownedByCom:%zu "
               "ownByNat:%zu %p",
-              ll(dequeue.actual), ll(excess), ll(dequeue.theory), ll(dequeue.renderTimeNs),
-              dequeue.index, ownedByComponent, mQueueBufInfos.size(), buffer);
+              dequeue.actual, excess, dequeue.theory, dequeue.renderTimeNs, dequeue.index,
+              ownedByComponent, mQueueBufInfos.size(), buffer);
     }
 }
 
