@@ -24,18 +24,21 @@ function evidenceOf(incident) {
   return parts.filter((part) => part).join('; ');
 }
 
+/** When it began, as the way to its place in the plots, where the page holds any. */
+function beginning(session, incident) {
+  const at = clock(incident.start_ms);
+  if (!session.detailed || !session.moments) return at;
+  return make('a', {
+    href: plotsLink(session, incident),
+    'aria-label': `Incident ${incident.id} at ${at}: show in the plots`,
+    title: 'Show in the plots',
+  }, at);
+}
+
 function tableOf(session, rows) {
   const columns = [
     { title: '#', of: (incident) => incident.id, number: true },
-    {
-      title: 'at',
-      class: 'number',
-      of: (incident) => make('a', {
-        href: plotsLink(session, incident),
-        'aria-label': `Incident ${incident.id} at ${clock(incident.start_ms)}: show in the plots`,
-        title: 'Show in the plots',
-      }, clock(incident.start_ms)),
-    },
+    { title: 'at', of: (incident) => beginning(session, incident), number: true },
     { title: 'stood', of: (incident) => lasting(incident.stood_ms), number: true },
     { title: 'lost', of: (incident) => count(incident.never_shown_count), number: true },
     { title: 'late', of: (incident) => count(incident.late_count), number: true },
@@ -81,5 +84,6 @@ export function focusRow(session, id) {
   const row = find();
   if (!row) return;
   row.scrollIntoView({ block: 'center' });
-  row.querySelector('a').focus({ preventScroll: true });
+  row.tabIndex = -1;
+  (row.querySelector('a') || row).focus({ preventScroll: true });
 }

@@ -59,7 +59,10 @@ document.getElementById('summary').textContent = summaryOf(report);
 document.getElementById('input').replaceChildren(...inputOf(report));
 document.getElementById('metrics').replaceChildren(...metricsOf(report));
 const list = report.sessions.length > 0
-  ? new SessionList(document.getElementById('sessions'), report.sessions, show) : null;
+  ? new SessionList(document.getElementById('sessions'), report.sessions, (session) => {
+    history.replaceState(null, '', `#session-${session.id}`);
+    show(session);
+  }) : null;
 if (list) follow();
 else document.getElementById('sessions').append(emptyList());
 
