@@ -28,7 +28,7 @@ endif()
 
 if(MCL_FUZZ)
     if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
-        message(FATAL_ERROR "Fuzzers are clang's: use the preset fuzz")
+        message(FATAL_ERROR "Fuzzers are clang's: use the preset asan")
     endif()
     # Everywhere, so that the fuzzer sees which code of the libraries an input reaches.
     add_compile_options(-fsanitize=fuzzer-no-link)

@@ -7,7 +7,7 @@ usage() {
 usage: fuzz/run.sh [SECONDS [TARGET...]]
 
 Builds the fuzz targets (all, or those named) and lets each run for SECONDS (default 5) on its seeds
-and on what earlier runs gathered in build/fuzz/corpus. An input that fails is written to
+and on what earlier runs gathered in build/asan/corpus. An input that fails is written to
 fuzz/regressions/TARGET; commit it with the repair, and the tests replay it from then on.
 
   -h, --help   this text
@@ -23,17 +23,18 @@ case $seconds in '' | *[!0-9]*) usage >&2 && exit 2 ;; esac
 
 source "$(dirname "$0")/../scripts/setup.sh"
 need_packages "$root/scripts/packages.txt"
-if [ $# -gt 0 ]; then build fuzz "${@/#/fuzz_}"; else build fuzz fuzzers; fi
+if [ $# -gt 0 ]; then build asan "${@/#/fuzz_}"; else build asan fuzzers; fi
+cd "$root/build/asan/fuzz"
+[ $# -gt 0 ] || set -- fuzz_*
 cd "$root"
-[ $# -gt 0 ] || set -- $(cd build/fuzz/fuzz && ls -d fuzz_* | sed 's/^fuzz_//')
 
 found=0
-for target in "$@"; do
-    corpus=build/fuzz/corpus/$target log=build/fuzz/$target.log
+for target in "${@#fuzz_}"; do
+    corpus=build/asan/corpus/$target log=build/asan/fuzz/$target.log
     mkdir -p "$corpus" "fuzz/seeds/$target" "fuzz/regressions/$target"
     code=0
     # The limits say what "too slow" and "too much memory" are for inputs of a few kilobytes.
-    "build/fuzz/fuzz/fuzz_$target" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=1024 \
+    "build/asan/fuzz/fuzz_$target" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=1024 \
         -malloc_limit_mb=256 -max_len=4096 -print_final_stats=1 -use_value_profile=1 \
         -artifact_prefix="fuzz/regressions/$target/" "$corpus" "fuzz/seeds/$target" "fuzz/regressions/$target" \
         >"$log" 2>&1 || code=$?

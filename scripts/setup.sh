@@ -28,6 +28,7 @@ need_packages() {
     native=$(dpkg --print-architecture 2>/dev/null) || native=
     installed=$(dpkg-query -W -f='${db:Status-Status} ${Package}:${Architecture}\n' 2>/dev/null) || :
     missing=
+    # shellcheck disable=SC2013 # a word is an entry
     for entry in $(sed 's/#.*//' "$@"); do
         name=${entry#*:}
         if [ "$name" != "$entry" ] && command -v "${entry%%:*}" >/dev/null; then continue; fi
@@ -64,12 +65,20 @@ need_aarch64() {
         die "p7zip-full:arm64 cannot be had" 69
 }
 
-# configure PRESET: once.
+# configure PRESET: once, and again when the presets have changed. A build folder that was moved or copied
+# with its checkout starts afresh, because it holds the old paths.
 configure() {
-    [ ! -e "$root/build/$1/build.ninja" ] || return 0
+    local cache=$root/build/$1/CMakeCache.txt fresh=
+    if [ -e "$cache" ] && ! grep -qxF "CMAKE_HOME_DIRECTORY:INTERNAL=$root" "$cache"; then
+        fresh=--fresh
+    elif [ -e "$root/build/$1/build.ninja" ] && [ ! "$root/CMakePresets.json" -nt "$cache" ]; then
+        return 0
+    fi
     say "configuring $1"
     cd "$root" || exit
-    cmake --preset "$1" -DCMAKE_CXX_COMPILER_LAUNCHER=ccache >&2 || die "configuring $1 failed" 1
+    cmake ${fresh:+"$fresh"} --preset "$1" -DCMAKE_CXX_COMPILER_LAUNCHER=ccache >&2 ||
+        die "configuring $1 failed" 1
+    touch "$cache"
 }
 
 # build PRESET [TARGET...]: configures once, then builds (everything where no target is named).

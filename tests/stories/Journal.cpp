@@ -116,7 +116,8 @@ Journal& Journal::instance() {
 
 void Journal::open(int fd) {
     mFd = fd;
-    mask(std::to_string(getpid()), "<pid>");
+    mMasks.clear();
+    maskPid();
     setLogListener([this](const LogLine& line) {
         const std::string tag = line.tag == "MediaCodecLogger" ? "" : "/" + line.tag;
         outcome("??VDIWEFS"[line.priority] + tag + " " + line.text);
@@ -128,6 +129,12 @@ void Journal::open(int fd) {
 
 void Journal::mask(const std::string& text, const std::string& name) {
     mMasks.insert(mMasks.begin(), {text, name});
+}
+
+void Journal::maskPid() {
+    // Where a pid stands: any other number may be the same.
+    mask("pid:" + std::to_string(getpid()), "pid:<pid>");
+    mask("_" + std::to_string(getpid()), "_<pid>");
 }
 
 void Journal::source(const std::string& text) {
@@ -164,8 +171,9 @@ std::string Journal::shown(const std::string& text) const {
     std::string line = onOneLine(text);
     for (const auto& [from, to] : mMasks) {
         for (size_t at = 0; (at = line.find(from, at)) != std::string::npos;) {
-            const bool isPart =
-                    (at > 0 && isDigitAt(line, at - 1)) || isDigitAt(line, at + from.size());
+            const bool isPart = (isDigitAt(line, at) && at > 0 &&
+                                 (isDigitAt(line, at - 1) || line[at - 1] == '{')) ||
+                                isDigitAt(line, at + from.size());
             if (!isPart) line.replace(at, from.size(), to);
             at += isPart ? from.size() : to.size();
         }

@@ -25,6 +25,8 @@ class Journal {
     void open(int fd);
     /** Shows `text` as `name`, where no digit stands beside it: what differs from run to run. */
     void mask(const std::string& text, const std::string& name);
+    /** The same of this process's pid; again in each process. */
+    void maskPid();
 
     /** A line of the story itself. */
     void source(const std::string& text);

@@ -21,6 +21,10 @@ class Stage {
   public:
     /** The clock shows 1000 ms, and there is a logger of a process that nobody knows. */
     Stage();
+    /** Nothing of it is left in the process. */
+    ~Stage();
+    Stage(const Stage&) = delete;
+    Stage& operator=(const Stage&) = delete;
 
     /** Another codec becomes the current one; made when it is first named. */
     void selectCodec(const std::string& name);

@@ -16,6 +16,7 @@
 #include <hostplatform/GraphicBuffers.h>
 #include <hostplatform/Properties.h>
 #include <hostplatform/Trace.h>
+#include <mediaCodecLogger/ZephraMediaAnalytic.h>
 #include <tests/support/LoggerServices.h>
 
 #include "Operations.h"
@@ -60,9 +61,22 @@ void StoryCodec::signalSetParameters(const sp<AMessage>& message) {
 
 Stage::Stage() {
     Journal::instance().mask("-nan", "nan");  // which of them it is, is the processor's affair
+    service = new JournalingService;
     setService(nullptr);
     selectCodec("codec");
     makeLogger(kUnknownPid, 1000);
+}
+
+Stage::~Stage() {
+    logger = nullptr;
+    // Only while the analytics are on a codec can be removed, and only a registration turns them
+    // on.
+    setProperty("mediaanalytic.enable", "true");
+    ZephraMediaAnalytic::instance().addCodec("last", codecs.begin()->second.codec, 0, 0);
+    for (const auto& [name, named] : codecs) {
+        ZephraMediaAnalytic::instance().removeCodec(named.codec);
+    }
+    hostplatform::clearProperties();
 }
 
 void Stage::selectCodec(const std::string& name) {

@@ -132,7 +132,7 @@ class Player {
         Journal::instance().flush();
         const pid_t child = fork();
         if (child == 0) {
-            Journal::instance().mask(std::to_string(getpid()), "<pid>");
+            Journal::instance().maskPid();
             const bool isBlock = words[0].raw == "{";
             play(words.begin() + isBlock, words.end() - isBlock);
             Journal::instance().flush();
