@@ -87,7 +87,7 @@ bool readLog(const std::string& file, const Copies& copies, SessionBuilder* buil
 
 bool readLogs(const Reference& reference, const std::vector<std::string>& files,
               SessionObserver* observer, bool progress, Analysis* analysis, const Copies& copies) {
-    SessionBuilder builder(reference, observer);
+    SessionBuilder builder(reference, &analysis->frames, observer);
     bool allOpened = true;
     for (const Capture& capture : capturesOf(files)) {
         builder.beginCapture();
@@ -96,6 +96,7 @@ bool readLogs(const Reference& reference, const std::vector<std::string>& files,
         }
     }
     analysis->sessions = builder.finish();
+    if (!analysis->frames.error().empty()) analysis->problems.push_back(analysis->frames.error());
     analysis->stats = builder.stats();
     return allOpened;
 }

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "model/FrameStore.h"
 #include "model/Session.h"
 #include "model/SessionObserver.h"
 #include "reading/LogLine.h"
@@ -22,6 +23,8 @@ struct Analysis {
     ReadStats stats;
     std::array<uint64_t, static_cast<size_t>(LogFormat::COUNT)> formats{};
     std::vector<std::unique_ptr<Session>> sessions;
+    /** Their frames; forEachFrame() reads them as they were judged. */
+    FrameStore frames;
     MetricsReader metrics;
     /** Inputs that could not be opened, hold no log or end early, in words. */
     std::vector<std::string> problems;

@@ -1,63 +1,61 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "judging/Judge.h"
 
-#include <stdio.h>
-
 #include <algorithm>
+
+#include "judging/Timeline.h"
+#include "judging/Verdict.h"
 
 namespace android::codecreport {
 
 namespace {
 
-Cause causeOf(OldCause cause) {
-    static constexpr Cause kCauses[] = {
-            Cause::INPUT_STARVED, Cause::DECRYPTION,    Cause::CODEC,  Cause::MESSAGE_DELAY,
-            Cause::APPLICATION,   Cause::DISPLAY_QUEUE, Cause::UNKNOWN};
-    return kCauses[static_cast<size_t>(cause)];
+/** For drawing: days are off every scale. */
+int32_t narrow(int64_t ms) {
+    return static_cast<int32_t>(std::clamp<int64_t>(ms, -1'000'000'000, 1'000'000'000));
+}
+
+FramePoint pointOf(const JudgedFrame& judged) {
+    const Frame& frame = judged.frame;
+    FramePoint point = {frame.lastUs(), frame.ptsUs, {}, kNoStage, frame.dropped};
+    for (size_t i = 0; i < kStageCount; ++i) {
+        const int64_t ms = frame.stageMs(static_cast<Stage>(i));
+        point.stageMs[i] = ms == kNoTime ? kNoStage : narrow(ms);
+    }
+    const int64_t endUs = judged.shownUs != kNoTime ? judged.shownUs : frame.renderCallUs;
+    if (judged.dueUs != kNoTime && endUs != kNoTime) {
+        point.lateMs = narrow((endUs - judged.dueUs) / 1000);
+    }
+    return point;
 }
 
 }  // namespace
 
-void judge(Session* session) {
-    Judgement& judgement = session->judgement;
-    judgement = Judgement();
-    double lostMs = 0;
-    for (const Freeze& freeze : session->freezes) {
-        Incident incident;
-        incident.id = ++judgement.incidentCount;
-        incident.startUs = freeze.startUs;
-        incident.endUs = freeze.startUs + freeze.durationMs * 1000;
-        incident.ptsUs = freeze.ptsUs;
-        incident.stoodMs = freeze.durationMs;
-        incident.cause = causeOf(freeze.verdict.cause);
-        incident.shares[static_cast<size_t>(incident.cause)] = 1;
-        incident.evidence = freeze.verdict.text;
-        judgement.incidents.push_back(incident);
-        CauseTotal& total = judgement.causes[static_cast<size_t>(incident.cause)];
-        ++total.incidents;
-        total.stoodMs += freeze.durationMs;
-        lostMs += freeze.durationMs;
-        Standing& standing = judgement.standing;
-        ++standing.count;
-        standing.totalMs += freeze.durationMs;
-        if (freeze.durationMs > standing.longestMs) {
-            standing.longestMs = freeze.durationMs;
-            standing.longestAtUs = freeze.startUs;
-        }
+void judge(const FrameStore& store, Session* session) {
+    Judgement judgement;
+    session->frames = FramePoints();
+    if (session->isVideo()) {
+        const Usual usual = usualOf(*session, store);
+        Timeline timeline(*session, usual, [session](const JudgedFrame& judged) {
+            session->frames.add(pointOf(judged));
+        });
+        store.read(session->id, [&timeline](const Frame& frame) { timeline.add(frame); });
+        timeline.finish(&judgement);
+        session->frameIntervalMs = timeline.intervalMs;
+        session->lateMs = timeline.lateMs;
+        addCadence(usual, &judgement);
     }
-    for (CauseTotal& total : judgement.causes)
-        total.share = lostMs > 0 ? total.stoodMs / lostMs : 0;
-    // The log begins in its midst.
-    if (session->startedBefore) {
-        judgement.atLeast = {"counts.rendered_count", "counts.dropped_count", "incident_count"};
-    }
-    if (session->rendered > 0) {
-        judgement.word = judgement.incidentCount > 0 ? Word::STUTTERED : Word::SMOOTH;
-    }
-    char text[160];
-    snprintf(text, sizeof(text), "%zu incidents, the picture stood %.1f s", session->freezes.size(),
-             lostMs / 1000);
-    judgement.sentence = text;
+    addWords(*session, &judgement);
+    session->judgement = std::move(judgement);
+}
+
+void forEachFrame(const FrameStore& store, const Session& session,
+                  const std::function<void(const JudgedFrame&)>& onFrame) {
+    const Usual usual = usualOf(session, store);
+    Timeline timeline(session, usual, onFrame);
+    store.read(session.id, [&timeline](const Frame& frame) { timeline.add(frame); });
+    Judgement ignored;
+    timeline.finish(&ignored);
 }
 
 }  // namespace android::codecreport

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "judging/Verdict.h"
 
+#include <inttypes.h>
+#include <math.h>
 #include <stdio.h>
 
 #include <algorithm>
@@ -9,80 +11,120 @@ namespace android::codecreport {
 
 namespace {
 
-// Less than this is the grain of the log's times and the scheduler's business.
-constexpr int64_t kNoticeableMs = 4;
-// Part of the delay that a stage must explain to be named.
-constexpr double kShare = 0.25;
+/** "3:2" for 2.5: how many refreshes pictures stay for in turn. */
+std::string patternOf(double refreshes) {
+    for (int pictures = 1; pictures <= 5; ++pictures) {
+        const double sum = refreshes * pictures;
+        if (fabs(sum - round(sum)) > 0.01 * sum || round(sum) < pictures) continue;
+        const int total = static_cast<int>(round(sum));
+        std::string pattern;
+        for (int i = 0; i < pictures; ++i) {
+            // The longer ones first, spread evenly.
+            const int stays = (total * (i + 1) + pictures - 1) / pictures -
+                              (total * i + pictures - 1) / pictures;
+            pattern += (i > 0 ? ":" : "") + std::to_string(stays);
+        }
+        return pattern;
+    }
+    return "";
+}
 
-/** Judged without a session's own measure: a frame's time at 30 fps and the library's defaults. */
-constexpr std::array<int64_t, kStageCount> kDefaultStageMs = {16, 30, 10, 33, 0};
+std::string counted(uint64_t count, const char* one, const char* many) {
+    return std::to_string(count) + " " + (count == 1 ? one : many);
+}
 
-struct Suspect {
-    OldCause cause;
-    int64_t tookMs;
-    int64_t usualMs;
-    int64_t excessMs() const { return tookMs - usualMs; }
-};
-
-std::string describe(const Suspect& suspect) {
-    static constexpr const char* kTexts[] = {
-            "input late: queued %lld ms later than usual for its due time",
-            "decrypt: %lld ms before the input was queued, usually %lld",
-            "codec: %lld ms in the component, usually %lld",
-            "message delay: %lld ms from the component to the client, usually %lld",
-            "app: held for %lld ms after it was ready, usually %lld",
-            "display: queueing or dequeueing took %lld ms",
-    };
-    char text[160];
-    const bool input = suspect.cause == OldCause::INPUT_LATE;
-    snprintf(text, sizeof(text), kTexts[static_cast<size_t>(suspect.cause)],
-             static_cast<long long>(input ? suspect.excessMs() : suspect.tookMs),
-             static_cast<long long>(suspect.usualMs));
+std::string seconds(double ms) {
+    char text[40];
+    snprintf(text, sizeof(text), ms < 995 ? "%.0f ms" : "%.1f s", ms < 995 ? ms : ms / 1000);
     return text;
+}
+
+/** "application 86 %, codec 14 %", the largest first. */
+std::string sharesOf(const Judgement& judgement) {
+    std::vector<size_t> order;
+    for (size_t i = 0; i < kCauseCount; ++i) {
+        if (judgement.causes[i].share >= 0.005) order.push_back(i);
+    }
+    std::sort(order.begin(), order.end(), [&](size_t a, size_t b) {
+        return judgement.causes[a].share > judgement.causes[b].share;
+    });
+    std::string text;
+    for (const size_t i : order) {
+        char part[60];
+        snprintf(part, sizeof(part), "%s%s %.0f %%", text.empty() ? "" : ", ",
+                 inWords(static_cast<Cause>(i)), judgement.causes[i].share * 100);
+        text += part;
+    }
+    return text;
+}
+
+std::string sentenceOf(const Session& session, const Judgement& judgement) {
+    if (judgement.incidentCount == 0) {
+        if (judgement.word == Word::CANNOT_TELL) return "the log does not tell how it played";
+        return "every picture was shown in its time";
+    }
+    double stoodMs = 0;
+    double neverShown = 0;
+    for (const CauseTotal& total : judgement.causes) {
+        stoodMs += total.stoodMs;
+        neverShown += total.neverShown;
+    }
+    std::string text = counted(judgement.incidentCount, "incident", "incidents");
+    if (session.rendered == 0) {
+        return text + " at least, " + counted(session.dropped, "picture", "pictures") +
+               " dropped; " + sharesOf(judgement);
+    }
+    if (stoodMs >= 1) {
+        text += ", the picture stood " + seconds(stoodMs);
+        if (judgement.playbackMs.value_or(0) > 0) {
+            char part[20];
+            snprintf(part, sizeof(part), " (%.2g %%)", 100 * stoodMs / *judgement.playbackMs);
+            text += part;
+        }
+    }
+    if (neverShown >= 0.5) {
+        text += ", " + counted(static_cast<uint64_t>(round(neverShown)), "picture", "pictures") +
+                " never shown";
+    }
+    return text + "; " + sharesOf(judgement);
 }
 
 }  // namespace
 
-Verdict judge(const Frame& frame, const Usual& usual, int64_t lateMs, int64_t displayWaitMs) {
-    static constexpr std::pair<Stage, OldCause> kStages[] = {{Stage::DECRYPT, OldCause::DECRYPT},
-                                                             {Stage::CODEC, OldCause::CODEC},
-                                                             {Stage::MESSAGE, OldCause::MESSAGE},
-                                                             {Stage::APP, OldCause::APP}};
-    if (frame.dropped && frame.dueUs == kNoTime) {
-        return {OldCause::APP, "app: dropped before a frame was shown since start, seek or flush"};
+void addCadence(const Usual& usual, Judgement* judgement) {
+    Cadence& cadence = judgement->cadence;
+    if (usual.stepUs > 0) cadence.contentFps = 1e6 / usual.stepUs;
+    if (usual.grid.isOwn) cadence.even = true;
+    if (usual.grid.periodUs <= 0) return;
+    cadence.displayHz = 1e6 / usual.grid.periodUs;
+    cadence.vsyncJitterMs = usual.grid.jitterMs;
+    if (usual.stepUs <= 0) return;
+    const double refreshes = usual.stepUs / usual.grid.periodUs;
+    cadence.pattern = patternOf(refreshes);
+    cadence.even = round(refreshes) >= 1 && fabs(refreshes - round(refreshes)) < 0.01;
+}
+
+void addWords(const Session& session, Judgement* judgement) {
+    const bool sawPictures = session.rendered > 0;
+    const bool brokeOff = !judgement->incidents.empty() && judgement->incidents.back().openEnded;
+    if (brokeOff) {
+        judgement->word = Word::BROKE_OFF;
+    } else if (judgement->incidentCount > 0) {
+        judgement->word = Word::STUTTERED;
+    } else {
+        judgement->word = sawPictures ? Word::SMOOTH : Word::CANNOT_TELL;
     }
-    if (frame.dropped && lateMs < kNoticeableMs) {
-        return {OldCause::APP, "app: dropped although it was in time"};
+    if (session.isVideo() && !sawPictures) {
+        judgement->missing = "mediaanalytic.enable true, mediaanalytic.debug 0x4 (render lines)";
+    } else if (session.isVideo() && session.stages[static_cast<size_t>(Stage::APP)].count() == 0) {
+        judgement->missing = "mediaanalytic.debug 0x2 (what each frame spent its time on)";
     }
-    std::array<Suspect, 6> suspects;
-    size_t count = 0;
-    if (displayWaitMs > 0) suspects[count++] = {OldCause::DISPLAY, displayWaitMs, 0};
-    const int64_t inputUs = frame.announcedUs != kNoTime ? frame.announcedUs : frame.queuedUs;
-    if (usual.known && inputUs != kNoTime && frame.dueUs != kNoTime) {
-        suspects[count++] = {OldCause::INPUT_LATE, (inputUs - frame.dueUs) / 1000, usual.inputMs};
+    if (session.startedBefore) {
+        judgement->atLeast = {"counts.rendered_count", "counts.dropped_count", "incident_count"};
+    } else if (session.isVideo() && !sawPictures) {
+        judgement->atLeast = {"incident_count", "counts.dropped_count"};
     }
-    bool sawStages = false;
-    for (const auto& [stage, cause] : kStages) {
-        const int64_t took = frame.stageMs(stage);
-        if (took == kNoTime) continue;
-        const size_t index = static_cast<size_t>(stage);
-        sawStages = true;
-        suspects[count++] = {cause, took,
-                             usual.known ? usual.stageMs[index] : kDefaultStageMs[index]};
-    }
-    const Suspect* worst = nullptr;
-    for (size_t i = 0; i < count; ++i) {
-        if (worst == nullptr || suspects[i].excessMs() > worst->excessMs()) worst = &suspects[i];
-    }
-    const int64_t least = std::max<int64_t>(kNoticeableMs, static_cast<int64_t>(kShare * lateMs));
-    if (worst != nullptr && worst->excessMs() >= least) return {worst->cause, describe(*worst)};
-    if (!sawStages) return {OldCause::UNKNOWN, "unknown: the log has no stage times of this frame"};
-    if (frame.rendered && lateMs >= kNoticeableMs) {
-        return {OldCause::APP, "app: every stage took its usual time, the frame was released late"};
-    }
-    if (frame.dropped)
-        return {OldCause::APP, "app: dropped although every stage took its usual time"};
-    return {OldCause::UNKNOWN, "nothing unusual in any stage"};
+    judgement->sentence = sentenceOf(session, *judgement);
 }
 
 }  // namespace android::codecreport

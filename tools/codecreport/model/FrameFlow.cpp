@@ -1,50 +1,26 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "model/FrameFlow.h"
 
+#include <stdlib.h>
+
 #include <algorithm>
 
 namespace android::codecreport {
 
 namespace {
 
-constexpr size_t kFreezeFrames = 30;
-constexpr size_t kMinFreezeFrames = 5;
-constexpr int64_t kFreezeExtraMs = 150;
-constexpr int64_t kPauseMs = 5000;
-
 // What the library calls a seek.
 constexpr int64_t kMaxStepUs = 5'000'000;
-
-// What the library takes for a resume: audio stood still too, and a new schedule holds.
-constexpr int64_t kResumeMs = 1000;
-
-constexpr size_t kReferenceFrames = 15;
-// Beyond these the eye notices: sound early by 45 ms (video late), sound late by 100 ms.
-constexpr int64_t kVideoLateMs = 45;
-constexpr int64_t kVideoEarlyMs = -100;
-
+// The log shows the distance to the last rendered frame in whole milliseconds.
 constexpr int64_t kPtsGrainUs = 1500;
-
-constexpr uint64_t kMinUsual = 20;
-constexpr uint64_t kUsualEvery = 64;
-// A dequeue that took long ended shortly before it held the frame up.
-constexpr int64_t kDisplayWaitReachUs = 500'000;
-// A frame is worth a line in the table of the worst from here on.
-constexpr int64_t kLateMs = 8;
-
-/** For drawing: days are off every scale. */
-int32_t narrow(int64_t ms) {
-    return static_cast<int32_t>(std::clamp<int64_t>(ms, -1'000'000'000, 1'000'000'000));
-}
-
-bool isOutside(int64_t offsetMs) {
-    return offsetMs > kVideoLateMs || offsetMs < kVideoEarlyMs;
-}
+// Shorter waits at the display hold nobody up; more of them than a frame can meet are forgotten.
+constexpr int64_t kLeastWaitUs = 5000;
+constexpr size_t kMaxWaits = 64;
 
 }  // namespace
 
-FrameFlow::FrameFlow(Session* session, SessionObserver* observer)
-    : mSession(session), mObserver(observer) {}
+FrameFlow::FrameFlow(Session* session, FrameStore* store, SessionObserver* observer)
+    : mSession(session), mStore(store), mObserver(observer), mSync(session, observer) {}
 
 Frame* FrameFlow::find(int64_t ptsUs) {
     for (Frame& frame : mInFlight) {
@@ -71,258 +47,130 @@ Frame& FrameFlow::get(int64_t ptsUs, bool announcing) {
     return frame;
 }
 
-void FrameFlow::onRendered(int64_t ptsUs, int64_t callUs, int64_t displayUs) {
-    Frame frame = get(ptsUs);
+Frame FrameFlow::take(int64_t ptsUs) {
+    const Frame frame = get(ptsUs);
     mInFlight.erase(std::find_if(mInFlight.begin(), mInFlight.end(),
                                  [ptsUs](const Frame& f) { return f.ptsUs == ptsUs; }));
+    return frame;
+}
+
+void FrameFlow::onDecoded(Frame* frame, int64_t records) {
+    if (frame->inside >= 0) return;
+    int64_t inside = 0;
+    int64_t output = 0;
+    for (const Frame& other : mInFlight) {
+        if (other.outputUs != kNoTime) ++output;
+        if (&other == frame || other.codecOutUs != kNoTime) continue;
+        if (other.queuedUs != kNoTime) ++inside;
+    }
+    if (mSession->inputs > 0) {
+        frame->inside = inside;
+    } else if (records >= output) {
+        // Without a line for each input the number of records tells what the client has not got.
+        frame->inside = records - output;
+    }
+}
+
+void FrameFlow::onRendered(int64_t ptsUs, int64_t callUs, int64_t displayUs) {
+    Frame frame = take(ptsUs);
     closeDropRun();
     frame.rendered = true;
     frame.renderCallUs = callUs;
-    // What is asked for too late is shown as soon as possible.
     frame.displayUs = displayUs == kNoTime ? callUs : displayUs;
     ++mSession->rendered;
     mSession->renderedRate.add(callUs, 1);
-    foldInterval(&frame);
+    const int64_t stepUs = ptsUs - mLastPtsUs;
+    if (mHasLast && (stepUs < 0 || stepUs > kMaxStepUs)) {
+        // Playback goes on elsewhere; the seek was logged when this frame was output, not now.
+        onDiscontinuity(Place::SEEK, kNoTime);
+    }
     mHasLast = true;
-    mLast = frame;
-    mDroppedSince = false;
+    mLastPtsUs = ptsUs;
+    // What is asked for too late is shown as soon as possible.
+    mLastShownUs = std::max(frame.displayUs, callUs);
+    mLastCallUs = callUs;
+    mSync.onShown(mLastShownUs, ptsUs);
     retire(frame);
 }
 
 void FrameFlow::onDropped(int64_t ptsUs, int64_t timeUs, int64_t lastPtsUs, int64_t lastShownUs) {
-    Frame frame = get(ptsUs);
-    mInFlight.erase(std::find_if(mInFlight.begin(), mInFlight.end(),
-                                 [ptsUs](const Frame& f) { return f.ptsUs == ptsUs; }));
+    Frame frame = take(ptsUs);
     frame.dropped = true;
     frame.renderCallUs = timeUs;
     ++mSession->dropped;
     // The log may hold a line for each drop and none for renders.
     if (mHasLast) {
-        lastPtsUs = mLast.ptsUs;
-        lastShownUs = std::max(mLast.displayUs, mLast.renderCallUs);
+        lastPtsUs = mLastPtsUs;
+        lastShownUs = mLastShownUs;
     }
     const int64_t stepUs = ptsUs - lastPtsUs;
     if (lastShownUs != kNoTime && stepUs >= 0 && stepUs <= kMaxStepUs) {
         frame.dueUs = lastShownUs + stepUs;
     }
-    const int64_t lateMs = frame.dueUs == kNoTime ? 0 : (timeUs - frame.dueUs) / 1000;
-    const Verdict verdict = judge(frame, usual(), lateMs, displayWaitFor(frame));
-    if (!mDroppedSince || lateMs > mDroppedLateMs) {
-        mDroppedVerdict = verdict;
-        mDroppedLateMs = lateMs;
-    }
-    mDroppedSince = true;
-    foldDrop(frame, verdict.cause, lastPtsUs);
-    // Before anything was shown, no frame is late.
-    if (frame.dueUs != kNoTime) keepIfWorst(frame, lateMs, verdict);
+    foldDrop(lastPtsUs);
     retire(frame);
 }
 
-void FrameFlow::foldInterval(Frame* frame) {
-    const int64_t shownUs = std::max(frame->displayUs, frame->renderCallUs);
-    int64_t intervalMs = 0;
-    const int64_t stepUs = frame->ptsUs - mLast.ptsUs;
-    if (mHasLast && (stepUs < 0 || stepUs > kMaxStepUs)) {
-        // Playback goes on elsewhere; the seek was logged when this frame was output, not now.
-        onDiscontinuity();
-    }
-    if (mHasLast) {
-        const int64_t lastShownUs = std::max(mLast.displayUs, mLast.renderCallUs);
-        intervalMs = (shownUs - lastShownUs) / 1000;
-        frame->dueUs = lastShownUs + stepUs;
-        const int64_t lateMs = (shownUs - frame->dueUs) / 1000;
-        mSession->frameIntervalMs.add(intervalMs);
-        mSession->lateMs.add(lateMs);
-        if (lateMs >= kLateMs && intervalMs <= kPauseMs) {
-            keepIfWorst(*frame, lateMs, judge(*frame, usual(), lateMs, displayWaitFor(*frame)));
-        }
-        foldFreeze(*frame, intervalMs);
-    }
-    foldSync(*frame, intervalMs);
-}
-
-void FrameFlow::foldFreeze(const Frame& frame, int64_t intervalMs) {
-    const size_t known = mIntervalsMs.size();
-    if (known >= kMinFreezeFrames && intervalMs <= kPauseMs) {
-        const double average = static_cast<double>(mIntervalSumMs) / known;
-        if (intervalMs >= std::max(3 * average, average + kFreezeExtraMs)) {
-            ++mSession->freezeCount;
-            mSession->freezeTotalMs += intervalMs;
-            const int64_t startUs = std::max(mLast.displayUs, mLast.renderCallUs);
-            const int64_t lateMs = intervalMs - (frame.ptsUs - mLast.ptsUs) / 1000;
-            // Frames that were dropped in between would have been shown: what held them up counts.
-            const Freeze freeze = {startUs, intervalMs, mLast.ptsUs,
-                                   mDroppedSince
-                                           ? mDroppedVerdict
-                                           : judge(frame, usual(), lateMs, displayWaitFor(frame))};
-            if (mObserver != nullptr) {
-                mObserver->onSpan(*mSession, "freeze", startUs, startUs + intervalMs * 1000);
-            }
-            if (mSession->freezes.size() < kMaxFreezes) mSession->freezes.push_back(freeze);
-        }
-    }
-    mIntervalsMs.push_back(intervalMs);
-    mIntervalSumMs += intervalMs;
-    if (mIntervalsMs.size() > kFreezeFrames) {
-        mIntervalSumMs -= mIntervalsMs.front();
-        mIntervalsMs.pop_front();
-    }
-}
-
-void FrameFlow::foldSync(const Frame& frame, int64_t intervalMs) {
-    const int64_t shownUs = std::max(frame.displayUs, frame.renderCallUs);
-    const Offset offset = {shownUs, (shownUs - frame.ptsUs) / 1000, intervalMs};
-    if (intervalMs >= kResumeMs) onResume();
-    if (mHasReference) {
-        foldOffset(offset);
-        return;
-    }
-    mFirstOffsets.push_back(offset);
-    if (mFirstOffsets.size() == kReferenceFrames) settleReference();
-}
-
-/** A segment's schedule is the median of its first frames: one early or late frame is no measure.
- */
-void FrameFlow::settleReference() {
-    if (mFirstOffsets.empty() || mHasReference) return;
-    std::vector<int64_t> sorted;
-    for (const Offset& offset : mFirstOffsets) sorted.push_back(offset.rawMs);
-    std::nth_element(sorted.begin(), sorted.begin() + sorted.size() / 2, sorted.end());
-    mReferenceMs = sorted[sorted.size() / 2];
-    mHasReference = true;
-    for (const Offset& offset : mFirstOffsets) foldOffset(offset);
-    mFirstOffsets.clear();
-}
-
-void FrameFlow::foldOffset(const Offset& offset) {
-    SyncStats& sync = mSession->sync;
-    // The offset of the frame before held for this interval; a pause is nobody's offset.
-    if (offset.intervalMs > 0 && offset.intervalMs <= kPauseMs && sync.offsets.count() > 0) {
-        sync.measuredMs += offset.intervalMs;
-        if (isOutside(sync.lastMs)) sync.outsideMs += offset.intervalMs;
-    }
-    addOffset(offset.timeUs, offset.rawMs - mReferenceMs);
-}
-
-void FrameFlow::addOffset(int64_t timeUs, int64_t offsetMs) {
-    SyncStats& sync = mSession->sync;
-    if (sync.offsets.count() == 0 || std::abs(offsetMs) > std::abs(sync.worstMs)) {
-        sync.worstMs = offsetMs;
-    }
-    sync.lastMs = offsetMs;
-    sync.offsets.add(offsetMs);
-    sync.offsetMs.add(timeUs, offsetMs);
-    if (mObserver != nullptr) {
-        mObserver->onCounter(*mSession, Counter::SYNC_OFFSET_MS, timeUs, offsetMs);
-    }
-}
-
 void FrameFlow::onSyncLine(int64_t timeUs, int64_t behindMs, int64_t elapsedMs) {
-    ++mSession->sync.lines;
-    // With a line for each frame these lines tell nothing new.
-    if (mSession->rendered > 0) return;
-    if (!mHasReference) {
-        mReferenceMs = behindMs;
-        mHasReference = true;
+    mSync.onSyncLine(timeUs, behindMs, elapsedMs);
+}
+
+void FrameFlow::onQueued(int64_t ptsUs, int64_t endUs, int64_t tookUs) {
+    // The call began when the render was reported.
+    if (tookUs < 0 && mHasLast && ptsUs == mLastPtsUs) tookUs = endUs - mLastCallUs;
+    remember(&mQueueWaits, {endUs - tookUs, endUs});
+}
+
+void FrameFlow::onDequeued(int64_t endUs, int64_t tookUs) {
+    remember(&mDequeueWaits, {endUs - tookUs, endUs});
+}
+
+void FrameFlow::remember(std::deque<Wait>* waits, Wait wait) {
+    if (wait.endUs - wait.beginUs < kLeastWaitUs) return;
+    if (waits->size() == kMaxWaits) waits->pop_front();
+    waits->push_back(wait);
+}
+
+/** How much of a time was spent waiting; two lines may tell of the same wait. */
+int64_t FrameFlow::overlapUs(const std::deque<Wait>& waits, int64_t beginUs, int64_t endUs) {
+    int64_t sumUs = 0;
+    if (beginUs == kNoTime || endUs == kNoTime) return sumUs;
+    for (auto wait = waits.rbegin(); wait != waits.rend() && wait->endUs > beginUs; ++wait) {
+        const int64_t fromUs = std::max(beginUs, wait->beginUs);
+        sumUs += std::max<int64_t>(0, std::min(endUs, wait->endUs) - fromUs);
+        endUs = std::min(endUs, fromUs);
     }
-    mSession->sync.measuredMs += elapsedMs;
-    if (isOutside(behindMs - mReferenceMs)) mSession->sync.outsideMs += elapsedMs;
-    addOffset(timeUs, behindMs - mReferenceMs);
+    return sumUs;
 }
 
-void FrameFlow::onResume() {
-    settleReference();
-    mHasReference = false;
-}
-
-void FrameFlow::onDisplayWait(int64_t timeUs, int64_t waitMs) {
-    mDisplayWaitUs = timeUs;
-    mDisplayWaitMs = waitMs;
-}
-
-int64_t FrameFlow::displayWaitFor(const Frame& frame) const {
-    if (mDisplayWaitUs == kNoTime || frame.renderCallUs == kNoTime) return 0;
-    const int64_t beforeUs = frame.renderCallUs - mDisplayWaitUs;
-    return beforeUs >= -kDisplayWaitReachUs && beforeUs <= kDisplayWaitReachUs ? mDisplayWaitMs : 0;
-}
-
-void FrameFlow::foldDrop(const Frame& frame, OldCause cause, int64_t lastPtsUs) {
-    // The log shows the difference to the last rendered frame in whole milliseconds.
-    if (mInDropRun && std::abs(lastPtsUs - mDropRunLastPtsUs) > kPtsGrainUs) closeDropRun();
-    if (!mInDropRun) {
-        mInDropRun = true;
-        mDropRun = DropRun();
-        mDropRun.startUs = frame.renderCallUs;
-        mDropRun.ptsUs = frame.ptsUs;
-        mDropRunLastPtsUs = lastPtsUs;
-    }
-    mDropRun.endUs = frame.renderCallUs;
-    ++mDropRun.frames;
-    if (mDropRun.cause == OldCause::UNKNOWN) mDropRun.cause = cause;
+void FrameFlow::foldDrop(int64_t lastPtsUs) {
+    if (mDropRun > 0 && std::abs(lastPtsUs - mDropRunLastPtsUs) > kPtsGrainUs) closeDropRun();
+    if (mDropRun++ == 0) mDropRunLastPtsUs = lastPtsUs;
 }
 
 void FrameFlow::closeDropRun() {
-    if (!mInDropRun) return;
-    mInDropRun = false;
+    if (mDropRun == 0) return;
     ++mSession->dropRunCount;
-    ++mSession->dropRunLengths[std::min(mDropRun.frames, kMaxRunLength + 1)];
-    mSession->longestDropRun = std::max(mSession->longestDropRun, mDropRun.frames);
-    if (mSession->dropRuns.size() < kMaxDropRuns) mSession->dropRuns.push_back(mDropRun);
-    if (mObserver != nullptr) {
-        mObserver->onSpan(*mSession, "drop run", mDropRun.startUs, mDropRun.endUs);
-    }
-}
-
-void FrameFlow::keepIfWorst(const Frame& frame, int64_t lateMs, const Verdict& verdict) {
-    // The heap's front is the mildest of the worst.
-    const auto worse = [](const WorstFrame& a, const WorstFrame& b) { return a.lateMs > b.lateMs; };
-    std::vector<WorstFrame>& worst = mSession->worstFrames;
-    if (worst.size() == kMaxWorstFrames) {
-        if (lateMs <= worst.front().lateMs) return;
-        std::pop_heap(worst.begin(), worst.end(), worse);
-        worst.pop_back();
-    }
-    worst.push_back({frame, lateMs, verdict});
-    std::push_heap(worst.begin(), worst.end(), worse);
-}
-
-const Usual& FrameFlow::usual() {
-    if (mFinished >= kMinUsual && (!mUsual.known || mFinished >= mUsualAt + kUsualEvery)) {
-        for (size_t i = 0; i < kStageCount; ++i) {
-            mUsual.stageMs[i] = mSession->stages[i].percentile(0.5);
-        }
-        mUsual.inputMs = mInputMs.percentile(0.5);
-        mUsual.known = true;
-        mUsualAt = mFinished;
-    }
-    return mUsual;
-}
-
-void FrameFlow::foldStages(const Frame& frame) {
-    FramePoint point = {frame.lastUs(), frame.ptsUs, {}, kNoStage, frame.dropped};
-    bool any = false;
-    for (size_t i = 0; i < kStageCount; ++i) {
-        const int64_t ms = frame.stageMs(static_cast<Stage>(i));
-        point.stageMs[i] = ms == kNoTime ? kNoStage : narrow(ms);
-        if (ms == kNoTime) continue;
-        any = true;
-        mSession->stages[i].add(ms);
-    }
-    if (frame.dueUs != kNoTime) {
-        const int64_t shownUs = std::max(frame.displayUs, frame.renderCallUs);
-        point.lateMs = narrow((shownUs - frame.dueUs) / 1000);
-    }
-    if (any || frame.dropped || frame.rendered) mSession->frames.add(point);
+    ++mSession->dropRunLengths[std::min(mDropRun, kMaxRunLength + 1)];
+    mSession->longestDropRun = std::max(mSession->longestDropRun, mDropRun);
+    mDropRun = 0;
 }
 
 void FrameFlow::retire(Frame frame) {
     if (frame.lastUs() == kNoTime) return;
-    ++mFinished;
-    const int64_t inputUs = frame.announcedUs != kNoTime ? frame.announcedUs : frame.queuedUs;
-    if (frame.dueUs != kNoTime && inputUs != kNoTime) {
-        mInputMs.add((inputUs - frame.dueUs) / 1000);
+    if (frame.hasFate()) {
+        frame.begins = mBegins;
+        frame.begunUs = mBegunUs;
+        // Frames on the way to where a seek goes are dropped before the first that is shown.
+        if (frame.rendered) mBegins = Place::PLAYBACK;
     }
-    foldStages(frame);
+    frame.dequeueWaitUs = overlapUs(mDequeueWaits, frame.codecInUs, frame.codecOutUs);
+    frame.queueWaitUs = overlapUs(mQueueWaits, frame.outputUs, frame.renderCallUs);
+    for (size_t i = 0; i < kStageCount; ++i) {
+        const int64_t ms = frame.stageMs(static_cast<Stage>(i));
+        if (ms != kNoTime) mSession->stages[i].add(ms);
+    }
+    mStore->add(mSession->id, frame);
     if (mObserver != nullptr) {
         mObserver->onFrame(*mSession, frame);
         mObserver->onCounter(*mSession, Counter::FRAMES_IN_FLIGHT, frame.lastUs(),
@@ -330,31 +178,30 @@ void FrameFlow::retire(Frame frame) {
     }
 }
 
-void FrameFlow::onDiscontinuity() {
+void FrameFlow::onDiscontinuity(Place place, int64_t timeUs) {
     closeDropRun();
-    onResume();
+    mSync.onDiscontinuity();
     mHasLast = false;
-    mIntervalsMs.clear();
-    mIntervalSumMs = 0;
+    // A flush that belongs to a seek is part of it.
+    if (mBegins == Place::START) return;
+    if (mBegins == Place::PLAYBACK) mBegunUs = timeUs;
+    mBegins = mBegins == Place::SEEK ? Place::SEEK : place;
 }
 
-void FrameFlow::onFlush() {
-    onDiscontinuity();
+void FrameFlow::onSeek() {
+    if (mBegins == Place::FLUSH) mBegins = Place::SEEK;
+}
+
+void FrameFlow::onFlush(int64_t timeUs) {
+    onDiscontinuity(Place::FLUSH, timeUs);
     mInFlight.clear();
 }
 
 void FrameFlow::finish() {
     closeDropRun();
-    settleReference();
-    while (!mInFlight.empty()) {
-        const Frame frame = mInFlight.front();
-        mInFlight.pop_front();
-        retire(frame);
-    }
-    std::sort(mSession->worstFrames.begin(), mSession->worstFrames.end(),
-              [](const WorstFrame& a, const WorstFrame& b) {
-                  return a.lateMs != b.lateMs ? a.lateMs > b.lateMs : a.frame.ptsUs < b.frame.ptsUs;
-              });
+    mSync.finish();
+    for (const Frame& frame : mInFlight) retire(frame);
+    mInFlight.clear();
 }
 
 }  // namespace android::codecreport

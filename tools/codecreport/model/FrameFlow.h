@@ -2,20 +2,17 @@
 #pragma once
 
 #include <deque>
-#include <vector>
 
-#include "judging/Verdict.h"
+#include "model/FrameStore.h"
 #include "model/Session.h"
 #include "model/SessionObserver.h"
+#include "model/SyncOffsets.h"
 
 namespace android::codecreport {
 
 /**
- * Follows the frames of one session from line to line and folds each finished frame into the
- * session: stage times, frame rate, freezes, sync, drop runs, worst frames.
- *
- * Freeze: the rule of WebRTC's statistics. Between two frames pass at least 3 times the average
- * interval of the last 30 frames, and at least 150 ms more than it; more than 5 s is a pause.
+ * Follows the frames of one session from line to line. What became of a frame goes to the store,
+ * for the session to be judged when all is known; what need not wait for that is counted.
  *
  * Memory: the frames in flight (at most kMaxInFlight) and what Session holds.
  */
@@ -24,13 +21,15 @@ class FrameFlow {
     static constexpr size_t kMaxInFlight = 256;
 
     /** @param observer may be null */
-    FrameFlow(Session* session, SessionObserver* observer);
+    FrameFlow(Session* session, FrameStore* store, SessionObserver* observer);
 
     /** The frame in flight with this timestamp, or nullptr. The oldest wins, as in the library. */
     Frame* find(int64_t ptsUs);
     /** As find(), or a new one; with `announcing`, a new one too if that frame left the codec. */
     Frame& get(int64_t ptsUs, bool announcing = false);
 
+    /** The component is done with a frame. `records`: frames in flight by its line, -1: no word. */
+    void onDecoded(Frame* frame, int64_t records);
     /** Ends the frame's life. `displayUs` is kNoTime where the client gave no clock time. */
     void onRendered(int64_t ptsUs, int64_t callUs, int64_t displayUs);
     /**
@@ -39,69 +38,57 @@ class FrameFlow {
      */
     void onDropped(int64_t ptsUs, int64_t timeUs, int64_t lastPtsUs, int64_t lastShownUs);
     void onSyncLine(int64_t timeUs, int64_t behindMs, int64_t elapsedMs);
-    void onDisplayWait(int64_t timeUs, int64_t waitMs);
+
+    /** A frame was queued to the display, which ended now and took so long if the line tells. */
+    void onQueued(int64_t ptsUs, int64_t endUs, int64_t tookUs);
+    /** The component waited for a buffer of the display until now. */
+    void onDequeued(int64_t endUs, int64_t tookUs);
 
     /** Playback went on after a pause: its schedule is a new one. */
-    void onResume();
-    /** Output goes on elsewhere: intervals across this moment mean nothing. */
-    void onDiscontinuity();
+    void onResume() { mSync.onResume(); }
+    /** Output went on elsewhere; without a flush frames of before are still to come. */
+    void onSeek();
+    /** What is rendered next is elsewhere. */
+    void onDiscontinuity(Place place, int64_t timeUs);
     /** The same, and the frames in flight are gone. */
-    void onFlush();
+    void onFlush(int64_t timeUs);
     /** No more lines come. */
     void finish();
 
   private:
-    /** When a frame was shown, and how far that is from its media time. */
-    struct Offset {
-        int64_t timeUs;
-        int64_t rawMs;
-        int64_t intervalMs;
+    struct Wait {
+        int64_t beginUs;
+        int64_t endUs;
     };
 
+    Frame take(int64_t ptsUs);
     void retire(Frame frame);
-    void foldStages(const Frame& frame);
-    void foldInterval(Frame* frame);
-    void foldFreeze(const Frame& frame, int64_t intervalMs);
-    void foldSync(const Frame& frame, int64_t intervalMs);
-    void foldOffset(const Offset& offset);
-    void addOffset(int64_t timeUs, int64_t offsetMs);
-    void settleReference();
-    void foldDrop(const Frame& frame, OldCause cause, int64_t lastPtsUs);
+    void foldDrop(int64_t lastPtsUs);
     void closeDropRun();
-    void keepIfWorst(const Frame& frame, int64_t lateMs, const Verdict& verdict);
-    const Usual& usual();
-    int64_t displayWaitFor(const Frame& frame) const;
+    static void remember(std::deque<Wait>* waits, Wait wait);
+    static int64_t overlapUs(const std::deque<Wait>& waits, int64_t beginUs, int64_t endUs);
 
     Session* mSession;
+    FrameStore* mStore;
     SessionObserver* mObserver;
+    SyncOffsets mSync;
     std::deque<Frame> mInFlight;
 
-    /** The frame rendered last, unless playback went on elsewhere, and the intervals before it. */
+    /** The frame rendered last, unless playback went on elsewhere. */
     bool mHasLast = false;
-    Frame mLast;
-    std::deque<int64_t> mIntervalsMs;
-    int64_t mIntervalSumMs = 0;
+    int64_t mLastPtsUs = 0;
+    int64_t mLastShownUs = 0;
+    int64_t mLastCallUs = 0;
+    /** What the next frame to be rendered or dropped begins. */
+    Place mBegins = Place::START;
+    int64_t mBegunUs = kNoTime;
 
-    bool mInDropRun = false;
-    DropRun mDropRun;
+    int64_t mDropRun = 0;
     int64_t mDropRunLastPtsUs = 0;
-    /** What held the latest of the frames up that were dropped since the last one was rendered. */
-    bool mDroppedSince = false;
-    int64_t mDroppedLateMs = 0;
-    Verdict mDroppedVerdict;
 
-    /** The segment's schedule, and the offsets that it is made of until there are enough. */
-    bool mHasReference = false;
-    int64_t mReferenceMs = 0;
-    std::vector<Offset> mFirstOffsets;
-
-    int64_t mDisplayWaitUs = kNoTime;
-    int64_t mDisplayWaitMs = 0;
-
-    Histogram mInputMs;
-    Usual mUsual;
-    uint64_t mUsualAt = 0;
-    uint64_t mFinished = 0;
+    /** The latest waits at the display, for frames that they held up. */
+    std::deque<Wait> mQueueWaits;
+    std::deque<Wait> mDequeueWaits;
 };
 
 }  // namespace android::codecreport

@@ -27,11 +27,6 @@ Json known(int64_t value) {
     return value < 0 ? Json(nullptr) : Json(value);
 }
 
-Json stageOf(const Frame& frame, Stage stage) {
-    const int64_t ms = frame.stageMs(stage);
-    return ms == kNoTime ? Json(nullptr) : Json(ms);
-}
-
 Json statsOf(const Histogram& histogram) {
     Json json = {{"count", histogram.count()}};
     if (histogram.count() == 0) return json;
@@ -108,36 +103,13 @@ Json countsOf(const Session& session) {
 }
 
 Json dropsOf(const Session& session) {
-    Json runs = Json::array();
-    for (const DropRun& run : session.dropRuns) {
-        runs.push_back({{"start_ms", since(session, run.startUs)},
-                        {"duration_ms", rounded((run.endUs - run.startUs) / 1000.0)},
-                        {"pts_us", run.ptsUs},
-                        {"length_frames", run.frames},
-                        {"cause", toString(run.cause)}});
-    }
     Json lengths = Json::array();
     for (const auto& [length, count] : session.dropRunLengths) {
         lengths.push_back({{"length_frames", length}, {"run_count", count}});
     }
     return {{"run_count", session.dropRunCount},
             {"longest_run_frames", session.longestDropRun},
-            {"lengths", std::move(lengths)},
-            {"runs", std::move(runs)}};
-}
-
-Json freezesOf(const Session& session) {
-    Json list = Json::array();
-    for (const Freeze& freeze : session.freezes) {
-        list.push_back({{"start_ms", since(session, freeze.startUs)},
-                        {"duration_ms", freeze.durationMs},
-                        {"pts_us", freeze.ptsUs},
-                        {"cause", toString(freeze.verdict.cause)},
-                        {"verdict", freeze.verdict.text}});
-    }
-    return {{"freeze_count", session.freezeCount},
-            {"total_ms", session.freezeTotalMs},
-            {"list", std::move(list)}};
+            {"lengths", std::move(lengths)}};
 }
 
 Json pointsOf(const Session& session, const Series& series, const char* unit) {
@@ -203,26 +175,6 @@ Json framesOf(const Session& session) {
             {"rows", std::move(rows)}};
 }
 
-Json worstFramesOf(const Session& session) {
-    Json list = Json::array();
-    for (const WorstFrame& worst : session.worstFrames) {
-        const Frame& frame = worst.frame;
-        list.push_back({{"at_ms", since(session, frame.lastUs())},
-                        {"pts_us", frame.ptsUs},
-                        {"frame_no", known(frame.number)},
-                        {"dropped", frame.dropped},
-                        {"late_ms", worst.lateMs},
-                        {"decrypt_ms", stageOf(frame, Stage::DECRYPT)},
-                        {"codec_ms", stageOf(frame, Stage::CODEC)},
-                        {"message_ms", stageOf(frame, Stage::MESSAGE)},
-                        {"app_ms", stageOf(frame, Stage::APP)},
-                        {"lead_ms", stageOf(frame, Stage::LEAD)},
-                        {"cause", toString(worst.verdict.cause)},
-                        {"verdict", worst.verdict.text}});
-    }
-    return list;
-}
-
 Json momentsOf(const Session& session) {
     Json list = Json::array();
     for (const Moment& moment : session.moments) {
@@ -277,10 +229,8 @@ Json sessionOf(const Session& session) {
         json["frame_interval"] = statsOf(session.frameIntervalMs);
         json["lateness"] = statsOf(session.lateMs);
         json["drops"] = dropsOf(session);
-        json["freezes"] = freezesOf(session);
         json["sync"] = syncOf(session);
         json["frame_rate"] = ratesOf(session, session.renderedRate, "framerate_fps", 1);
-        json["worst_frames"] = worstFramesOf(session);
         json["frames"] = framesOf(session);
     }
     json["input_rate"] = ratesOf(session, session.inputRate, "bitrate_kbps", 8 / 1000.0);

@@ -59,6 +59,7 @@ void onDecoded(const Event& event) {
     if (frame == nullptr) return;
     frame->codecOutUs = event.timeUs;
     frame->codecInUs = event.timeUs - event.fields.number("codec_ms") * 1000;
+    event.flow.onDecoded(frame, -1);
 }
 
 void onOutput(const Event& event) {
@@ -103,7 +104,9 @@ int64_t lastShown(const Event& event) {
 
 void onAnalysis(const Event& event) {
     const int64_t pts = event.fields.number("pts_us");
-    foldAnalysis(event, &event.flow.get(pts));
+    Frame& frame = event.flow.get(pts);
+    foldAnalysis(event, &frame);
+    event.flow.onDecoded(&frame, event.fields.number("records"));
     if (event.fields.text("label") != "Drop") return;
     event.flow.onDropped(pts, event.timeUs, pts - event.fields.number("ts_delta_ms") * 1000,
                          lastShown(event));
@@ -146,14 +149,16 @@ void onBuffers(const Event& event) {
 }
 
 void onQueueCost(const Event& event) {
-    event.flow.onDisplayWait(event.timeUs, event.fields.number("cost_ms"));
+    event.flow.onQueued(event.fields.number("pts_us"), event.timeUs,
+                        event.fields.number("cost_ms") * 1000);
 }
 
 void onDequeue(const Event& event) {
-    event.flow.onDisplayWait(event.timeUs, event.fields.number("actual_ms"));
+    event.flow.onDequeued(event.timeUs, event.fields.number("actual_ms") * 1000);
 }
 
 void onQueueBuffer(const Event& event) {
+    event.flow.onQueued(event.fields.number("pts_us"), event.timeUs, -1);
     if (event.observer == nullptr) return;
     event.observer->onCounter(event.session, Counter::DISPLAY_BUFFERS, event.timeUs,
                               event.fields.number("queued"));
@@ -209,6 +214,7 @@ void addAnalyticsLines(LineHandlers* handlers) {
             {"sync", {onSync, syncNow}},
             {"buffers", {onBuffers, nullptr}},
             {"queue_cost", {onQueueCost, nullptr}},
+            {"dequeue_plain", {onDequeue, nullptr}},
             {"dequeue_late", {onDequeue, nullptr}},
             {"dequeue_long", {onDequeue, nullptr}},
             {"queue_buffer", {onQueueBuffer, nullptr}},

@@ -66,7 +66,8 @@ void onBitrate(const Event& event) {
 void onFlush(const Event& event) {
     ++event.session.flushes;
     event.session.flushPending = true;
-    event.flow.onFlush();
+    event.session.ended = false;
+    event.flow.onFlush(event.timeUs);
     event.moment("flush", format("flushed at %.3f fps", event.fields.real("framerate_fps")));
 }
 
@@ -76,7 +77,7 @@ void onFirstPts(const Event& event) {
     // A flush logs itself only where it ends a segment of video.
     if (session.sawFirstPts && !session.flushPending) {
         ++session.flushes;
-        event.flow.onDiscontinuity();
+        event.flow.onDiscontinuity(Place::FLUSH, event.timeUs);
         event.moment("flush", format("output goes on at %.3f s", pts / 1e6));
     }
     session.sawFirstPts = true;
@@ -85,7 +86,7 @@ void onFirstPts(const Event& event) {
 
 void onSeek(const Event& event) {
     ++event.session.seeks;
-    event.flow.onDiscontinuity();
+    event.flow.onSeek();
     event.moment("seek", format("media time went from %.3f s to %.3f s",
                                 event.fields.number("last_pts_us") / 1e6,
                                 event.fields.number("pts_us") / 1e6));
@@ -109,6 +110,11 @@ void onDisplayDropped(const Event& event) {
 void onDroppedTotal(const Event& event) {
     event.moment("drops", format("%lld frames dropped so far",
                                  static_cast<LL>(event.fields.number("frames"))));
+}
+
+void onEnd(const Event& event) {
+    event.session.ended = true;
+    event.moment("end", "end of stream");
 }
 
 void onRepeatOutput(const Event& event) {
@@ -193,7 +199,7 @@ void addLoggerLines(LineHandlers* handlers) {
             {"bitrate", {onBitrate, nullptr}},
             {"flush", {onFlush, nullptr}},
             {"first_pts", {onFirstPts, nullptr}},
-            {"eos", {[](const Event& e) { e.moment("end", "end of stream"); }, nullptr}},
+            {"eos", {onEnd, nullptr}},
             {"seek", {onSeek, nullptr}},
             {"delayed_output", {onDelayedOutput, nullptr}},
             {"display_dropped", {onDisplayDropped, nullptr}},

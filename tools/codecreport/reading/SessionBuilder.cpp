@@ -23,8 +23,9 @@ bool contains(std::string_view text, std::string_view part) {
 
 }  // namespace
 
-SessionBuilder::SessionBuilder(const Reference& reference, SessionObserver* observer)
-    : mReference(reference), mObserver(observer) {
+SessionBuilder::SessionBuilder(const Reference& reference, FrameStore* store,
+                               SessionObserver* observer)
+    : mReference(reference), mStore(store), mObserver(observer) {
     addRoutes(reference);
 }
 
@@ -266,7 +267,7 @@ SessionBuilder::Open* SessionBuilder::begin(const LogLine& line, std::string_vie
         session.tag.kind = "video";
         session.tag.format = tag;
     }
-    open->flow = std::make_unique<FrameFlow>(&session, mObserver);
+    open->flow = std::make_unique<FrameFlow>(&session, mStore, mObserver);
     open->lastTid = line.tid;
     open->touched = ++mTouches;
     mByThread[threadOf(line)] = open.get();
@@ -302,7 +303,7 @@ void SessionBuilder::keep(std::unique_ptr<Session> session) {
 
 void SessionBuilder::close(Open* open) {
     open->flow->finish();
-    judge(open->session.get());
+    judge(*mStore, open->session.get());
     keep(std::move(open->session));
     for (auto it = mByThread.begin(); it != mByThread.end();) {
         it = it->second == open ? mByThread.erase(it) : std::next(it);

@@ -57,7 +57,7 @@ class SessionBuilder {
     static constexpr size_t kMaxOpen = 128;
 
     /** @param observer may be null */
-    SessionBuilder(const Reference& reference, SessionObserver* observer);
+    SessionBuilder(const Reference& reference, FrameStore* store, SessionObserver* observer);
 
     /** One message of the log, of the library or not. */
     void onLine(const LogLine& line);
@@ -113,6 +113,7 @@ class SessionBuilder {
     static uint64_t threadOf(const LogLine& line);
 
     const Reference& mReference;
+    FrameStore* mStore;
     SessionObserver* mObserver;
     LogClock mClock;
     ReadStats mStats;
