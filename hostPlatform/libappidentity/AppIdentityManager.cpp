@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <mediaCodecLogger/AppIdentityManager.h>
+#include <closed/AppIdentityManager.h>
 
 #include <stdio.h>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <mediaCodecLogger/PulseLog.h>
+#include <closed/PulseLog.h>
 
 #include <errno.h>
 

@@ -3,7 +3,7 @@
 
 #include <string.h>
 
-#include <mediaCodecLogger/PulseLog.h>
+#include <closed/PulseLog.h>
 
 namespace android::logger {
 

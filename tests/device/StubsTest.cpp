@@ -10,8 +10,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <mediaCodecLogger/AppIdentityManager.h>
-#include <mediaCodecLogger/PulseLog.h>
+#include <closed/AppIdentityManager.h>
+#include <closed/PulseLog.h>
 
 using ::testing::ElementsAre;
 using ::testing::EndsWith;

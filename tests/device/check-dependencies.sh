@@ -9,7 +9,7 @@ bp=$1 table=$2
 shift 2
 
 included=$(grep -rhoE '^#include <[^>]+/[^>]+>' "$@" | tr -d '<>' | cut -d' ' -f2 |
-    grep -vE '^(mediaCodecLogger|sys)/' | LC_ALL=C sort -u)
+    grep -vE '^(closed|mediaCodecLogger|sys)/' | LC_ALL=C sort -u)
 strange=$(LC_ALL=C comm -23 <(printf '%s\n' "$included") <(awk '{ print $1 }' "$table" | LC_ALL=C sort))
 [ -z "$strange" ] || { printf 'not in %s:\n%s\n' "$table" "$strange" && exit 1; }
 

@@ -16,7 +16,7 @@
 #include <thread>
 #include <vector>
 
-#include <mediaCodecLogger/PulseLog.h>
+#include <closed/PulseLog.h>
 #include <tests/support/MetricsCapture.h>
 
 namespace android {

@@ -5,7 +5,7 @@
 #include <string.h>
 
 #include <android/log.h>
-#include <mediaCodecLogger/AppIdentityManager.h>
+#include <closed/AppIdentityManager.h>
 
 namespace android {
 

@@ -3,7 +3,7 @@
 // the system log, the data entries of a record before it and under the same address.
 #include <android/log.h>
 
-#include <mediaCodecLogger/PulseLog.h>
+#include <closed/PulseLog.h>
 
 static constexpr char kTag[] = "PulseLog";
 
