@@ -4,29 +4,13 @@
 #include <iterator>
 
 #include <mediaCodecLogger/binder/InterfaceSupport.h>
+#include <mediaCodecLogger/binder/TransactionCodes.h>
 
 namespace android {
 
-namespace {
+using namespace client_code;
 
-// In the order of the methods. initialize() has a code, but it is never sent and not served.
-enum : uint32_t {
-    GET_STATUS = IBinder::FIRST_CALL_TRANSACTION,
-    GET_PACKAGE_NAME,
-    IS_VIDEO_CLIENT,
-    GET_PID,
-    INITIALIZE,
-    GET_CLIENT_RESOLUTION,
-    GET_CLIENT_HDR_TYPE,
-    GET_CLIENT_BIT_DEPTH,
-    GET_CLIENT_SCAN_TYPE,
-    GET_CLIENT_COLOR_PROPERTIES,
-    GET_TIME_SINCE_LAST_FRAME_RENDERED,
-    GET_UID,
-    GET_BUFFER_COUNT_SINCE_LAST_FLUSH,
-    IS_VIDEO_CLIENT_USING_SECURE_MEM,
-    GET_CLIENT_CODEC_FORMAT,
-};
+namespace {
 
 using Answer = void (*)(IMediaCodecLoggerClient& client, Parcel* reply);
 

@@ -3,35 +3,19 @@
 
 #include <mediaCodecLogger/binder/IMediaCodecLoggerService.h>
 
+#include <inttypes.h>
+
 #include <iterator>
 
 #include <log/log.h>
 #include <mediaCodecLogger/binder/InterfaceSupport.h>
+#include <mediaCodecLogger/binder/TransactionCodes.h>
 
 namespace android {
 
-namespace {
+using namespace service_code;
 
-// The numbers 7 to 14 are those of media::IMediaCodecLoggerService, which is why two of them are
-// crossed against the order of the methods.
-enum : uint32_t {
-    REGISTER_CLIENT = IBinder::FIRST_CALL_TRANSACTION,
-    UNREGISTER_CLIENT,
-    GET_ACTIVE_VIDEO_CLIENT,
-    UPDATE_HIDL_MEDIA_METRICS,
-    ON_FIRST_FRAME_RENDERED,
-    ON_OUT_BUFFER_AVAILABLE_AFTER_DELAY,
-    REGISTER_LISTENER,
-    UNREGISTER_LISTENER,
-    GET_ACTIVE_VIDEO_CLIENTS,
-    GET_TIME_SINCE_LAST_FRAME_RENDERED,
-    GET_UID,
-    GET_BUFFER_COUNT_SINCE_LAST_FLUSH,
-    IS_VIDEO_CLIENT_USING_SECURE_MEM,
-    SET_MITIGATE_FRAME_DROP_ALLOWLIST,
-    IS_IN_MITIGATE_FRAME_DROP_ALLOWLIST,
-    GET_OLDEST_AUDIO_CLIENT_CODEC,
-};
+namespace {
 
 /** Passes a failed transaction through and logs it under the name of the call. */
 status_t logged(status_t status, const char* call) {
@@ -56,14 +40,14 @@ void BpMediaCodecLoggerService::registerClient(int64_t id,
                                                const sp<IMediaCodecLoggerClient>& client) {
     Parcel reply;
     if (call(REGISTER_CLIENT, 0, &reply, id, client) != NO_ERROR) {
-        ALOGW("registerClient fail id:%lld", static_cast<long long>(id));
+        ALOGW("registerClient fail id:%" PRId64, id);
     }
 }
 
 void BpMediaCodecLoggerService::unregisterClient(int64_t id) {
     Parcel reply;
     if (call(UNREGISTER_CLIENT, 0, &reply, id) != NO_ERROR) {
-        ALOGW("unregisterClient fail id:%lld", static_cast<long long>(id));
+        ALOGW("unregisterClient fail id:%" PRId64, id);
     }
 }
 

@@ -10,6 +10,7 @@
 
 #include <binder/IPCThreadState.h>
 #include <log/log.h>
+#include <mediaCodecLogger/binder/TransactionCodes.h>
 #include <mediaCodecLogger/binder/media/IMediaCodecLoggerListener.h>
 
 namespace codeclogger {
@@ -86,10 +87,10 @@ LoggerService::LoggerService()
 // call sends none.
 android::status_t LoggerService::onTransact(uint32_t code, const android::Parcel& data,
                                             android::Parcel* reply, uint32_t flags) {
-    constexpr uint32_t kSetMitigateFrameDropAllowlist = 14;
     const android::status_t result =
             BnMediaCodecLoggerService::onTransact(code, data, reply, flags);
-    if (code != kSetMitigateFrameDropAllowlist || result != android::OK) return result;
+    if (code != android::service_code::SET_MITIGATE_FRAME_DROP_ALLOWLIST || result != android::OK)
+        return result;
     return Status::ok().writeToParcel(reply);
 }
 

@@ -2,20 +2,13 @@
 #include <mediaCodecLogger/binder/media/IMediaCodecLoggerListener.h>
 
 #include <binder/Stability.h>
+#include <mediaCodecLogger/binder/TransactionCodes.h>
 #include <mediaCodecLogger/binder/media/GeneratedSupport.h>
 
 namespace android {
 namespace media {
 
-namespace {
-
-enum : uint32_t {
-    NOTIFY_FIRST_FRAME_RENDERED = IBinder::FIRST_CALL_TRANSACTION,
-    NOTIFY_OUT_BUFFER_AVAILABLE_AFTER_DELAY,
-    NOTIFY_VIDEO_CLIENT_UNREGISTERED,
-};
-
-}  // namespace
+using namespace listener_code;
 
 DEFINE_META_INTERFACE(MediaCodecLoggerListener, u"android.media.IMediaCodecLoggerListener")
 

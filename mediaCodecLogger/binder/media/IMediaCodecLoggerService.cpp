@@ -2,23 +2,15 @@
 #include <mediaCodecLogger/binder/media/IMediaCodecLoggerService.h>
 
 #include <binder/Stability.h>
+#include <mediaCodecLogger/binder/TransactionCodes.h>
 #include <mediaCodecLogger/binder/media/GeneratedSupport.h>
 
 namespace android {
 namespace media {
 
-namespace {
+using namespace service_code;
 
-enum : uint32_t {
-    REGISTER_LISTENER = IBinder::FIRST_CALL_TRANSACTION + 6,
-    UNREGISTER_LISTENER,
-    GET_ACTIVE_VIDEO_CLIENTS,
-    GET_TIME_SINCE_LAST_FRAME_RENDERED,
-    GET_UID,
-    GET_BUFFER_COUNT_SINCE_LAST_FLUSH,
-    IS_VIDEO_CLIENT_USING_SECURE_MEM,
-    SET_MITIGATE_FRAME_DROP_ALLOWLIST,
-};
+namespace {
 
 binder::Status unknownTransaction() {
     return binder::Status::fromStatusT(UNKNOWN_TRANSACTION);
