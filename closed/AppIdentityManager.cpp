@@ -5,6 +5,7 @@
 #include <string.h>
 
 #include <android/log.h>
+
 #include <closed/AppIdentityManager.h>
 
 namespace android {

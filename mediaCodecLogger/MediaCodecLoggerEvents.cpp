@@ -3,12 +3,13 @@
 // statistics. Each is handed to the parts of the session that it concerns, in order, and logged.
 #define LOG_TAG "MediaCodecLogger"
 
+#include <mediaCodecLogger/MediaCodecLogger.h>
+
 #include <inttypes.h>
 
 #include <log/log.h>
 #include <media/stagefright/CodecBase.h>
 
-#include <mediaCodecLogger/MediaCodecLogger.h>
 #include <mediaCodecLogger/analytics/FrameEvents.h>
 #include <mediaCodecLogger/base/LoggerCheck.h>
 #include <mediaCodecLogger/binder/IMediaCodecLoggerService.h>

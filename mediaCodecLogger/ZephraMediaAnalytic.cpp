@@ -10,6 +10,7 @@
 #include <cutils/properties.h>
 #include <log/log.h>
 #include <media/stagefright/CodecBase.h>
+
 #include <closed/AppIdentityManager.h>
 #include <mediaCodecLogger/analytics/FrameEvents.h>
 

@@ -6,7 +6,6 @@
 
 #include <media/hardware/CryptoAPI.h>
 #include <media/stagefright/foundation/AString.h>
-#include <mediaCodecLogger/base/Relaxed.h>
 #include <utils/Errors.h>
 #include <utils/KeyedVector.h>
 #include <utils/List.h>
@@ -14,6 +13,8 @@
 #include <utils/RefBase.h>
 #include <utils/Singleton.h>
 #include <utils/String8.h>
+
+#include <mediaCodecLogger/base/Relaxed.h>
 
 namespace android {
 

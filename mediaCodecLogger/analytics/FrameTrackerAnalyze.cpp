@@ -3,13 +3,14 @@
 
 #define LOG_TAG "ZMediaAnalyticV"
 
+#include <mediaCodecLogger/analytics/FrameTracker.h>
+
 #include <inttypes.h>
 
 #include <cutils/properties.h>
 #include <cutils/trace.h>
 #include <log/log.h>
 
-#include <mediaCodecLogger/analytics/FrameTracker.h>
 #include <mediaCodecLogger/analytics/LatencyLine.h>
 #include <mediaCodecLogger/analytics/RecordVector.h>
 #include <mediaCodecLogger/analytics/TrackerClock.h>

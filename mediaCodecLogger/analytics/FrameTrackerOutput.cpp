@@ -3,6 +3,8 @@
 
 #define LOG_TAG "ZMediaAnalyticV"
 
+#include <mediaCodecLogger/analytics/FrameTracker.h>
+
 #include <inttypes.h>
 #include <string.h>
 
@@ -10,7 +12,6 @@
 #include <log/log.h>
 #include <ui/GraphicBuffer.h>
 
-#include <mediaCodecLogger/analytics/FrameTracker.h>
 #include <mediaCodecLogger/analytics/RecordVector.h>
 #include <mediaCodecLogger/analytics/TrackerClock.h>
 

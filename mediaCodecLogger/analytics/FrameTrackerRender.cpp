@@ -3,6 +3,8 @@
 
 #define LOG_TAG "ZMediaAnalyticV"
 
+#include <mediaCodecLogger/analytics/FrameTracker.h>
+
 #include <inttypes.h>
 #include <string.h>
 #include <unistd.h>
@@ -12,7 +14,6 @@
 
 #include <log/log.h>
 
-#include <mediaCodecLogger/analytics/FrameTracker.h>
 #include <mediaCodecLogger/analytics/RecordVector.h>
 #include <mediaCodecLogger/analytics/TrackerClock.h>
 

@@ -3,13 +3,14 @@
 
 #define LOG_TAG "ZMediaAnalyticV"
 
+#include <mediaCodecLogger/analytics/FrameTracker.h>
+
 #include <inttypes.h>
 
 #include <algorithm>
 
 #include <log/log.h>
 
-#include <mediaCodecLogger/analytics/FrameTracker.h>
 #include <mediaCodecLogger/analytics/RecordVector.h>
 #include <mediaCodecLogger/analytics/TrackerClock.h>
 

@@ -6,8 +6,9 @@
 
 #include <string>
 
-#include <mediaCodecLogger/analytics/FrameRecords.h>
 #include <utils/Vector.h>
+
+#include <mediaCodecLogger/analytics/FrameRecords.h>
 
 namespace android::analytics {
 

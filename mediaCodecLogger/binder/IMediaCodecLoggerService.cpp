@@ -8,6 +8,7 @@
 #include <iterator>
 
 #include <log/log.h>
+
 #include <mediaCodecLogger/binder/InterfaceSupport.h>
 #include <mediaCodecLogger/binder/TransactionCodes.h>
 

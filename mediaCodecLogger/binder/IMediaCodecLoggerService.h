@@ -11,9 +11,10 @@
 #include <binder/IInterface.h>
 #include <binder/Parcel.h>
 #include <binder/Status.h>
+#include <utils/String8.h>
+
 #include <mediaCodecLogger/binder/IMediaCodecLoggerClient.h>
 #include <mediaCodecLogger/binder/media/IMediaCodecLoggerListener.h>
-#include <utils/String8.h>
 
 namespace android {
 

@@ -2,6 +2,7 @@
 #include <mediaCodecLogger/binder/MediaCodecLoggerClient.h>
 
 #include <media/stagefright/CodecBase.h>
+
 #include <mediaCodecLogger/MediaCodecLogger.h>
 
 namespace android {

@@ -3,9 +3,10 @@
 
 #include <stdint.h>
 
-#include <mediaCodecLogger/binder/IMediaCodecLoggerClient.h>
 #include <utils/RefBase.h>
 #include <utils/String8.h>
+
+#include <mediaCodecLogger/binder/IMediaCodecLoggerClient.h>
 
 namespace android {
 

@@ -4,8 +4,9 @@
 #include <stdint.h>
 
 #include <media/stagefright/foundation/AString.h>
-#include <mediaCodecLogger/base/Relaxed.h>
 #include <utils/Mutex.h>
+
+#include <mediaCodecLogger/base/Relaxed.h>
 
 namespace android::logger {
 

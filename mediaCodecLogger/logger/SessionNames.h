@@ -2,6 +2,7 @@
 #pragma once
 
 #include <media/stagefright/foundation/AString.h>
+
 #include <mediaCodecLogger/logger/CodecIdentity.h>
 #include <mediaCodecLogger/logger/Session.h>
 

@@ -4,9 +4,10 @@
 #include <stdint.h>
 
 #include <media/stagefright/foundation/AString.h>
+#include <utils/String8.h>
+
 #include <mediaCodecLogger/logger/CodecIdentity.h>
 #include <mediaCodecLogger/logger/Session.h>
-#include <utils/String8.h>
 
 namespace android::logger {
 

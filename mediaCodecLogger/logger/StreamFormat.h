@@ -5,10 +5,11 @@
 #include <stdint.h>
 
 #include <media/stagefright/foundation/AString.h>
-#include <mediaCodecLogger/base/Relaxed.h>
-#include <mediaCodecLogger/logger/Resolution.h>
 #include <utils/Errors.h>
 #include <utils/StrongPointer.h>
+
+#include <mediaCodecLogger/base/Relaxed.h>
+#include <mediaCodecLogger/logger/Resolution.h>
 
 namespace android {
 struct AMessage;

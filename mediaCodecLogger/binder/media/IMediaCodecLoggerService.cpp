@@ -2,6 +2,7 @@
 #include <mediaCodecLogger/binder/media/IMediaCodecLoggerService.h>
 
 #include <binder/Stability.h>
+
 #include <mediaCodecLogger/binder/TransactionCodes.h>
 #include <mediaCodecLogger/binder/media/GeneratedSupport.h>
 

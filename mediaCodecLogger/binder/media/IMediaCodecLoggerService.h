@@ -12,6 +12,7 @@
 #include <binder/IInterface.h>
 #include <binder/Parcel.h>
 #include <binder/Status.h>
+
 #include <mediaCodecLogger/binder/media/IMediaCodecLoggerListener.h>
 
 namespace android {
