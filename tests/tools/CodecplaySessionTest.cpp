@@ -2,6 +2,8 @@
 // The course of sessions without faults.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "CodecplayTest.h"
 
 namespace android::test {
@@ -97,20 +99,79 @@ TEST(CodecplaySessionTest, unpacedRunsWithSeekAndFlushAreAllTheSame) {
     EXPECT_EQ(first.process.err, "");
 }
 
-TEST(CodecplaySessionTest, seeksWithoutAnIndexFindSyncFrames) {
-    const std::string stream =
-            clip("seek.ts",
-                 picture(6) + tone(6) + "-c:v libx264 -preset ultrafast -bf 2 -g 60 -c:a aac");
-    const Played sought = play({"--speed", "0", "--seek", "3@5", stream});
-    // Times count from the start of the stream. Sync frames every 2 s, so 2 s to 3 s is skipped.
-    EXPECT_EQ(sought.video()["dropped"]["before_target"], 30);
+namespace {
 
-    const std::string raw = clip("seek.h264", picture(2) + "-c:v libx264 -preset ultrafast -g 15");
-    const Played flushed = play({"--speed", "0", "--flush", "0.5", raw});
-    EXPECT_NE(flushed.process.err.find("cannot be sought in"), std::string::npos);
-    for (const Played& played : {sought, flushed}) {
-        EXPECT_EQ(accountedFrames(played.video()), played.video()["packets"]);
-        EXPECT_EQ(played.process.exitCode, 0) << played.process.err;
+constexpr char kOpenGop[] = "-c:v libx264 -preset ultrafast -bf 2 -g 30 -x264-params open-gop=1 ";
+constexpr char kHevc[] =
+        "-c:v libx265 -preset ultrafast -g 30 -x265-params log-level=none:bframes=2 ";
+
+struct Container {
+    const char* extension;
+    const char* codecs;
+};
+
+constexpr Container kContainers[] = {
+        {"mp4", kOpenGop},
+        {"mkv", kOpenGop},
+        {"webm", "-c:v libvpx -deadline realtime -g 30 -c:a libopus "},
+        {"ts", kOpenGop},
+        {"avi", kOpenGop},
+        {"flv", kOpenGop},
+        {"ogg", "-c:v libtheora -g 30 -c:a libvorbis "},
+        {"h264", kOpenGop},
+        {"hevc", kHevc},
+        // One sync frame, at the beginning; the clock starts high.
+        {"ts", "-c:v libx264 -preset ultrafast -bf 2 -g 999 -output_ts_offset 95000 "},
+};
+
+/** Media times of the pictures in the order in which they were shown, or were too late for it. */
+std::vector<long> releasedTimes(const Played& played) {
+    std::vector<long> times;
+    for (const std::string& line : played.log) {
+        const bool rendered = line.find(" Render R-S:") != std::string::npos;
+        const long timeUs = numberBehind({line}, rendered ? "pts:" : ": Drop:");
+        if (timeUs >= 0) times.push_back(timeUs);
+    }
+    return times;
+}
+
+}  // namespace
+
+TEST(CodecplaySessionTest, whatWasInterruptedGoesOnWithTheSamePictures) {
+    for (const Container& container : kContainers) {
+        const bool elementary = container.extension[0] == 'h';
+        const std::string file = clip(std::string("interrupted.") + container.extension,
+                                      picture(4) + (elementary ? "" : tone(4)) + container.codecs);
+        const auto played = [&](const std::vector<std::string>& more) {
+            const Played result = play(analysis("0x4") + more + std::vector<std::string>{file});
+            EXPECT_EQ(result.process.exitCode, 0) << result.process.err;
+            EXPECT_EQ(accountedFrames(result.video()), result.video()["packets"]);
+            return releasedTimes(result);
+        };
+        const std::vector<long> whole = played({"--speed", "0"});
+        EXPECT_GT(whole.size(), 60U);
+        // At the end from 1.3 s on, and all once more. The end of each part before is flushed.
+        const std::vector<long> expected =
+                std::vector<long>(std::lower_bound(whole.begin(), whole.end(), 1'300'000),
+                                  whole.end()) +
+                whole;
+        for (const std::vector<std::string>& last :
+             std::vector<std::vector<std::string>>{{"0", "--seek", "1.3@2.8"},
+                                                   {"0", "--flush", "1.3"},
+                                                   {"8", "--reconfigure", "1.3"}}) {
+            SCOPED_TRACE(file + ' ' + last[1]);
+            std::vector<long> shown = played(std::vector<std::string>{"--vsync", "480", "--speed"} +
+                                             last + std::vector<std::string>{"--loop", "2"});
+            // Pictures on the way to the place are given up when they cannot come any more.
+            const auto lastRound = shown.end() - static_cast<long>(whole.size());
+            shown.erase(std::remove_if(shown.begin(), lastRound,
+                                       [](long timeUs) { return timeUs < 1'300'000; }),
+                        lastRound);
+            ASSERT_GT(shown.size(), expected.size());
+            EXPECT_EQ(std::vector<long>(shown.end() - static_cast<long>(expected.size()),
+                                        shown.end()),
+                      expected);
+        }
     }
 }
 

@@ -108,12 +108,6 @@ std::vector<std::string> analysis(const std::string& mask) {
     return {"--prop", "mediaanalytic.enable=true", "--prop", "mediaanalytic.debug=" + mask};
 }
 
-std::vector<std::string> operator+(std::vector<std::string> left,
-                                   const std::vector<std::string>& right) {
-    left.insert(left.end(), right.begin(), right.end());
-    return left;
-}
-
 size_t countLines(const std::vector<std::string>& log, const std::string& text) {
     size_t count = 0;
     for (const std::string& line : log) count += line.find(text) != std::string::npos;

@@ -50,9 +50,12 @@ Played play(std::vector<std::string> arguments);
 /** The arguments that switch the frame analysis on, with a debug mask. */
 std::vector<std::string> analysis(const std::string& mask);
 
-/** Joins argument lists. */
-std::vector<std::string> operator+(std::vector<std::string> left,
-                                   const std::vector<std::string>& right);
+/** Joins lists. */
+template <typename T>
+std::vector<T> operator+(std::vector<T> left, const std::vector<T>& right) {
+    left.insert(left.end(), right.begin(), right.end());
+    return left;
+}
 
 /** How many lines of the log hold a text. */
 size_t countLines(const std::vector<std::string>& log, const std::string& text);

@@ -18,6 +18,12 @@ constexpr size_t kQueuedPackets = 300;
 /** How long offer() waits, so that the player's thread looks after its interruptions. */
 constexpr nsecs_t kOfferNs = 10'000'000;
 
+/** How long waits take no notice of playback's end. */
+constexpr nsecs_t kLookForStopNs = 50'000'000;
+
+/** What a looper may take to end when playback is to. */
+constexpr nsecs_t kPatienceNs = 2'000'000'000;
+
 /** Sound goes to its sink this much ahead of the speaker. */
 constexpr int64_t kAudioLeadNs = 100'000'000;
 
@@ -44,6 +50,7 @@ CodecSession::CodecSession(const Options& options, const StreamInfo& stream, boo
     : mOptions(options),
       mStream(stream),
       mClock(clock),
+      mStop(stop),
       mFormatName(formatName(stream.parameters->codec_id)),
       mName(componentName(options, stream, mFormatName)),
       mFaults(takesFaults ? options.delays : std::vector<Delay>(),
@@ -104,7 +111,7 @@ bool CodecSession::idle_l() const {
 
 void CodecSession::waitIdle() {
     Mutex::Autolock lock(mLock);
-    while (!idle_l()) mChanged.wait(mLock);
+    while (!idle_l() && !mStop) mChanged.waitRelative(mLock, kLookForStopNs);
 }
 
 void CodecSession::post(Command command) {
@@ -113,9 +120,13 @@ void CodecSession::post(Command command) {
     mChanged.broadcast();
 }
 
-void CodecSession::waitCommand() {
+bool CodecSession::waitCommand() {
     Mutex::Autolock lock(mLock);
-    while (mCommand.kind != Command::NONE) mChanged.wait(mLock);
+    for (int64_t leftNs = kPatienceNs; mCommand.kind != Command::NONE && leftNs > 0;) {
+        mChanged.waitRelative(mLock, kLookForStopNs);
+        if (mStop) leftNs -= kLookForStopNs;
+    }
+    return mCommand.kind == Command::NONE;
 }
 
 void CodecSession::wake() {
@@ -159,8 +170,8 @@ void CodecSession::run() {
 /** When the frame at the front is to be released; INT64_MAX while nothing is. */
 int64_t CodecSession::releaseAtNs() const {
     if (mOutput.empty()) return INT64_MAX;
-    if (mOutput.front().timeUs < mSkipUntilUs) return 0;
-    const int64_t dueNs = mClock->dueNs(mOutput.front().playUs);
+    if (mOutput.front().beforeTarget) return 0;
+    const int64_t dueNs = mClock->dueNs(mOutput.front().position);
     if (dueNs == MediaClock::kNotStarted || !paced()) return dueNs;
     if (!mStream.video) return dueNs - kAudioLeadNs;
     return tunneled() ? dueNs
@@ -310,8 +321,7 @@ void CodecSession::flush() {
     mEndQueued = false;
     mClockReady = false;
     mRenderedSinceFlush = false;
-    mLastFrameUs = INT64_MIN;
-    mJumpedUs = 0;
+    mTrack = {};
     mPositionUs = INT64_MIN;
 }
 

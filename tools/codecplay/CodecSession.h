@@ -78,11 +78,13 @@ class CodecSession {
     /** Takes a packet, or gives up after some milliseconds because the queue is full. */
     bool offer(Packet* packet);
     void offerEnd(int64_t timeUs);
-    /** Returns when all that was offered has been decoded and released. */
+    /** Returns when all that was offered has been decoded and released, or playback is to end. */
     void waitIdle();
     /** Runs a command on the looper. The caller waits for it with waitCommand(). */
     void post(Command command);
-    void waitCommand();
+    /** False if playback is to end and the looper does not answer: a service that hangs holds it.
+     */
+    bool waitCommand();
     /** Looks again at what is due. */
     void wake();
 
@@ -131,7 +133,6 @@ class CodecSession {
     void stopCodec();
     void queueInput(const Packet& packet);
     void queueInputBuffer(const uint8_t* data, size_t size, int64_t timeUs, unsigned flags);
-    int64_t withoutJumps(int64_t timeUs);
     void announceFormat(const StreamFormat& format);
     void onFrame(ComponentEvent frame);
     void onEnd(int64_t timeUs);
@@ -144,6 +145,7 @@ class CodecSession {
     const Options& mOptions;
     const StreamInfo& mStream;
     MediaClock* const mClock;
+    const std::atomic<bool>& mStop;
     const FormatName mFormatName;
     const std::string mName;
     const Faults mFaults;
@@ -168,9 +170,7 @@ class CodecSession {
     bool mRenderedSinceFlush = false;
     bool mEndQueued = false;
     int64_t mSkipUntilUs = INT64_MIN;
-    int64_t mLastFrameUs = INT64_MIN;
-    /** By how much the stream's clock has jumped since start or flush. */
-    int64_t mJumpedUs = 0;
+    MediaClock::Track mTrack;
     int64_t mLastRenderMs = -1;
     uint64_t mTunnelDrops = 0;
     uint64_t mErrorsReported = 0;

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // The share of CodecSession that talks to the library.
-#include <stdlib.h>
 #include <string.h>
 #include <unistd.h>
 
@@ -20,9 +19,6 @@ constexpr unsigned kTunneledFlag = 1;
 
 /** Players drop a picture that is late by more than this, and show it if it is less. */
 constexpr int64_t kLateNs = 30'000'000;
-
-/** A step between two frames that is no pause but a jump of the stream's clock. */
-constexpr int64_t kJumpUs = 30'000'000;
 
 /** From here on the framework calls rendering that goes on delayed. */
 constexpr int64_t kDelayedOutputMs = 1000;
@@ -126,16 +122,6 @@ void CodecSession::queueInputBuffer(const uint8_t* data, size_t size, int64_t ti
                                                    static_cast<int>(owned), flags);
 }
 
-/**
- * A player neither waits for hours nor drops all that follows because a damaged or joined stream
- * changes its clock: the frame behind a jump is due with the one before it.
- */
-int64_t CodecSession::withoutJumps(int64_t timeUs) {
-    const int64_t lastUs = std::exchange(mLastFrameUs, timeUs);
-    if (lastUs != INT64_MIN && llabs(timeUs - lastUs) > kJumpUs) mJumpedUs += timeUs - lastUs;
-    return timeUs - mJumpedUs;
-}
-
 void CodecSession::announceFormat(const StreamFormat& format) {
     const bool reallocated =
             mFormatAnnounced && mStream.video &&
@@ -158,10 +144,13 @@ void CodecSession::onFrame(ComponentEvent frame) {
     }
     // What goes through a tunnel has no output buffer that reaches the client.
     if (!tunneled()) mLogger->updatePTSTime(frame.timeUs, false, 1);
-    frame.playUs = withoutJumps(frame.timeUs);
-    if (!mClockReady && frame.timeUs >= mSkipUntilUs) {
+    frame.position = mClock->follow(&mTrack, frame.timeUs);
+    // Once it is reached, a clock that jumps back does not lead before the target again.
+    if (frame.timeUs >= mSkipUntilUs) mSkipUntilUs = INT64_MIN;
+    frame.beforeTarget = frame.timeUs < mSkipUntilUs;
+    if (!mClockReady && !frame.beforeTarget) {
         mClockReady = true;
-        mClock->ready(frame.playUs);
+        mClock->ready(frame.timeUs);
     }
     frame.bytes.clear();
     mOutput.push_back(std::move(frame));
@@ -181,7 +170,7 @@ void CodecSession::releaseFront() {
     const ComponentEvent frame = std::move(mOutput.front());
     mOutput.pop_front();
     mFaults.hold(Fault::STALL, frame.number);
-    const int64_t dueNs = mClock->dueNs(frame.playUs);
+    const int64_t dueNs = mClock->dueNs(frame.position);
     const Fate fate = fateOf(frame, dueNs);
     count(fate);
     if (mStream.video) {
@@ -198,7 +187,7 @@ void CodecSession::releaseFront() {
 }
 
 CodecSession::Fate CodecSession::fateOf(const ComponentEvent& frame, int64_t dueNs) const {
-    if (frame.timeUs < mSkipUntilUs) return Fate::DROP_BEFORE_TARGET;
+    if (frame.beforeTarget) return Fate::DROP_BEFORE_TARGET;
     if (mFaults.drops(frame.number)) return Fate::DROP_ON_REQUEST;
     // Applications that the service lets mitigate drops show late pictures instead, and each start
     // shows something.

@@ -20,7 +20,7 @@ namespace {
  * No decoder holds a picture back for longer than this many packets: 16 for reordering and as many
  * again for its threads. What has not come out by then gave no picture.
  */
-constexpr uint64_t kLongestDelay = 40;
+constexpr int64_t kLongestDelay = 40;
 
 /** Whether the frame analytics dump output (bits 0x200 of video and 0x200000 of audio). */
 bool outputIsDumped() {
@@ -96,6 +96,11 @@ bool Component::open(const StreamInfo& stream, std::string* error) {
         return false;
     }
     mVideo = stream.video;
+    mFramerate = stream.framerate;
+    mWithoutDelay = !(codec->capabilities & (AV_CODEC_CAP_DELAY | AV_CODEC_CAP_OTHER_THREADS)) &&
+                    !(mDecoder->active_thread_type & FF_THREAD_FRAME);
+    const AVCodecDescriptor* descriptor = avcodec_descriptor_get(codec->id);
+    mInOrder = descriptor && !(descriptor->props & AV_CODEC_PROP_REORDER);
     mDolbyVision = stream.dolbyVision;
     return true;
 }
@@ -107,8 +112,8 @@ void Component::start() {
 void Component::queue(Packet packet) {
     Mutex::Autolock lock(mLock);
     const int64_t timeUs = packet.timeUs;
-    mPending.push_back({++mSequence, timeUs});
-    mInput.push_back({std::move(packet), false, timeUs});
+    mPending.push_back({++mSequence, timeUs, packet.sync()});
+    mInput.push_back({std::move(packet), false, timeUs, mSequence});
     mChanged.broadcast();
 }
 
@@ -186,6 +191,8 @@ void Component::decode(const Input& input) {
     // The decoder carries the time that the frame was queued with through its reordering.
     packet->pts = input.timeUs;
     packet->dts = AV_NOPTS_VALUE;
+    // So too this, which unlike the time is there but once.
+    packet->pos = input.sequence;
     mTimesInDecodeOrder = input.packet.timeInDecodeOrder;
     int result;
     while ((result = avcodec_send_packet(mDecoder.get(), packet)) == AVERROR(EAGAIN)) {
@@ -193,14 +200,14 @@ void Component::decode(const Input& input) {
     }
     if (result < 0) ++mDecodeErrors;
     if (!drainFrames()) return;
-    giveUpOldPackets(kLongestDelay);
+    giveUpBefore(mWithoutDelay ? input.sequence + 1 : input.sequence - kLongestDelay);
     mListener({ComponentEvent::INPUT_DONE});
 }
 
 void Component::finish(int64_t timeUs) {
     avcodec_send_packet(mDecoder.get(), nullptr);
     if (!drainFrames()) return;
-    giveUpOldPackets(0);
+    giveUpBefore(INT64_MAX);
     reportOutput(timeUs, BUFFER_FLAG_END_OF_STREAM, 0);
     mListener({ComponentEvent::END, timeUs});
 }
@@ -224,26 +231,44 @@ bool Component::drainFrames() {
 }
 
 /**
- * The time of the packet that the frame comes from, which leaves the packets inside. Sound comes
- * out in the order in which it went in; pictures are told by their time.
+ * Takes a packet out and returns its time. Times that were made up in decode order fall to the
+ * packets in the order in which they leave.
  */
-int64_t Component::takeTimestamp(const AVFrame& frame) {
-    Mutex::Autolock lock(mLock);
-    auto found = mPending.begin();
-    if (mVideo && mTimesInDecodeOrder) {
-        found = std::min_element(
-                mPending.begin(), mPending.end(),
-                [](const Pending& a, const Pending& b) { return a.timeUs < b.timeUs; });
-    } else if (mVideo) {
-        found = std::find_if(mPending.begin(), mPending.end(),
-                             [&](const Pending& p) { return p.timeUs == frame.pts; });
+int64_t Component::takeOut_l(size_t index) {
+    if (mTimesInDecodeOrder) {
+        for (size_t i = 0; i < index; ++i) std::swap(mPending[i].timeUs, mPending[i + 1].timeUs);
     }
-    int64_t timeUs = frame.pts != AV_NOPTS_VALUE ? frame.pts : mLastTimeUs;
-    if (found != mPending.end()) {
-        if (mTimesInDecodeOrder || frame.pts == AV_NOPTS_VALUE) timeUs = found->timeUs;
-        mPending.erase(found);
-    }
+    const int64_t timeUs = mPending[index].timeUs;
+    mPending.erase(mPending.begin() + static_cast<ptrdiff_t>(index));
     return timeUs;
+}
+
+/** The time of a frame; its packet leaves, and so do those that cannot give a frame any more. */
+int64_t Component::takeTimestamp(const AVFrame& frame) {
+    const auto isSource = [&](const Pending& packet) {
+        return frame.pkt_pos >= 0 ? packet.sequence == frame.pkt_pos : packet.timeUs == frame.pts;
+    };
+    int64_t sequence;
+    bool sync;
+    {
+        Mutex::Autolock lock(mLock);
+        const auto source = std::find_if(mPending.begin(), mPending.end(), isSource);
+        // One more frame of the packet that the last one came from.
+        if (source == mPending.end()) return mLastTimeUs + mLastDurationUs;
+        sequence = source->sequence;
+        sync = source->sync;
+    }
+    // What was decoded before a sync frame is also shown before it.
+    if (mInOrder || sync) giveUpBefore(sequence);
+    Mutex::Autolock lock(mLock);
+    const auto source = std::find_if(mPending.begin(), mPending.end(), isSource);
+    return takeOut_l(static_cast<size_t>(source - mPending.begin()));
+}
+
+/** How long a frame lasts, as far as it tells. */
+int64_t Component::durationUs(const AVFrame& frame) const {
+    if (!mVideo) return av_rescale(frame.nb_samples, 1000000, std::max(frame.sample_rate, 1));
+    return mFramerate > 0 ? static_cast<int64_t>(1e6 / mFramerate) : 1;
 }
 
 bool Component::emit(const AVFrame& frame) {
@@ -258,6 +283,7 @@ bool Component::emit(const AVFrame& frame) {
     event.buffer = std::move(acquired.buffer);
     event.number = ++mFrames;
     event.timeUs = mLastTimeUs = takeTimestamp(frame);
+    mLastDurationUs = durationUs(frame);
     event.format = mFormat = readFormat(frame, *mDecoder, mDolbyVision, mFormat);
     event.size = frameSize(frame, mVideo);
     if (outputIsDumped()) event.bytes = copyFrame(frame, mVideo, event.size);
@@ -277,14 +303,13 @@ void Component::reportOutput(int64_t timeUs, unsigned flags, size_t size) {
     }
 }
 
-void Component::giveUpOldPackets(uint64_t keep) {
+/** Packets from before this one give no frame any more. */
+void Component::giveUpBefore(int64_t sequence) {
     std::vector<int64_t> times;
     {
         Mutex::Autolock lock(mLock);
-        // At the end nothing is queued behind; before it, what is queued is younger than keep.
-        while (!mPending.empty() && mPending.front().sequence + keep <= mSequence) {
-            times.push_back(mPending.front().timeUs);
-            mPending.pop_front();
+        while (!mPending.empty() && mPending.front().sequence < sequence) {
+            times.push_back(takeOut_l(0));
         }
     }
     for (const int64_t timeUs : times) {

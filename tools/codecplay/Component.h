@@ -17,6 +17,7 @@
 #include "DisplayQueue.h"
 #include "Faults.h"
 #include "HostCodec.h"
+#include "MediaClock.h"
 #include "Options.h"
 #include "StreamFormat.h"
 
@@ -41,8 +42,6 @@ struct ComponentEvent {
     };
     Kind kind = INPUT_DONE;
     int64_t timeUs = 0;
-    /** FRAME, for the receiver: the time without the jumps of the stream's clock. */
-    int64_t playUs = 0;
     /** FRAME: position in output order, from 1. */
     int64_t number = 0;
     StreamFormat format = {};
@@ -52,6 +51,11 @@ struct ComponentEvent {
     sp<GraphicBuffer> buffer = {};
     /** When the message of the event arrives; those behind it do not overtake it. */
     int64_t arrivesAtNs = 0;
+
+    // For the receiver.
+    MediaClock::Position position = {};
+    /** Decoded only to reach the target of a seek. */
+    bool beforeTarget = false;
 };
 
 /**
@@ -97,11 +101,13 @@ class Component {
         Packet packet;
         bool end = false;
         int64_t timeUs = 0;
+        int64_t sequence = 0;
     };
     /** A packet inside, in the order of decoding. */
     struct Pending {
-        uint64_t sequence;
+        int64_t sequence;
         int64_t timeUs;
+        bool sync;
     };
 
     void run();
@@ -111,8 +117,10 @@ class Component {
     bool emit(const AVFrame& frame);
     void finish(int64_t timeUs);
     void reportOutput(int64_t timeUs, unsigned flags, size_t size);
-    void giveUpOldPackets(uint64_t keep);
+    void giveUpBefore(int64_t sequence);
     int64_t takeTimestamp(const AVFrame& frame);
+    int64_t takeOut_l(size_t index) REQUIRES(mLock);
+    int64_t durationUs(const AVFrame& frame) const;
     void acknowledgeFlush();
 
     const Options& mOptions;
@@ -122,6 +130,7 @@ class Component {
     DisplayQueue* const mOutput;
     const Listener mListener;
     bool mVideo = false;
+    double mFramerate = 0;
     bool mDolbyVision = false;
 
     // The component thread's own.
@@ -129,6 +138,11 @@ class Component {
     StreamFormat mFormat;
     int64_t mFrames = 0;
     int64_t mLastTimeUs = 0;
+    int64_t mLastDurationUs = 0;
+    /** The decoder returns a packet's picture, if it has one, before it takes the next. */
+    bool mWithoutDelay = false;
+    /** Pictures come out in the order in which they went in. */
+    bool mInOrder = false;
     bool mTimesInDecodeOrder = false;
 
     std::atomic<uint64_t> mDecodeErrors{0};
@@ -137,7 +151,7 @@ class Component {
     Condition mChanged;
     std::deque<Input> mInput GUARDED_BY(mLock);
     std::deque<Pending> mPending GUARDED_BY(mLock);
-    uint64_t mSequence GUARDED_BY(mLock) = 0;
+    int64_t mSequence GUARDED_BY(mLock) = 0;
     bool mFlushing GUARDED_BY(mLock) = false;
     bool mStopping GUARDED_BY(mLock) = false;
     std::thread mThread;

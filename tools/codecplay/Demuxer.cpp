@@ -12,6 +12,12 @@ namespace {
 
 constexpr AVRational kMicroseconds = {1, 1000000};
 
+/** No picture comes later after its place in decode order than this many frames. */
+constexpr int64_t kLongestReordering = 16;
+
+/** Sound is decoded from so much before the place where it is to be heard. */
+constexpr int64_t kAudioLeadUs = 300'000;
+
 int64_t toUs(int64_t value, AVRational timeBase) {
     return av_rescale_q(value, timeBase, kMicroseconds);
 }
@@ -34,21 +40,39 @@ bool isNoMedia(const AVInputFormat& format) {
     return strcmp(format.name, "tty") == 0;
 }
 
-bool isPlayable(const AVStream& stream) {
+/** Sound or pictures that last, other than a cover. */
+bool isMedia(const AVStream& stream) {
+    const AVMediaType type = stream.codecpar->codec_type;
+    return (type == AVMEDIA_TYPE_VIDEO || type == AVMEDIA_TYPE_AUDIO) &&
+           !(stream.disposition & AV_DISPOSITION_ATTACHED_PIC);
+}
+
+/** Why the stream cannot be played; empty if it can. */
+std::string hindrance(const AVStream& stream) {
     const AVCodecParameters& parameters = *stream.codecpar;
-    if (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) return false;
-    if (parameters.codec_type == AVMEDIA_TYPE_VIDEO) {
-        return parameters.width > 0 && parameters.height > 0;
+    const bool video = parameters.codec_type == AVMEDIA_TYPE_VIDEO;
+    if (parameters.codec_tag == MKTAG('e', 'n', 'c', 'v') ||
+        parameters.codec_tag == MKTAG('e', 'n', 'c', 'a') ||
+        av_stream_get_side_data(&stream, AV_PKT_DATA_ENCRYPTION_INIT_INFO, nullptr)) {
+        return "is encrypted";
     }
-    return parameters.codec_type == AVMEDIA_TYPE_AUDIO && parameters.sample_rate > 0;
+    if (parameters.codec_id == AV_CODEC_ID_NONE) {
+        char tag[AV_FOURCC_MAX_STRING_SIZE];
+        return std::string("unknown codec ") + av_fourcc_make_string(tag, parameters.codec_tag);
+    }
+    const bool known =
+            video ? parameters.width > 0 && parameters.height > 0 : parameters.sample_rate > 0;
+    if (known) return {};
+    return std::string("no frame of ") + avcodec_get_name(parameters.codec_id) +
+           " in it tells its format";
 }
 
 }  // namespace
 
-void TimestampMaker::stamp(const AVPacket& packet, Packet* out) {
-    // Sticky: a stream that mixed presentation and decode times would run back and forth.
-    if (packet.pts == AV_NOPTS_VALUE) mInDecodeOrder = true;
-    const int64_t stamp = mInDecodeOrder ? packet.dts : packet.pts;
+bool TimestampMaker::stamp(const AVPacket& packet, Packet* out) {
+    const bool useDts = mInDecodeOrder || packet.pts == AV_NOPTS_VALUE;
+    const int64_t stamp = useDts ? packet.dts : packet.pts;
+    if (stamp == AV_NOPTS_VALUE && mNextUs == INT64_MIN) return false;
     // Damaged files hold any number; the library computes with sums and nanoseconds.
     constexpr int64_t kLimitUs = INT64_C(1) << 50;
     out->timeUs = stamp == AV_NOPTS_VALUE
@@ -57,15 +81,47 @@ void TimestampMaker::stamp(const AVPacket& packet, Packet* out) {
     out->timeInDecodeOrder = mInDecodeOrder;
     mNextUs = out->timeUs +
               (packet.duration > 0 ? toUs(packet.duration, mTimeBase) : mDefaultDurationUs);
-    mEndUs = std::max(mEndUs, mNextUs);
+    return true;
 }
 
 bool Demuxer::open(const std::string& file, std::string* error) {
+    mFile = file;
+    if (!mInput.open(file, error) || !openFormat(error)) return false;
+    mPositions.assign(mFormat->nb_streams, kNone);
+    for (unsigned i = 0; i < mFormat->nb_streams; ++i) {
+        const AVStream& stream = *mFormat->streams[i];
+        if (!isMedia(stream)) continue;
+        const std::string reason = hindrance(stream);
+        if (reason.empty()) {
+            addStream(stream);
+        } else {
+            mUnplayable.push_back({stream.index, reason});
+        }
+    }
+    if (mStreams.empty()) {
+        *error = mUnplayable.empty() ? "holds no audio or video stream"
+                                     : "holds no stream that can be played";
+        return false;
+    }
+    const auto video = std::find_if(mStreams.begin(), mStreams.end(),
+                                    [](const StreamInfo& stream) { return stream.video; });
+    discardOthers();
+    mPrimary = video == mStreams.end() ? 0 : static_cast<size_t>(video - mStreams.begin());
+    findStreamsWithoutTimes();
+    return true;
+}
+
+/** Opens what the input holds from its beginning. */
+bool Demuxer::openFormat(std::string* error) {
     AVDictionary* options = nullptr;
     av_dict_set(&options, "protocol_whitelist", "file,pipe", 0);
-    AVFormatContext* format = nullptr;
-    const char* url = file == "-" ? "pipe:0" : file.c_str();
-    int result = avformat_open_input(&format, url, nullptr, &options);
+    mFormat.reset();
+    AVFormatContext* format = avformat_alloc_context();
+    format->pb = mInput.begin();
+    format->interrupt_callback = {
+            [](void* stop) { return static_cast<const std::atomic<bool>*>(stop)->load() ? 1 : 0; },
+            const_cast<std::atomic<bool>*>(&mStop)};
+    int result = avformat_open_input(&format, mFile.c_str(), nullptr, &options);
     av_dict_free(&options);
     mFormat.reset(format);
     if (result >= 0 && isNoMedia(*format->iformat)) result = AVERROR_INVALIDDATA;
@@ -76,36 +132,56 @@ bool Demuxer::open(const std::string& file, std::string* error) {
         return false;
     }
     // Transport streams start anywhere on their clock; players count from their beginning.
-    if ((format->iformat->flags & AVFMT_TS_DISCONT) && format->start_time != AV_NOPTS_VALUE) {
-        mOffsetUs = format->start_time;
-    }
-    mPositions.assign(format->nb_streams, -1);
-    for (unsigned i = 0; i < format->nb_streams; ++i) {
-        if (isPlayable(*format->streams[i])) {
-            addStream(*format->streams[i]);
-        } else {
-            format->streams[i]->discard = AVDISCARD_ALL;
-        }
-    }
-    if (mStreams.empty()) *error = "holds no audio or video stream";
-    return !mStreams.empty();
+    if (mayJump() && format->start_time != AV_NOPTS_VALUE) mOffsetUs = format->start_time;
+    return true;
 }
 
 void Demuxer::addStream(const AVStream& stream) {
-    mPositions[stream.index] = static_cast<int>(mStreams.size());
+    mPositions[stream.index] = mStreams.size();
     CodecParametersPtr parameters(avcodec_parameters_alloc());
     avcodec_parameters_copy(parameters.get(), stream.codecpar);
     const bool video = parameters->codec_type == AVMEDIA_TYPE_VIDEO;
     mStreams.push_back(
             {stream.index, video, std::move(parameters), av_q2d(stream.avg_frame_rate),
              av_stream_get_side_data(&stream, AV_PKT_DATA_DOVI_CONF, nullptr) != nullptr});
-    mTimestamps.emplace_back(stream.time_base, defaultDurationUs(stream), mOffsetUs,
-                             (mFormat->iformat->flags & AVFMT_NOTIMESTAMPS) != 0);
+    mTimestamps.emplace_back(stream.time_base, defaultDurationUs(stream), mOffsetUs);
+    mEndsUs.push_back(INT64_MIN);
     mAwaitSync.push_back(false);
 }
 
+void Demuxer::discardOthers() {
+    for (unsigned i = 0; i < mFormat->nb_streams; ++i) {
+        if (i < mPositions.size() && mPositions[i] != kNone) continue;
+        mFormat->streams[i]->discard = AVDISCARD_ALL;
+    }
+}
+
+/**
+ * The first packets show which streams lack presentation times. Decided once, because a stream that
+ * mixed both kinds would run back and forth.
+ */
+void Demuxer::findStreamsWithoutTimes() {
+    constexpr size_t kPackets = 200;
+    const bool untimed = (mFormat->iformat->flags & AVFMT_NOTIMESTAMPS) != 0;
+    for (TimestampMaker& timestamps : mTimestamps) {
+        if (untimed) timestamps.useDecodeTimes();
+    }
+    // A pipe may be live; what was read to find the streams has to do.
+    const size_t count = untimed ? 0 : mInput.seekable() ? kPackets : kPackets / 10;
+    while (mUnstamped.size() < count) {
+        PacketPtr data(av_packet_alloc());
+        if (av_read_frame(mFormat.get(), data.get()) < 0) break;
+        const size_t index = static_cast<size_t>(data->stream_index);
+        if (index < mPositions.size() && mPositions[index] != kNone &&
+            data->pts == AV_NOPTS_VALUE) {
+            mTimestamps[mPositions[index]].useDecodeTimes();
+        }
+        mUnstamped.push_back(std::move(data));
+    }
+}
+
 int64_t Demuxer::endUs(size_t stream) const {
-    return std::max<int64_t>(mTimestamps[stream].endUs(), 0);
+    return std::max<int64_t>(mEndsUs[stream], 0);
 }
 
 int64_t Demuxer::durationUs() const {
@@ -119,58 +195,145 @@ Demuxer::Result Demuxer::read(Packet* packet, std::string* error) {
     return Result::PACKET;
 }
 
+int Demuxer::readFile(PacketPtr* data) {
+    if (mUnstamped.empty()) {
+        data->reset(av_packet_alloc());
+        return av_read_frame(mFormat.get(), data->get());
+    }
+    *data = std::move(mUnstamped.front());
+    mUnstamped.pop_front();
+    return 0;
+}
+
 Demuxer::Result Demuxer::readNext(Packet* packet, std::string* error) {
     for (;;) {
-        PacketPtr data(av_packet_alloc());
-        const int result = av_read_frame(mFormat.get(), data.get());
-        if (result == AVERROR_EOF) return Result::END;
+        PacketPtr data;
+        const int result = readFile(&data);
+        if (result == AVERROR_EOF || (result < 0 && mStop)) return Result::END;
         if (result < 0) {
             *error = ffmpegError(result);
             return Result::ERROR;
         }
         const size_t index = static_cast<size_t>(data->stream_index);
         // Streams that appear after the beginning are not played.
-        if (index >= mPositions.size() || mPositions[index] < 0) continue;
-        const size_t position = static_cast<size_t>(mPositions[index]);
-        if (mAwaitSync[position] && !(data->flags & AV_PKT_FLAG_KEY)) continue;
-        mAwaitSync[position] = false;
-        if (data->flags & AV_PKT_FLAG_CORRUPT) ++mCorruptPackets;
-
-        packet->stream = position;
-        mTimestamps[position].stamp(*data, packet);
+        if (index >= mPositions.size() || mPositions[index] == kNone) continue;
+        const size_t stream = mPositions[index];
+        if (!mTimestamps[stream].stamp(*data, packet)) continue;
+        packet->stream = stream;
         packet->data = std::move(data);
+        if (mAwaitSync[stream] && !packet->sync()) continue;
+        mAwaitSync[stream] = false;
+        const AVStream& info = *mFormat->streams[index];
+        const int64_t durationUs = packet->data->duration > 0
+                                           ? toUs(packet->data->duration, info.time_base)
+                                           : mTimestamps[stream].defaultDurationUs();
+        mEndsUs[stream] = std::max(mEndsUs[stream], packet->timeUs + durationUs);
         return Result::PACKET;
     }
 }
 
 bool Demuxer::seek(int64_t timeUs) {
-    // Files without an index find a place by its time, which is not always a sync frame.
+    forgetPlace();
+    if (!seekable()) return false;
+    if (timeUs == kBeginning) return startAgain();
+    // Files without an index find a place by its time, which is not always a sync frame, and files
+    // without times none at all: these are read from the beginning.
     static constexpr int64_t kStepsBackUs[] = {0, 1000000, 2000000, 5000000, 10000000, 30000000};
+    const bool timed = !(mFormat->iformat->flags & AVFMT_NOTIMESTAMPS);
     for (const int64_t backUs : kStepsBackUs) {
-        for (size_t i = 0; i < mStreams.size(); ++i) mAwaitSync[i] = mStreams[i].video;
-        mReadAhead.clear();
-        const int64_t fromUs = std::max<int64_t>(timeUs - backUs, 0);
-        if (av_seek_frame(mFormat.get(), -1, fromUs + mOffsetUs, AVSEEK_FLAG_BACKWARD) < 0) {
-            return false;
-        }
-        if (startsAtOrBefore(timeUs) || fromUs == 0) break;
+        if (!timed || timeUs < backUs || !jumpTo(timeUs - backUs)) break;
+        if (canStartBefore(timeUs)) return true;
+    }
+    if (!startAgain()) return false;
+    skipTo(timeUs);
+    return true;
+}
+
+void Demuxer::forgetPlace() {
+    mUnstamped.clear();
+    mReadAhead.clear();
+    for (size_t i = 0; i < mStreams.size(); ++i) {
+        mAwaitSync[i] = mStreams[i].video;
+        if (seekable()) mTimestamps[i].interrupt();
+    }
+}
+
+bool Demuxer::jumpTo(int64_t fromUs) {
+    forgetPlace();
+    return av_seek_frame(mFormat.get(), -1, fromUs + mOffsetUs, AVSEEK_FLAG_BACKWARD) >= 0;
+}
+
+/**
+ * Whether decoding from a sync frame on gives all frames from timeUs on. In decode times the sync
+ * frame's own is a reordering earlier than the picture's.
+ */
+bool Demuxer::startsBefore(const Packet& sync, int64_t timeUs) const {
+    const TimestampMaker& timestamps = mTimestamps[sync.stream];
+    const int64_t leadUs = !mStreams[sync.stream].video ? kAudioLeadUs
+                           : timestamps.inDecodeOrder()
+                                   ? kLongestReordering * timestamps.defaultDurationUs()
+                                   : 0;
+    return sync.timeUs <= timeUs - leadUs;
+}
+
+/** Reads up to where pictures can start and tells whether that is early enough. */
+bool Demuxer::canStartBefore(int64_t timeUs) {
+    // Pictures that precede a sync frame but are decoded after it are lost with what they refer to.
+    // Without times of their own the ones behind take theirs, up to the next sync frame.
+    size_t needed = mStreams[mPrimary].video && mTimestamps[mPrimary].inDecodeOrder() ? 2 : 1;
+    std::string error;
+    Packet packet;
+    while (readNext(&packet, &error) == Result::PACKET) {
+        const bool counts = packet.stream == mPrimary && packet.sync() && --needed == 0;
+        const bool early = counts && startsBefore(packet, timeUs);
+        mReadAhead.push_back(std::move(packet));
+        if (counts) return early;
+    }
+    return false;
+}
+
+/** As if the file had just been opened. */
+bool Demuxer::startAgain() {
+    std::string error;
+    forgetPlace();
+    if (!openFormat(&error) || mFormat->nb_streams < mPositions.size()) return false;
+    discardOthers();
+    for (size_t i = 0; i < mStreams.size(); ++i) {
+        mAwaitSync[i] = false;
+        mTimestamps[i].restart();
     }
     return true;
 }
 
-/** Reads up to the first picture and tells whether it comes early enough. */
-bool Demuxer::startsAtOrBefore(int64_t timeUs) {
-    const bool anyVideo = std::any_of(mStreams.begin(), mStreams.end(),
-                                      [](const StreamInfo& stream) { return stream.video; });
+/** Reads from the beginning on up to the last place from which decoding gives all from timeUs on.
+ */
+void Demuxer::skipTo(int64_t timeUs) {
+    constexpr int64_t kBeyondUs = 2'000'000;
+    const bool video = mStreams[mPrimary].video;
+    const size_t kept = video && mTimestamps[mPrimary].inDecodeOrder() ? 2 : 1;
     std::string error;
     Packet packet;
-    while (anyVideo && readNext(&packet, &error) == Result::PACKET) {
-        const bool video = mStreams[packet.stream].video;
-        const int64_t foundUs = packet.timeUs;
+    while (readNext(&packet, &error) == Result::PACKET) {
+        const bool primary = packet.stream == mPrimary;
+        const bool start = primary && packet.sync() && startsBefore(packet, timeUs);
+        const bool enough = primary && packet.timeUs > timeUs + (video ? kBeyondUs : 0);
         mReadAhead.push_back(std::move(packet));
-        if (video) return foundUs <= timeUs;
+        if (enough) break;
+        if (!start) continue;
+        auto first = mReadAhead.end();
+        for (size_t seen = 0; first != mReadAhead.begin() && seen < kept;) {
+            --first;
+            if (first->stream == mPrimary && first->sync()) ++seen;
+        }
+        mReadAhead.erase(mReadAhead.begin(), first);
     }
-    return true;
+    for (size_t i = 0; i < mStreams.size(); ++i) mAwaitSync[i] = mStreams[i].video;
+    const auto unusable = [this](const Packet& each) {
+        if (each.sync()) mAwaitSync[each.stream] = false;
+        return mAwaitSync[each.stream];
+    };
+    mReadAhead.erase(std::remove_if(mReadAhead.begin(), mReadAhead.end(), unusable),
+                     mReadAhead.end());
 }
 
 int64_t Demuxer::missingUs() const {
@@ -181,11 +344,11 @@ int64_t Demuxer::missingUs() const {
     int64_t end = INT64_MIN;
     for (size_t i = 0; i < mStreams.size(); ++i) {
         const AVStream& stream = *mFormat->streams[mStreams[i].index];
-        end = std::max(end, mTimestamps[i].endUs());
-        if (stream.duration == AV_NOPTS_VALUE || mTimestamps[i].endUs() == INT64_MIN) continue;
+        end = std::max(end, mEndsUs[i]);
+        if (stream.duration == AV_NOPTS_VALUE || mEndsUs[i] == INT64_MIN) continue;
         const int64_t start = stream.start_time == AV_NOPTS_VALUE ? 0 : stream.start_time;
         const int64_t declared = toUs(start + stream.duration, stream.time_base) - mOffsetUs;
-        missing = std::max(missing, declared - mTimestamps[i].endUs());
+        missing = std::max(missing, declared - mEndsUs[i]);
     }
     const bool allPlayed = mStreams.size() == mFormat->nb_streams;
     if (allPlayed && end != INT64_MIN) missing = std::max(missing, durationUs() - end);

@@ -7,6 +7,8 @@
 
 #include <mutex>
 
+#include "Messages.h"
+
 namespace android::codecplay {
 
 namespace {
@@ -29,8 +31,8 @@ void onMessage(void* context, int level, const char* format, va_list args) {
 
     std::lock_guard<std::mutex> lock(gLock);
     if (length == 0 || ++gMessages > kMessagesShown || gQuiet) return;
-    fprintf(stderr, "codecplay: %s: [%s] %s\n", gFile.c_str(),
-            avClass ? avClass->item_name(context) : "ffmpeg", text);
+    const std::string source = avClass ? avClass->item_name(context) : "ffmpeg";
+    complain(gFile, "[" + source + "] " + text);
 }
 
 }  // namespace
@@ -52,8 +54,7 @@ void collectFfmpegMessages(const std::string& file, bool quiet) {
 void reportFfmpegMessages() {
     std::lock_guard<std::mutex> lock(gLock);
     if (gMessages > kMessagesShown && !gQuiet) {
-        fprintf(stderr, "codecplay: %s: %d more messages of this kind\n", gFile.c_str(),
-                gMessages - kMessagesShown);
+        complain(gFile, std::to_string(gMessages - kMessagesShown) + " more messages of this kind");
     }
 }
 

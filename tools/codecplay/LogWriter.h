@@ -3,16 +3,12 @@
 
 namespace android::codecplay {
 
-/**
- * Sends every line of the process's log, of all priorities, to a file descriptor in logcat's
- * threadtime form: "MM-DD HH:MM:SS.mmm  PID  TID P TAG     : text". Each line is written at once
- * and whole, so a killed process leaves a readable log.
- *
- * @param fd stays the caller's; -1 discards the log
- */
-void startLog(int fd);
+class OutputFile;
 
-/** Whether a line could not be written, other than to a reader that went away. */
-bool logWriteFailed();
+/**
+ * Writes the process's log to a file from now on, in logcat's threadtime form. The file must live
+ * as long as the process.
+ */
+void startLog(OutputFile* file);
 
 }  // namespace android::codecplay

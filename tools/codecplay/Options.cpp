@@ -2,77 +2,55 @@
 #include "Options.h"
 
 #include <errno.h>
-#include <getopt.h>
 #include <math.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
-#include <strings.h>
 
+#include <algorithm>
+#include <iterator>
 #include <optional>
+#include <sstream>
 #include <string_view>
+
+#include <tools/options/OptionTable.h>
 
 namespace android::codecplay {
 
 namespace {
 
-constexpr char kHelp[] = R"(usage: codecplay [OPTION...] FILE...    (- for standard input)
+using options::kFiles;
+using options::Option;
+using options::Section;
 
-Plays media files through libmediacodeclogger as an Android media framework would: one codec session
-for each audio and video stream, with FFmpeg's decoders as the components. The log goes to standard
-output in logcat's threadtime form.
+constexpr char kIntro[] =
+        "Plays media files through libmediacodeclogger as an Android media framework would: one "
+        "codec session for each audio and video stream, with FFmpeg's decoders as the components. "
+        "The log goes to standard output in logcat's threadtime form. FILE \"-\" is standard "
+        "input.\n"
+        "\n"
+        "  codecplay clip.mp4\n"
+        "  codecplay --speed 0 --prop mediaanalytic.enable=true --prop mediaanalytic.debug=0x407 "
+        "clip.mp4\n"
+        "  codecplay --seek 30@5 --drop 200-204 --log session.log --metrics metrics.jsonl clip.mkv";
 
-  codecplay clip.mp4
-  codecplay --speed 0 --prop mediaanalytic.enable=true --prop mediaanalytic.debug=0x407 clip.mp4
-  codecplay --seek 30@5 --drop 200-204 --log session.log --metrics metrics.jsonl clip.mkv
+constexpr char kNotes[] =
+        "Times are seconds (12.5) or [HH:]MM:SS[.fff]. Interruptions happen in the order given. "
+        "Pictures that are more than 30 ms late are dropped, unless the logger service's allowlist "
+        "names the package. The logger ignores drops from a start or flush until half a second "
+        "after the first picture behind it.";
 
-Playback
-  --speed N            N times presentation pace (1); 0: as fast as it decodes, nothing is late
-  --seek TO@AT         when playback reaches AT, go on at TO
-  --flush AT           when playback reaches AT, flush all codecs and go on there
-  --reconfigure AT     when playback reaches AT, stop, report and configure all codecs again
-  --loop N             play each file N times in the same sessions
-  --instances N        play N times at once (1)
+constexpr char kFaultIntro[] =
+        "In frames of the first video (without one, audio) stream, from 1. FRAMES is FIRST[-LAST], "
+        "in the order in which they go in for the first two, and come out for the others. All can "
+        "be given more than once and combined.";
 
-Codecs
-  --codec2, --omx      the back-end that the sessions are reported as (Codec2)
-  --tunneled           tunneled video: pictures go from the component to the display
-  --secure             encrypted input, video in secure memory
-  --component PREFIX   what component names begin with (c2.ffmpeg or OMX.ffmpeg)
-  --package NAME       the application's package name (codecplay)
-
-Platform
-  --prop NAME=VALUE    set a system property, such as mediaanalytic.enable=true
-  --display WxH        size of the display (1920x1080)
-  --vsync HZ           refresh rate of the display (60)
-  --buffers N          output buffers that decoder, framework and display share (8)
-
-Faults, in frames of the first video (without one, audio) stream, from 1. FRAMES is FIRST[-LAST], in
-the order in which they go in for the first two, and come out for the others. All can be combined.
-  --starve FRAMES:MS   the source delivers nothing for MS ms before each of them
-  --slow-decrypt FRAMES:MS   the framework takes MS ms longer to decrypt each of them
-  --slow-decode FRAMES:MS    the component takes MS ms longer for each of them
-  --slow-message FRAMES:MS   the component's message of each reaches the framework MS ms late
-  --stall FRAMES:MS    the application takes MS ms longer for each, and is late with all behind it
-  --block-display FRAMES:MS  the display takes and returns no buffer for MS ms when each is queued
-  --drop FRAMES        the application drops them
-  --error TYPE@AT      report a decoder error: fatal, recoverable, transient or a number
-
-Output
-  --log FILE           write the log there
-  --metrics FILE       write metrics records there, one JSON object a line ("-": standard output)
-  --json               print one JSON document with the sessions; the log only with --log
-  -q, --quiet          neither log on standard output nor summary
-  -h, --help           this text
-  --version            the version
-
-Times are seconds (12.5) or [HH:]MM:SS[.fff]. Interruptions happen in the order given. Pictures that
-are more than 30 ms late are dropped, unless the logger service's allowlist names the package. The
-logger ignores drops from a start or flush until half a second after the first picture behind it.
-
-Exit code: 0 played, 1 a file cannot be opened or holds nothing to play, 2 usage, 3 damaged or cut
-off (played as far as possible), 4 a file cannot be written, 130 interrupted.
-)";
+/** What the library reads, as completion offers it. */
+constexpr char kProperties[] =
+        "mediaanalytic.enable=true mediaanalytic.debug= mediaanalytic.maxqueuesize= "
+        "mediaanalytic.maxdequeuetime= mediaanalytic.maxqueuetime= mediaanalytic.maxmsgdelaytime= "
+        "mediaanalytic.maxdecodetime= mediaanalytic.vsyncperiod= mediaanalytic.maxdecrypttime= "
+        "mediaanalytic.maxerrorframe= mediaanalytic.maxearlytime= vendor.vdecomx.hdr-type=";
 
 std::optional<double> parseNumber(const std::string& text, double low, double high) {
     if (text.empty() || strchr("0123456789.", text[0]) == nullptr) return std::nullopt;
@@ -133,6 +111,13 @@ bool parseDelay(const std::string& text, Fault fault, Options* options) {
     return true;
 }
 
+bool parseDrop(const std::string& text, Options* options) {
+    FrameRange frames{};
+    if (!parseFrames(text, &frames)) return false;
+    options->drops.push_back(frames);
+    return true;
+}
+
 bool parseSeek(const std::string& text, Options* options) {
     const auto parts = split(text, '@');
     const auto to = parts ? parseTime(parts->first) : std::nullopt;
@@ -181,6 +166,13 @@ bool parseProperty(const std::string& text, Options* options) {
     const auto parts = split(text, '=');
     if (!parts || parts->first.empty()) return false;
     options->properties.push_back(*parts);
+    bool known = false;
+    std::istringstream all(kProperties);
+    for (std::string word; all >> word;) known = known || split(word, '=')->first == parts->first;
+    if (!known) {
+        fprintf(stderr, "codecplay: --prop %s: the library reads no property of this name\n",
+                parts->first.c_str());
+    }
     return true;
 }
 
@@ -190,159 +182,186 @@ bool store(const std::optional<V>& value, T* target) {
     return value.has_value();
 }
 
-bool storeText(const char* value, std::string* target) {
-    *target = value;
-    return !target->empty();
+Option flag(const char* name, char letter, const char* help, bool* target, bool value = true) {
+    return {name, letter, nullptr, help, [=](const char*) {
+                *target = value;
+                return true;
+            }};
 }
 
-/** One option with a value: what it is called, what it takes, how it is read. */
-struct ValueOption {
-    const char* name;
-    const char* expected;
-    bool (*parse)(const char* value, Options* options);
-};
-
-constexpr char kTimeText[] = "a time such as 12.5 or 1:02:03";
-constexpr char kDelayText[] = "FIRST[-LAST]:MS, such as 50-60:40";
-
-const ValueOption kValueOptions[] = {
-        {"speed", "a number from 0 to 1000",
-         [](const char* v, Options* o) { return store(parseNumber(v, 0, 1000), &o->speed); }},
-        {"seek", "TO@AT, two times such as 30@12.5",
-         [](const char* v, Options* o) { return parseSeek(v, o); }},
-        {"flush", kTimeText,
-         [](const char* v, Options* o) { return parseInterruption(v, Interruption::FLUSH, o); }},
-        {"reconfigure", kTimeText,
-         [](const char* v, Options* o) {
-             return parseInterruption(v, Interruption::RECONFIGURE, o);
-         }},
-        {"loop", "a number from 1 to 1000000",
-         [](const char* v, Options* o) { return store(parseInteger(v, 1, 1000000), &o->loops); }},
-        {"instances", "a number from 1 to 100",
-         [](const char* v, Options* o) { return store(parseInteger(v, 1, 100), &o->instances); }},
-        {"component", "the beginning of a component name, such as c2.vendor",
-         [](const char* v, Options* o) { return storeText(v, &o->component); }},
-        {"package", "a package name",
-         [](const char* v, Options* o) { return storeText(v, &o->package); }},
-        {"prop", "NAME=VALUE", [](const char* v, Options* o) { return parseProperty(v, o); }},
-        {"display", "a size such as 1920x1080",
-         [](const char* v, Options* o) { return parseDisplay(v, o); }},
-        {"vsync", "a number from 1 to 1000",
-         [](const char* v, Options* o) { return store(parseNumber(v, 1, 1000), &o->vsyncHz); }},
-        {"buffers", "a number from 2 to 64",
-         [](const char* v, Options* o) { return store(parseInteger(v, 2, 64), &o->buffers); }},
-        {"starve", kDelayText,
-         [](const char* v, Options* o) { return parseDelay(v, Fault::STARVE, o); }},
-        {"slow-decrypt", kDelayText,
-         [](const char* v, Options* o) { return parseDelay(v, Fault::SLOW_DECRYPT, o); }},
-        {"slow-decode", kDelayText,
-         [](const char* v, Options* o) { return parseDelay(v, Fault::SLOW_DECODE, o); }},
-        {"slow-message", kDelayText,
-         [](const char* v, Options* o) { return parseDelay(v, Fault::SLOW_MESSAGE, o); }},
-        {"stall", kDelayText,
-         [](const char* v, Options* o) { return parseDelay(v, Fault::STALL, o); }},
-        {"block-display", kDelayText,
-         [](const char* v, Options* o) { return parseDelay(v, Fault::BLOCK_DISPLAY, o); }},
-        {"drop", "FIRST[-LAST], such as 200-204",
-         [](const char* v, Options* o) {
-             FrameRange range{};
-             if (!parseFrames(v, &range)) return false;
-             o->drops.push_back(range);
-             return true;
-         }},
-        {"error", "TYPE@AT, such as fatal@12",
-         [](const char* v, Options* o) { return parseError(v, o); }},
-        {"log", "a file", [](const char* v, Options* o) { return storeText(v, &o->logFile); }},
-        {"metrics", "a file",
-         [](const char* v, Options* o) { return storeText(v, &o->metricsFile); }},
-};
-
-enum Flag {
-    FLAG_OMX = 1000,
-    FLAG_CODEC2,
-    FLAG_TUNNELED,
-    FLAG_SECURE,
-    FLAG_JSON,
-    FLAG_VERSION,
-    /** From here on: the index into kValueOptions. */
-    FLAG_VALUE
-};
-
-std::vector<option> longOptions() {
-    std::vector<option> table = {{"omx", no_argument, nullptr, FLAG_OMX},
-                                 {"codec2", no_argument, nullptr, FLAG_CODEC2},
-                                 {"tunneled", no_argument, nullptr, FLAG_TUNNELED},
-                                 {"secure", no_argument, nullptr, FLAG_SECURE},
-                                 {"json", no_argument, nullptr, FLAG_JSON},
-                                 {"version", no_argument, nullptr, FLAG_VERSION},
-                                 {"quiet", no_argument, nullptr, 'q'},
-                                 {"help", no_argument, nullptr, 'h'}};
-    int flag = FLAG_VALUE;
-    for (const ValueOption& value : kValueOptions) {
-        table.push_back({value.name, required_argument, nullptr, flag++});
-    }
-    table.push_back({nullptr, 0, nullptr, 0});
-    return table;
+Option textOption(const char* name, const char* value, const char* help, std::string* target,
+                  const char* completion = nullptr) {
+    return {name,
+            0,
+            value,
+            help,
+            [=](const char* text) {
+                *target = text;
+                return !target->empty();
+            },
+            nullptr,
+            completion};
 }
 
-bool applyFlag(int flag, Options* options) {
-    switch (flag) {
-        case FLAG_OMX:
-            options->omx = true;
-            return true;
-        case FLAG_CODEC2:
-            options->omx = false;
-            return true;
-        case FLAG_TUNNELED:
-            options->tunneled = true;
-            return true;
-        case FLAG_SECURE:
-            options->secure = true;
-            return true;
-        case FLAG_JSON:
-            options->json = true;
-            return true;
-        case 'q':
-            options->quiet = true;
-            return true;
-        default:
-            return false;
-    }
+Option delayOption(const char* name, Fault fault, const char* help, Options* options) {
+    return {name,
+            0,
+            "FRAMES:MS",
+            help,
+            [=](const char* text) { return parseDelay(text, fault, options); },
+            "FIRST[-LAST]:MS, such as 50-60:40"};
+}
+
+Section playback(Options* o) {
+    constexpr char kTime[] = "a time such as 12.5 or 1:02:03";
+    const auto interruption = [o](Interruption::Kind kind) {
+        return [=](const char* text) { return parseInterruption(text, kind, o); };
+    };
+    return {"Playback",
+            nullptr,
+            {{"speed", 0, "N",
+              "N times presentation pace (1); 0: as fast as it decodes, nothing is late",
+              [o](const char* text) { return store(parseNumber(text, 0, 1000), &o->speed); },
+              "a number from 0 to 1000"},
+             {"seek", 0, "TO@AT", "when playback reaches AT, go on at TO",
+              [o](const char* text) { return parseSeek(text, o); },
+              "TO@AT, two times such as 30@12.5"},
+             {"flush", 0, "AT", "when playback reaches AT, flush all codecs and go on there",
+              interruption(Interruption::FLUSH), kTime},
+             {"reconfigure", 0, "AT",
+              "when playback reaches AT, stop, report and configure all codecs again",
+              interruption(Interruption::RECONFIGURE), kTime},
+             {"loop", 0, "N", "play each file N times in the same sessions",
+              [o](const char* text) { return store(parseInteger(text, 1, 1000000), &o->loops); },
+              "a number from 1 to 1000000"},
+             {"instances", 0, "N", "play N times at once (1)",
+              [o](const char* text) { return store(parseInteger(text, 1, 100), &o->instances); },
+              "a number from 1 to 100"}}};
+}
+
+Section codecs(Options* o) {
+    return {"Codecs",
+            nullptr,
+            {flag("codec2", 0, "report the sessions as Codec2's, which is the default", &o->omx,
+                  false),
+             flag("omx", 0, "report the sessions as OMX's", &o->omx),
+             flag("tunneled", 0, "tunneled video: pictures go from the component to the display",
+                  &o->tunneled),
+             flag("secure", 0, "encrypted input, video in secure memory", &o->secure),
+             textOption("component", "PREFIX",
+                        "what component names begin with (c2.ffmpeg or OMX.ffmpeg)", &o->component),
+             textOption("package", "NAME", "the application's package name (codecplay)",
+                        &o->package)}};
+}
+
+Section platform(Options* o) {
+    return {"Platform",
+            nullptr,
+            {{"prop", 0, "NAME=VALUE",
+              "set a system property, such as mediaanalytic.enable=true; may be given more than "
+              "once",
+              [o](const char* text) { return parseProperty(text, o); }, "NAME=VALUE", kProperties},
+             {"display", 0, "WxH", "size of the display (1920x1080)",
+              [o](const char* text) { return parseDisplay(text, o); }, "a size such as 1920x1080",
+              "1280x720 1920x1080 3840x2160"},
+             {"vsync", 0, "HZ", "refresh rate of the display (60)",
+              [o](const char* text) { return store(parseNumber(text, 1, 1000), &o->vsyncHz); },
+              "a number from 1 to 1000"},
+             {"buffers", 0, "N", "output buffers that decoder, framework and display share (8)",
+              [o](const char* text) { return store(parseInteger(text, 2, 64), &o->buffers); },
+              "a number from 2 to 64"}}};
+}
+
+Section faults(Options* o) {
+    return {"Faults",
+            kFaultIntro,
+            {delayOption(
+                     "starve", Fault::STARVE,
+                     "the source delivers nothing for MS ms before each of them. What codec and "
+                     "application hold, about half a second of 30 pictures a second, bridges "
+                     "shorter gaps",
+                     o),
+             delayOption("slow-decrypt", Fault::SLOW_DECRYPT,
+                         "the framework takes MS ms longer to decrypt each of them, and does "
+                         "nothing else meanwhile",
+                         o),
+             delayOption("slow-decode", Fault::SLOW_DECODE,
+                         "the component takes MS ms longer for each of them", o),
+             delayOption("slow-message", Fault::SLOW_MESSAGE,
+                         "the component's message of each reaches the framework MS ms late; those "
+                         "behind do not overtake it",
+                         o),
+             delayOption("stall", Fault::STALL,
+                         "the application takes MS ms longer for each, and is late with all behind",
+                         o),
+             delayOption("block-display", Fault::BLOCK_DISPLAY,
+                         "when each is queued to the display, this takes and returns no buffer for "
+                         "MS ms. A tunnel has no such queue",
+                         o),
+             {"drop", 0, "FRAMES", "the application drops them",
+              [o](const char* text) { return parseDrop(text, o); },
+              "FIRST[-LAST], such as 200-204"},
+             {"error", 0, "TYPE@AT",
+              "report a decoder error: fatal, recoverable, transient or a number",
+              [o](const char* text) { return parseError(text, o); }, "TYPE@AT, such as fatal@12",
+              "fatal@ recoverable@ transient@"}}};
+}
+
+Section output(Options* o) {
+    return {"Output",
+            nullptr,
+            {textOption("log", "FILE", "write the log there", &o->logFile, kFiles),
+             textOption("metrics", "FILE",
+                        "write metrics records there, one JSON object a line; \"-\" is standard "
+                        "output",
+                        &o->metricsFile, kFiles),
+             flag("json", 0,
+                  "print one JSON document with the sessions; the log is then written only with "
+                  "--log",
+                  &o->json),
+             flag("quiet", 'q', "neither log on standard output nor summary", &o->quiet)}};
+}
+
+options::Program program(Options* options) {
+    return {"codecplay",
+            CODECPLAY_VERSION,
+            {"[OPTION...] FILE..."},
+            kIntro,
+            {},
+            {playback(options), codecs(options), platform(options), faults(options),
+             output(options)},
+            kNotes,
+            {{EXIT_PLAYED, "played"},
+             {EXIT_NOT_PLAYABLE, "a file cannot be opened or holds nothing to play"},
+             {EXIT_USAGE, "usage"},
+             {EXIT_DAMAGED, "a file is damaged or cut off (played as far as possible)"},
+             {EXIT_CANNOT_WRITE, "an output cannot be written"},
+             {EXIT_STREAM_NOT_PLAYED, "a stream of a file cannot be played (the others were)"},
+             {EXIT_INTERRUPTED, "interrupted by SIGINT (with what was recorded)"},
+             {EXIT_TERMINATED, "the same by SIGTERM"}},
+            kFiles};
 }
 
 }  // namespace
 
-ParseResult parseOptions(int argc, char** argv, Options* options) {
-    const ParseResult usage{false, EXIT_USAGE};
-    const std::vector<option> table = longOptions();
-    int found;
-    while ((found = getopt_long(argc, argv, "hq", table.data(), nullptr)) != -1) {
-        if (found >= FLAG_VALUE) {
-            const ValueOption& value = kValueOptions[found - FLAG_VALUE];
-            if (value.parse(optarg, options)) continue;
-            fprintf(stderr, "codecplay: --%s %s: expected %s\n", value.name, optarg,
-                    value.expected);
-            return usage;
-        }
-        if (found == 'h') {
-            fputs(kHelp, stdout);
-            return {};
-        }
-        if (found == FLAG_VERSION) {
-            puts("codecplay " CODECPLAY_VERSION);
-            return {};
-        }
-        if (!applyFlag(found, options)) {
-            fputs("Try 'codecplay --help'.\n", stderr);
-            return usage;
-        }
+int worseExit(int a, int b) {
+    static constexpr int kWorstLast[] = {EXIT_PLAYED,       EXIT_STREAM_NOT_PLAYED, EXIT_DAMAGED,
+                                         EXIT_NOT_PLAYABLE, EXIT_INTERRUPTED,       EXIT_TERMINATED,
+                                         EXIT_CANNOT_WRITE};
+    const auto rank = [](int code) {
+        return std::find(std::begin(kWorstLast), std::end(kWorstLast), code);
+    };
+    return rank(a) < rank(b) ? b : a;
+}
+
+std::optional<int> parseOptions(int argc, char** argv, Options* options) {
+    const options::Program table = program(options);
+    if (const auto code = options::parse(table, argc, argv, &options->files)) return code;
+    if (options->files.empty()) return options::complain(table, "no file given");
+    if (options->json && options->metricsFile == "-") {
+        return options::complain(table, "--json and --metrics - both want standard output");
     }
-    options->files.assign(argv + optind, argv + argc);
-    if (options->files.empty()) {
-        fputs("codecplay: no file given\nTry 'codecplay --help'.\n", stderr);
-        return usage;
-    }
-    return {true, EXIT_PLAYED};
+    return std::nullopt;
 }
 
 }  // namespace android::codecplay

@@ -3,6 +3,7 @@
 
 #include <stdint.h>
 
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -16,8 +17,13 @@ enum ExitCode {
     EXIT_USAGE = 2,
     EXIT_DAMAGED = 3,
     EXIT_CANNOT_WRITE = 4,
+    EXIT_STREAM_NOT_PLAYED = 5,
     EXIT_INTERRUPTED = 130,
+    EXIT_TERMINATED = 143,
 };
+
+/** The one of two exit codes that a caller has to know of first. */
+int worseExit(int a, int b);
 
 /** Something that interrupts playback when it has reached a media time. */
 struct Interruption {
@@ -97,13 +103,11 @@ struct Options {
     bool paced() const { return speed > 0; }
 };
 
-/** What to do after the command line was read. */
-struct ParseResult {
-    bool run = false;
-    int exitCode = EXIT_PLAYED;
-};
-
-/** Reads the command line; prints help, version or a complaint where it ends there. */
-ParseResult parseOptions(int argc, char** argv, Options* options);
+/**
+ * Reads the command line; prints help, version or a complaint where it ends there.
+ *
+ * @return the exit code if the program is to end here
+ */
+std::optional<int> parseOptions(int argc, char** argv, Options* options);
 
 }  // namespace android::codecplay

@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Player.h"
 
+#include <inttypes.h>
 #include <stdio.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <utility>
+
+#include "Messages.h"
 
 namespace android::codecplay {
 
@@ -13,6 +16,10 @@ namespace {
 
 /** A stream may keep the others waiting for their start so long. */
 constexpr int64_t kStartPatienceNs = 500'000'000;
+
+/** A longer step of the media time is a jump: where containers allow jumps, and elsewhere. */
+constexpr int64_t kJumpUs = 10'000'000;
+constexpr int64_t kUnlikelyJumpUs = 30'000'000;
 
 constexpr int64_t kProgressIntervalNs = 200'000'000;
 
@@ -24,6 +31,7 @@ Player::Player(const Options& options, std::string file, int instance,
                const std::atomic<bool>& stop)
     : mOptions(options),
       mStop(stop),
+      mDemuxer(stop),
       mClock(options.speed, static_cast<int64_t>(1e9 / options.vsyncHz),
              [this] { forEachSession([](CodecSession& session) { session.wake(); }); }),
       mInterruptions(options.interruptions.begin(), options.interruptions.end()),
@@ -40,8 +48,13 @@ void Player::forEachSession(F&& f) {
 }
 
 void Player::warn(const std::string& text) {
-    fprintf(stderr, "codecplay: %s: %s\n", mResult.file.c_str(), text.c_str());
+    complain(mResult.file, text);
     mResult.warnings.push_back(text);
+}
+
+void Player::fail(int exitCode, const std::string& text) {
+    warn(text);
+    mResult.exitCode = worseExit(mResult.exitCode, exitCode);
 }
 
 FileResult Player::play() {
@@ -58,8 +71,15 @@ FileResult Player::play() {
 
 bool Player::open() {
     std::string error;
-    if (!mDemuxer.open(mResult.file, &error)) {
-        warn(error);
+    const bool opened = mDemuxer.open(mResult.file, &error);
+    const auto unplayable = [this](int stream, const std::string& reason) {
+        fail(EXIT_STREAM_NOT_PLAYED, "stream " + std::to_string(stream) + ": " + reason);
+    };
+    for (const UnplayableStream& stream : mDemuxer.unplayable()) {
+        unplayable(stream.index, stream.reason);
+    }
+    if (!opened) {
+        if (!mStop) warn(error);
         return false;
     }
     mResult.format = mDemuxer.formatName();
@@ -68,26 +88,26 @@ bool Player::open() {
     const auto video = std::find_if(streams.begin(), streams.end(),
                                     [](const StreamInfo& stream) { return stream.video; });
     const StreamInfo* faulty = video == streams.end() ? &streams.front() : &*video;
-    size_t opened = 0;
+    size_t count = 0;
     for (const StreamInfo& stream : streams) {
         auto session =
                 std::make_unique<CodecSession>(mOptions, stream, &stream == faulty, &mClock, mStop);
         if (session->open(&error)) {
-            ++opened;
+            ++count;
             if (!mPrimary || &stream == faulty) mPrimary = session.get();
             mSessions.push_back(std::move(session));
         } else {
-            warn("stream " + std::to_string(stream.index) + ": " + error);
+            unplayable(stream.index, error);
             mSessions.push_back(nullptr);
         }
     }
-    mClock.expect(opened);
-    return opened > 0;
+    mClock.expect(count, mDemuxer.mayJump() ? kJumpUs : kUnlikelyJumpUs);
+    return count > 0;
 }
 
 void Player::feed() {
-    while (!mStop && feedNext()) showProgress();
-    if (isatty(STDERR_FILENO) && mProgressShownNs) fputs("\r\033[K", stderr);
+    while (!mStop && feedNext()) reportProgress();
+    showProgress("");
     for (const Interruption& interruption : mInterruptions) {
         if (mStop) break;
         warn("playback never reached " + std::to_string(interruption.atUs / 1e6) + " s");
@@ -106,8 +126,7 @@ bool Player::feedNext() {
             return true;
         }
         if (result == Demuxer::Result::ERROR) {
-            warn("cannot be read any further: " + error);
-            mResult.exitCode = EXIT_DAMAGED;
+            fail(EXIT_DAMAGED, "cannot be read any further: " + error);
         }
         endInput();
         return true;
@@ -120,7 +139,7 @@ bool Player::feedNext() {
     if (interruptIfDue()) return true;
     if (mLoopsLeft == 0) return false;
     --mLoopsLeft;
-    interrupt(CodecSession::Command::FLUSH, 0);
+    interrupt(CodecSession::Command::FLUSH, Demuxer::kBeginning);
     return true;
 }
 
@@ -132,7 +151,7 @@ void Player::push(Packet packet) {
         // What interrupts playback also discards this packet.
         if (mStop || interruptionDue()) return;
         if (monotonicNs() - startNs > kStartPatienceNs) mClock.startWithoutTheRest();
-        showProgress();
+        reportProgress();
     }
     // Unpaced playback goes packet by packet, so that each run does the same.
     if (!mOptions.paced()) session->waitIdle();
@@ -180,18 +199,31 @@ bool Player::interruptIfDue() {
 
 /** Empties all codecs and goes on at toUs. */
 void Player::interrupt(CodecSession::Command::Kind kind, int64_t toUs) {
-    forEachSession([&](CodecSession& session) { session.post({kind, toUs}); });
+    const bool seekable = mDemuxer.seekable();
+    forEachSession([&](CodecSession& session) {
+        session.post({kind, seekable ? toUs : Demuxer::kBeginning});
+    });
     forEachSession([](CodecSession& session) { session.waitCommand(); });
     mClock.reset();
-    if (!mDemuxer.seek(toUs)) warn("cannot be sought in; playback goes on where it is");
+    if (!mDemuxer.seek(toUs) && !mStop) {
+        warn(seekable ? "its beginning cannot be read again; playback ends here"
+                      : "cannot be sought in; playback goes on where it is");
+        // Rounds without anything to play would be many.
+        mLoopsLeft = 0;
+    }
     mInputEnded = false;
 }
 
 void Player::finish() {
     forEachSession([](CodecSession& session) { session.post({CodecSession::Command::STOP}); });
     forEachSession([&](CodecSession& session) {
-        session.waitCommand();
-        mResult.sessions.push_back(describeSession(session));
+        const bool ended = session.waitCommand();
+        if (!ended) {
+            warn("stream " + std::to_string(session.streamIndex()) +
+                 ": its codec does not end; does the logger service hang?");
+            mResult.abandoned = true;
+        }
+        mResult.sessions.push_back(describeSession(session, ended));
     });
 }
 
@@ -203,37 +235,28 @@ void Player::judge() {
         frames += session.frames;
         errors += session.decodeErrors;
     }
-    if (errors > 0) warn("damaged frames: " + std::to_string(errors));
-    if (mDemuxer.corruptPackets() > 0) {
-        warn("damaged packets: " + std::to_string(mDemuxer.corruptPackets()));
-    }
+    if (errors > 0) fail(EXIT_DAMAGED, "damaged frames: " + std::to_string(errors));
     const int64_t missingUs = mStop ? 0 : mDemuxer.missingUs();
     if (missingUs > 0) {
         char text[80];
         snprintf(text, sizeof(text), "is cut off: %.1f s of %.1f s are missing", missingUs / 1e6,
                  mDemuxer.durationUs() / 1e6);
-        warn(text);
+        fail(EXIT_DAMAGED, text);
     }
-    if (errors > 0 || mDemuxer.corruptPackets() > 0 || missingUs > 0) {
-        mResult.exitCode = EXIT_DAMAGED;
-    }
-    if (frames == 0 && !mStop) {
-        warn("nothing in it can be decoded");
-        mResult.exitCode = EXIT_NOT_PLAYABLE;
-    }
-    if (mStop) mResult.exitCode = EXIT_INTERRUPTED;
+    if (frames == 0 && !mStop) fail(EXIT_NOT_PLAYABLE, "nothing in it can be decoded");
 }
 
-void Player::showProgress() {
-    if (mOptions.quiet || mResult.instance > 1 || !isatty(STDERR_FILENO)) return;
+void Player::reportProgress() {
+    if (mResult.instance > 1 || !progressAllowed()) return;
     const int64_t nowNs = monotonicNs();
     if (nowNs - mProgressShownNs < kProgressIntervalNs) return;
     mProgressShownNs = nowNs;
     const SessionCounts& counts = mPrimary->counts();
-    fprintf(stderr, "\r\033[K%s  %.1f / %.1f s  rendered %llu  late %llu", mResult.file.c_str(),
-            std::max<int64_t>(positionUs(), 0) / 1e6, mResult.durationUs / 1e6,
-            static_cast<unsigned long long>(counts.rendered.load()),
-            static_cast<unsigned long long>(counts.droppedLate.load()));
+    char text[120];
+    snprintf(text, sizeof(text), "  %.1f / %.1f s  rendered %" PRIu64 "  late %" PRIu64,
+             std::max<int64_t>(positionUs(), 0) / 1e6, mResult.durationUs / 1e6,
+             counts.rendered.load(), counts.droppedLate.load());
+    showProgress(mResult.file.substr(mResult.file.rfind('/') + 1) + text);
 }
 
 }  // namespace android::codecplay

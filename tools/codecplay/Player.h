@@ -38,7 +38,9 @@ class Player {
     void finish();
     void judge();
     void warn(const std::string& text);
-    void showProgress();
+    /** Says what went wrong, and that it is the reason of the exit code. */
+    void fail(int exitCode, const std::string& text);
+    void reportProgress();
 
     template <typename F>
     void forEachSession(F&& f);

@@ -65,51 +65,57 @@ std::string figures(std::initializer_list<std::pair<const char*, uint64_t>> list
 
 }  // namespace
 
-SessionResult describeSession(const CodecSession& session) {
+SessionResult describeSession(const CodecSession& session, bool ended) {
     const SessionCounts& counts = session.counts();
-    return {session.streamIndex(),   session.video(),
-            session.format().mime,   session.name(),
-            counts.packets,          counts.frames,
-            counts.rendered,         counts.droppedLate,
-            counts.droppedOnRequest, counts.droppedBeforeTarget,
-            counts.flushed,          counts.noPicture,
-            counts.neverShown,       session.decodeErrors(),
-            session.formats(),       session.reports()};
+    return {session.streamIndex(),
+            session.video(),
+            session.format().mime,
+            session.name(),
+            counts.packets,
+            counts.frames,
+            counts.rendered,
+            counts.droppedLate,
+            counts.droppedOnRequest,
+            counts.droppedBeforeTarget,
+            counts.flushed,
+            counts.noPicture,
+            counts.neverShown,
+            session.decodeErrors(),
+            ended ? session.formats() : std::vector<StreamFormat>(),
+            ended ? session.reports() : std::vector<std::string>()};
 }
 
-void printSummary(FILE* out, const FileResult& result) {
-    fprintf(out, "%s", result.file.c_str());
+std::string summaryText(const FileResult& result) {
+    std::string text = result.file;
     if (!result.format.empty()) {
-        fprintf(out, ": %s, %.1f s", result.format.c_str(), result.durationUs / 1e6);
+        char duration[32];
+        snprintf(duration, sizeof(duration), ", %.1f s", result.durationUs / 1e6);
+        text += ": " + result.format + duration;
     }
-    fputc('\n', out);
+    text += '\n';
     for (const SessionResult& session : result.sessions) {
-        std::string formats;
+        text += "  stream " + std::to_string(session.stream) + "  " + session.mime + "  " +
+                session.component + "  ";
         for (const StreamFormat& format : session.formats) {
-            formats += (formats.empty() ? "" : " -> ") + formatText(format);
+            text += (&format == &session.formats.front() ? "" : " -> ") + formatText(format);
         }
-        fprintf(out, "  stream %d  %s  %s  %s\n", session.stream, session.mime.c_str(),
-                session.component.c_str(), formats.c_str());
-        fprintf(out, "    packets %llu, frames %llu, %s %llu%s\n",
-                static_cast<unsigned long long>(session.packets),
-                static_cast<unsigned long long>(session.frames),
-                session.video ? "rendered" : "played",
-                static_cast<unsigned long long>(session.rendered),
+        text += "\n    packets " + std::to_string(session.packets) + ", frames " +
+                std::to_string(session.frames) + (session.video ? ", rendered " : ", played ") +
+                std::to_string(session.rendered) +
                 figures({{"dropped late", session.droppedLate},
                          {"dropped on request", session.droppedOnRequest},
                          {"dropped before a seek's target", session.droppedBeforeTarget},
                          {"flushed", session.flushed},
                          {"without output", session.noPicture},
                          {"rendered but never shown", session.neverShown},
-                         {"damaged", session.decodeErrors}})
-                        .c_str());
-        for (const std::string& report : session.reports) {
-            fprintf(out, "    %s\n", report.c_str());
-        }
+                         {"damaged", session.decodeErrors}}) +
+                '\n';
+        for (const std::string& report : session.reports) text += "    " + report + '\n';
     }
+    return text;
 }
 
-void printJson(FILE* out, const std::vector<FileResult>& results, int exitCode) {
+std::string jsonText(const std::vector<FileResult>& results, int exitCode) {
     Json files = Json::array();
     for (const FileResult& result : results) {
         Json sessions = Json::array();
@@ -124,8 +130,7 @@ void printJson(FILE* out, const std::vector<FileResult>& results, int exitCode) 
     }
     const Json document = {{"schema_version", 1}, {"exit_code", exitCode}, {"files", files}};
     // File names are bytes; JSON is UTF-8.
-    const std::string text = document.dump(2, ' ', false, Json::error_handler_t::replace);
-    fprintf(out, "%s\n", text.c_str());
+    return document.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
 }
 
 }  // namespace android::codecplay

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <stdint.h>
-#include <stdio.h>
 
 #include <string>
 #include <vector>
@@ -43,15 +42,17 @@ struct FileResult {
     int exitCode = 0;
     std::vector<std::string> warnings;
     std::vector<SessionResult> sessions;
+    /** A codec does not end, so that the process has to go without it. */
+    bool abandoned = false;
 };
 
-/** The result of a session that was stopped. */
-SessionResult describeSession(const CodecSession& session);
+/** @param ended the session was stopped; of one that was not only the figures can be had */
+SessionResult describeSession(const CodecSession& session, bool ended);
 
 /** For people. */
-void printSummary(FILE* out, const FileResult& result);
+std::string summaryText(const FileResult& result);
 
 /** For programs: one JSON document. */
-void printJson(FILE* out, const std::vector<FileResult>& results, int exitCode);
+std::string jsonText(const std::vector<FileResult>& results, int exitCode);
 
 }  // namespace android::codecplay

@@ -1,13 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <errno.h>
 #include <fcntl.h>
 #include <signal.h>
 #include <stdio.h>
-#include <string.h>
 #include <unistd.h>
 
 #include <atomic>
-#include <limits>
 #include <memory>
 #include <thread>
 
@@ -18,7 +15,9 @@
 
 #include "Ffmpeg.h"
 #include "LogWriter.h"
+#include "Messages.h"
 #include "Options.h"
+#include "OutputFile.h"
 #include "Player.h"
 #include "Summary.h"
 
@@ -26,11 +25,37 @@ namespace android::codecplay {
 
 namespace {
 
+/** The signal that ended playback, or 0. */
+std::atomic<int> gSignal{0};
 std::atomic<bool> gStop{false};
 
-int cannotWrite(const std::string& file) {
-    fprintf(stderr, "codecplay: %s: cannot be written: %s\n", file.c_str(), strerror(errno));
-    return EXIT_CANNOT_WRITE;
+/** Where all output goes. Never destroyed: codecs may still report while the process ends. */
+struct Outputs {
+    OutputFile log;
+    OutputFile metrics;
+    OutputFile standard;
+};
+
+/** Says which outputs could not be written; true if all could. */
+bool allWritten(const Outputs& outputs) {
+    bool written = true;
+    for (const OutputFile* file : {&outputs.log, &outputs.metrics, &outputs.standard}) {
+        const std::string error = file->error();
+        if (error.empty()) continue;
+        fprintf(stderr, "codecplay: %s\n", error.c_str());
+        written = false;
+    }
+    return written;
+}
+
+/**
+ * A descriptor that was closed would be given to the next file that is opened, which would then be
+ * taken for standard input or output. What takes its place fails as a closed one does.
+ */
+void keepStandardDescriptors() {
+    for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(fd, F_GETFD) < 0) open("/dev/null", fd == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+    }
 }
 
 /** The library takes the package name from the command line, so that has to begin with it. */
@@ -43,7 +68,10 @@ void takePackageName(const std::string& package, char** argv) {
 
 void handleSignals() {
     struct sigaction action = {};
-    action.sa_handler = [](int) { gStop = true; };
+    action.sa_handler = [](int number) {
+        gSignal = number;
+        gStop = true;
+    };
     // The second signal ends the program the hard way.
     action.sa_flags = static_cast<int>(SA_RESETHAND);
     sigaction(SIGINT, &action, nullptr);
@@ -52,10 +80,28 @@ void handleSignals() {
     signal(SIGPIPE, SIG_IGN);
 }
 
-/** Opens what the log goes to; -1 for nothing. */
-int openLog(const Options& options) {
-    if (options.logFile.empty()) return options.json || options.quiet ? -1 : STDOUT_FILENO;
-    return open(options.logFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+bool setProperties(const Options& options) {
+    for (const auto& [name, value] : options.properties) {
+        if (property_set(name.c_str(), value.c_str()) == 0) continue;
+        fprintf(stderr, "codecplay: --prop %s: the value is too long\n", name.c_str());
+        return false;
+    }
+    return true;
+}
+
+bool openOutputs(const Options& options, Outputs* outputs) {
+    const bool logOnStdout = options.logFile.empty() && !options.json && !options.quiet;
+    if (logOnStdout) outputs->log.open("-");
+    if (!options.logFile.empty()) outputs->log.open(options.logFile);
+    if (!options.metricsFile.empty()) {
+        outputs->metrics.open(options.metricsFile);
+        hostplatform::setMetricsListener([outputs](const hostplatform::MetricsRecord& record) {
+            outputs->metrics.write(hostplatform::toJson(record) + '\n');
+        });
+    }
+    outputs->standard.open("-");
+    allowProgress(!options.quiet && !outputs->log.isTerminal() && !outputs->metrics.isTerminal());
+    return allWritten(*outputs);
 }
 
 std::vector<FileResult> playFile(const Options& options, const std::string& file) {
@@ -64,8 +110,10 @@ std::vector<FileResult> playFile(const Options& options, const std::string& file
     collectFfmpegMessages(file, options.quiet);
     for (int i = 0; i < options.instances; ++i) {
         threads.emplace_back([&, i] {
-            results[static_cast<size_t>(i)] =
-                    std::make_unique<Player>(options, file, i + 1, gStop)->play();
+            auto player = std::make_unique<Player>(options, file, i + 1, gStop);
+            results[static_cast<size_t>(i)] = player->play();
+            // What is left of it still waits for its codecs.
+            if (results[static_cast<size_t>(i)].abandoned) (void)player.release();
         });
     }
     for (std::thread& thread : threads) thread.join();
@@ -74,44 +122,37 @@ std::vector<FileResult> playFile(const Options& options, const std::string& file
 }
 
 int run(const Options& options) {
-    for (const auto& [name, value] : options.properties) {
-        if (property_set(name.c_str(), value.c_str()) != 0) {
-            fprintf(stderr, "codecplay: --prop %s: the value is too long\n", name.c_str());
-            return EXIT_USAGE;
-        }
-    }
+    Outputs& outputs = *new Outputs;
+    if (!setProperties(options)) return EXIT_USAGE;
     if (options.displayWidth > 0) {
         hostplatform::setDisplaySize(options.displayWidth, options.displayHeight);
     }
-    if (!options.metricsFile.empty() &&
-        !hostplatform::openMetricsFile(options.metricsFile.c_str())) {
-        return cannotWrite(options.metricsFile);
-    }
-    const int logFd = openLog(options);
-    if (logFd < 0 && !options.logFile.empty()) return cannotWrite(options.logFile);
-    startLog(logFd);
+    if (!openOutputs(options, &outputs)) return EXIT_CANNOT_WRITE;
+    startLog(&outputs.log);
     handleSignals();
     ProcessState::self()->startThreadPool();
 
     std::vector<FileResult> results;
     int exitCode = EXIT_PLAYED;
-    // With the log on standard output the summary would be in its way.
-    FILE* const summary = logFd == STDOUT_FILENO ? stderr : stdout;
+    bool abandoned = false;
+    // With the log or the records on standard output the summary would be in their way.
+    const bool summaryOnStdout = !options.logFile.empty() && options.metricsFile != "-";
     for (const std::string& file : options.files) {
         if (gStop) break;
         for (FileResult& result : playFile(options, file)) {
-            if (exitCode == EXIT_PLAYED || result.exitCode == EXIT_NOT_PLAYABLE) {
-                exitCode = result.exitCode;
+            exitCode = worseExit(exitCode, result.exitCode);
+            abandoned = abandoned || result.abandoned;
+            if (!options.quiet && !options.json) {
+                const std::string text = summaryText(result);
+                summaryOnStdout ? outputs.standard.write(text) : (void)fputs(text.c_str(), stderr);
             }
-            if (!options.quiet && !options.json) printSummary(summary, result);
             results.push_back(std::move(result));
         }
     }
-    if (gStop) exitCode = EXIT_INTERRUPTED;
-    if (logWriteFailed()) {
-        exitCode = cannotWrite(options.logFile.empty() ? "standard output" : options.logFile);
-    }
-    if (options.json) printJson(stdout, results, exitCode);
+    if (gStop) exitCode = worseExit(exitCode, 128 + gSignal);
+    if (options.json) outputs.standard.write(jsonText(results, exitCode));
+    if (!allWritten(outputs)) exitCode = EXIT_CANNOT_WRITE;
+    if (abandoned) _exit(exitCode);
     return exitCode;
 }
 
@@ -122,8 +163,8 @@ int run(const Options& options) {
 int main(int argc, char** argv) {
     using namespace android::codecplay;
     Options options;
-    const ParseResult parsed = parseOptions(argc, argv, &options);
-    if (!parsed.run) return parsed.exitCode;
+    keepStandardDescriptors();
+    if (const auto code = parseOptions(argc, argv, &options)) return *code;
     takePackageName(options.package, argv);
     return run(options);
 }
