@@ -42,6 +42,7 @@ RESOURCE(settings, "reference/settings.json")
 RESOURCE(statusLines, "reference/status-lines.json")
 RESOURCE(verdicts, "reference/verdicts.json")
 
+RESOURCE(fleetHtml, "fleet/fleet.html")
 RESOURCE(pageHtml, "output/page/page.html")
 RESOURCE(pageCss, "output/page/page.css")
 RESOURCE(pageJs, "page.js")

@@ -21,6 +21,7 @@ std::string_view settings();
 std::string_view statusLines();
 std::string_view verdicts();
 
+std::string_view fleetHtml();
 std::string_view pageHtml();
 std::string_view pageCss();
 std::string_view pageJs();

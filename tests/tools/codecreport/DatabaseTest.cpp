@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <tools/codecreport/database/Database.h>
+#include <tools/codecreport/fleet/FleetFigures.h>
 #include <tools/codecreport/fleet/LogFiles.h>
 
 #include "ReportSupport.h"
@@ -121,6 +122,40 @@ TEST(CodecreportDatabase, foldersAreComparedAsSets) {
         EXPECT_EQ(code, result.exitCode) << result.out << result.err;
         EXPECT_THAT(result.out, HasSubstr(word));
     }
+}
+
+TEST(CodecreportDatabase, fleetSumsUpGroupsAndLeadsToTheWorst) {
+    Playback silent;
+    silent.frames = 200;
+    const std::string db = fileWith("", "fleet.db");
+    for (const auto& [build, log] : std::vector<std::pair<std::string, std::string>>{
+                 {"build=<1>", stutteringLog()},
+                 {"build=2", writeLog(messagesOf(silent), LogFormat::THREADTIME)}}) {
+        ASSERT_EQ(0,
+                  codecreport({"--db", db, fileWith(log, "fleet.log"), "--label", build}).exitCode);
+    }
+    codecreport::Database database;
+    ASSERT_TRUE(database.open(db, codecreport::Database::Access::READ));
+    std::string error;
+    const auto figures = codecreport::fleetFigures(&database, {{"build", "codec"}}, &error);
+    ASSERT_TRUE(figures) << error;
+    EXPECT_EQ(2u, figures->all.judged);
+    const auto& groups = figures->groupings[0].groups;
+    ASSERT_EQ(2u, groups.size());
+    EXPECT_EQ("2 · HW.c2.video.avc", groups[0].name);
+    EXPECT_EQ(0u, groups[0].stuttered);
+    EXPECT_EQ(1u, groups[1].stuttered);
+    EXPECT_EQ(150, groups[1].firstFrameMs.percentile(0.5));
+    ASSERT_EQ(1u, figures->worst.size());
+
+    const std::string page = db + ".html";
+    ASSERT_EQ(0, codecreport({"fleet", db, "-o", page}).exitCode);
+    const std::string html = readFile(page);
+    EXPECT_THAT(html, HasSubstr("&lt;1&gt;"));
+    const std::string worst = "fleet.db-sessions/" + std::to_string(figures->worst[0].id) + ".html";
+    EXPECT_THAT(html, HasSubstr("href=\"" + worst + "\""));
+    EXPECT_THAT(readFile(db.substr(0, db.size() - 8) + worst), HasSubstr("<!DOCTYPE html>"));
+    EXPECT_THAT(codecreport({"fleet", db, "-o", page, "--by", "bild"}).err, HasSubstr("'bild'"));
 }
 
 TEST(CodecreportDatabase, labelsComeFromTheEndOfThePath) {

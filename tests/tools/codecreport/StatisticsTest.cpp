@@ -16,13 +16,17 @@ TEST(Histogram, agreesWithSortedValuesWithinItsPromise) {
     std::mt19937_64 random(1);
     for (int64_t range : {100, 4095, 1'000'000, 1'000'000'000}) {
         Histogram histogram;
+        Histogram later;
         std::vector<int64_t> values;
         std::uniform_int_distribution<int64_t> pick(-range, range);
         for (int i = 0; i < 5000; ++i) {
             values.push_back(pick(random));
-            histogram.add(values.back());
+            (i < 2000 ? histogram : later).add(values.back());
         }
+        histogram.add(later);
         std::sort(values.begin(), values.end());
+        EXPECT_EQ(std::lower_bound(values.begin(), values.end(), -50) - values.begin(),
+                  static_cast<int64_t>(histogram.countBelow(-50)));
         EXPECT_EQ(values.front(), histogram.min());
         EXPECT_EQ(values.back(), histogram.max());
         for (double fraction : {0.001, 0.1, 0.5, 0.9, 0.99, 1.0}) {

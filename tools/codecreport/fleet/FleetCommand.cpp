@@ -102,6 +102,7 @@ constexpr FleetCommand kCommands[] = {
         {"rows", 1, SIZE_MAX, "rows takes logs, or one database, and -o FOLDER", true, rowsCommand},
         {"compare", 1, SIZE_MAX, "compare takes two sets of logs, BASE... -- NEW...", false,
          compareCommand},
+        {"fleet", 1, 1, "fleet takes a database and -o FILE", true, fleetPageCommand},
         {"session", 2, 2, "session takes a database, a session_id and -o FILE", true,
          sessionCommand},
 };

@@ -18,5 +18,6 @@ bool openDatabase(const std::string& path, Database* database);
 ExitCode addLogs(const std::vector<std::string>& paths, const Options& options, Database* database);
 
 int compareCommand(const std::vector<std::string>& operands, const Options& options);
+int fleetPageCommand(const std::vector<std::string>& operands, const Options& options);
 
 }  // namespace android::codecreport

@@ -23,6 +23,8 @@ std::vector<options::Command> fleetCommands() {
              "write the tables of a database as JSON lines for other engines, a file each in -o "
              "FOLDER; LOG may "
              "be the database"},
+            {"fleet", "FILE",
+             "write a page about all sessions of a database, and beside it those of the worst"},
             {"session", "FILE ID", "write the page of one session of a database"},
     };
 }
@@ -51,6 +53,14 @@ options::Section fleetSection(FleetOptions* options) {
                          return isLabelPattern(value);
                      },
                      "a name with {LABEL} and * in it"},
+                    {"by", 0, "NAMES",
+                     "what groups the sessions of a fleet: labels or columns of session_summary, "
+                     "such as build,codec; may be given several times",
+                     [options](const char* value) {
+                         options->by.emplace_back(value);
+                         return value[0] != '\0';
+                     },
+                     nullptr, nullptr, "fleet"},
                     {"csv", 0, nullptr, "the rows of a query as CSV",
                      [options](const char*) {
                          options->form = RowForm::CSV;

@@ -20,6 +20,8 @@ struct FleetOptions {
     std::vector<std::string> newSet;
     Labels labels;
     std::string labelPattern;
+    /** Each a list of names with commas between. */
+    std::vector<std::string> by;
     RowForm form = RowForm::TABLE;
 };
 

@@ -42,6 +42,29 @@ void Histogram::add(int64_t value) {
     ++counts[index];
 }
 
+void Histogram::add(const Histogram& other) {
+    if (other.mCount == 0) return;
+    mMin = mCount == 0 ? other.mMin : std::min(mMin, other.mMin);
+    mMax = mCount == 0 ? other.mMax : std::max(mMax, other.mMax);
+    mSum += other.mSum;
+    mCount += other.mCount;
+    for (const auto part : {&Histogram::mPositive, &Histogram::mNegative}) {
+        std::vector<uint64_t>& counts = this->*part;
+        const std::vector<uint64_t>& more = other.*part;
+        counts.resize(std::max(counts.size(), more.size()));
+        for (size_t i = 0; i < more.size(); ++i) counts[i] += more[i];
+    }
+}
+
+uint64_t Histogram::countBelow(int64_t value) const {
+    uint64_t count = 0;
+    for (size_t i = 0; i < mPositive.size() && valueOf(i) < value; ++i) count += mPositive[i];
+    for (size_t i = 0; i < mNegative.size(); ++i) {
+        if (-valueOf(i) < value) count += mNegative[i];
+    }
+    return count;
+}
+
 int64_t Histogram::percentile(double fraction) const {
     if (mCount == 0) return 0;
     const uint64_t rank = std::max<uint64_t>(1, static_cast<uint64_t>(ceil(fraction * mCount)));

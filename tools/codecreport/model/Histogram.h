@@ -16,6 +16,7 @@ namespace android::codecreport {
 class Histogram {
   public:
     void add(int64_t value);
+    void add(const Histogram& other);
 
     uint64_t count() const { return mCount; }
     int64_t min() const { return mMin; }
@@ -28,6 +29,9 @@ class Histogram {
      * @param fraction 0 < fraction <= 1
      */
     int64_t percentile(double fraction) const;
+
+    /** Values less than this one, which is exact or the beginning of a step. */
+    uint64_t countBelow(int64_t value) const;
 
   private:
     static constexpr int64_t kExact = 4096;
