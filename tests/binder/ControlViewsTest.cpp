@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
-// What codecloggerctl makes of the answers of codecs.
+// What codecloggerctl and dumps make of the answers of codecs.
 #include <limits>
 #include <memory>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <tools/codeclogger/ViewRequest.h>
 #include <tools/codecloggerctl/CodecProgress.h>
-#include <tools/codecloggerctl/Views.h>
 
 #include <nlohmann/json.hpp>
 
-namespace codecloggerctl {
+namespace android::codeclogger {
 
 namespace {
 
@@ -65,42 +65,68 @@ TEST(ControlViews, list_isATable) {
 TEST(ControlViews, lastFrame_saysWhyItIsUnknown) {
     const struct {
         Answer answer;
-        int64_t ms;
+        int64_t answered;  // to who asked when the clock stood at 100000
+        int64_t frames;
         const char* text;
-    } kCases[] = {{Answer::GIVEN, 0, "0 ms"},      {Answer::GIVEN, 9999, "9999 ms"},
-                  {Answer::GIVEN, 10000, "10 s"},  {Answer::GIVEN, -1, "none yet"},
-                  {Answer::ENDED, 0, "ended"},     {Answer::DIED, 0, "died"},
-                  {Answer::SILENT, 0, "no answer"}};
-    for (const auto& [answer, ms, text] : kCases) {
+    } kCases[] = {{Answer::GIVEN, -3, 1, "0 ms"},     {Answer::GIVEN, 9999, 1, "9999 ms"},
+                  {Answer::GIVEN, 10000, 1, "10 s"},  {Answer::GIVEN, 100001, 0, "none yet"},
+                  {Answer::GIVEN, 100001, 5, "-"},    {Answer::ENDED, 0, 0, "ended"},
+                  {Answer::DIED, 0, 0, "died"},       {Answer::STOPPED, 0, 0, "stopped"},
+                  {Answer::SILENT, 0, 0, "no answer"}};
+    for (const auto& [answer, answered, frames, text] : kCases) {
         CodecInfo codec;
         codec.entry.isVideo = true;
         codec.answer = answer;
-        codec.msSinceLastFrame = ms;
+        codec.frames = frames;
+        codec.msSinceLastFrame = frameAgeMs(answered, 100000);
         EXPECT_EQ(codec.lastFrame(), text);
     }
     EXPECT_EQ(audioCodec(Answer::GIVEN).lastFrame(), "-");
 }
 
 TEST(ControlViews, json_holdsWhatIsKnownAndAlwaysParses) {
-    const nlohmann::ordered_json video = codecJson(videoCodec());
-    EXPECT_EQ(video["id"], "0x7f001234");
-    EXPECT_EQ(video["frames_dropped"], 7);
-    EXPECT_EQ(video["last_frame_age_ms"], 16);
-    EXPECT_FALSE(video.contains("first_frame_ms"));
-    const nlohmann::ordered_json silent = codecJson(audioCodec(Answer::SILENT));
-    EXPECT_EQ(silent["answer"], "none");
-    EXPECT_FALSE(silent.contains("bitrate_kbps"));
-
     CodecInfo odd = videoCodec();
-    odd.entry.packageName = "a\xff\"\n";
-    const std::string text = dump(codecJson(odd), true);
+    odd.entry.packageName = "a\xff\xe2\x82\"\n";
+    ServiceState state{};
+    const std::string text =
+            stateJson(state, {codecJson(odd), codecJson(audioCodec(Answer::STOPPED))}).text(false);
     const auto parsed = nlohmann::json::parse(text, nullptr, false);
     ASSERT_FALSE(parsed.is_discarded()) << text;
-    EXPECT_EQ(parsed["package"], "a\xef\xbf\xbd\"\n");
+    // As people are used to have it laid out.
+    EXPECT_EQ(nlohmann::ordered_json::parse(text).dump(2) + "\n", text);
+    const nlohmann::json& video = parsed["codecs"][0];
+    EXPECT_EQ(video["package"], "a\xef\xbf\xbd\xef\xbf\xbd\xef\xbf\xbd\"\n");
+    EXPECT_EQ(video["id"], "0x7f001234");
+    EXPECT_EQ(video["frames_dropped"], 7);
+    EXPECT_EQ(video["framerate"], 59.94);
+    EXPECT_EQ(video["last_frame_age_ms"], 16);
+    EXPECT_FALSE(video.contains("first_frame_ms"));
+    EXPECT_EQ(parsed["codecs"][1]["answer"], "stopped");
+    EXPECT_FALSE(parsed["codecs"][1].contains("bitrate_kbps"));
+}
+
+TEST(ControlViews, wordsOfADump_areThoseOfTheCommandLine) {
+    const auto parse = [](const std::vector<std::string>& words) {
+        ViewRequest request;
+        const std::string wrong = parseWords(words, &request);
+        if (!wrong.empty()) return wrong;
+        std::string text = std::to_string(static_cast<int>(request.subject)) +
+                           std::to_string(static_cast<int>(request.format));
+        for (const int64_t id : request.ids) text += " " + std::to_string(id);
+        return text;
+    };
+    EXPECT_EQ(parse({}), "00");
+    EXPECT_EQ(parse({"--json", "status", "#3", "0x10"}), "11 3 16");
+    EXPECT_EQ(parse({"allowlist"}), "20");
+    EXPECT_EQ(parse({"status", "x"}), "x: not a codec's number or client id");
+    EXPECT_EQ(parse({"list", "1"}), "1: not expected");
+    EXPECT_EQ(parse({"-h"}), "-h: not expected");
+    EXPECT_EQ(parse({"allowlist", "--openmetrics"}),
+              "--openmetrics goes with list and status only");
 }
 
 TEST(ControlViews, openMetrics_leavesOutWhatIsUnknown) {
-    codeclogger::ServiceState state{};
+    ServiceState state{};
     state.clients.resize(2);
     CodecInfo odd = videoCodec();
     odd.entry.packageName = "a\"b\\c\n";
@@ -122,7 +148,7 @@ TEST(ControlViews, openMetrics_leavesOutWhatIsUnknown) {
 }
 
 TEST(ControlViews, progress_goesOnAfterACounterFallsBack) {
-    CodecProgress progress;
+    codecloggerctl::CodecProgress progress;
     CodecInfo codec = videoCodec();
     const struct {
         int64_t frames;
@@ -142,4 +168,4 @@ TEST(ControlViews, progress_goesOnAfterACounterFallsBack) {
     }
 }
 
-}  // namespace codecloggerctl
+}  // namespace android::codeclogger

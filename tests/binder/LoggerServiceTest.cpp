@@ -12,7 +12,7 @@ namespace android::test {
 
 namespace {
 
-using codeclogger::LoggerService;
+using codecloggerd::LoggerService;
 using testing::ElementsAre;
 
 class NamedClient : public FakeClient {
@@ -139,7 +139,7 @@ TEST_F(CodecLoggerService, state_showsWhatTheServiceKnows) {
 }
 
 TEST(ClientTable, sameIdInTwoProcesses_isToldApartByTheCaller) {
-    codeclogger::ClientTable table;
+    codecloggerd::ClientTable table;
     table.add(entryOf(10, 0x7f00));
     table.add(entryOf(20, 0x7f00));
     EXPECT_EQ(table.find(10, 0x7f00)->handle, 1);

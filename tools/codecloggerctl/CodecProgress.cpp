@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "CodecProgress.h"
 
-namespace codecloggerctl {
+namespace android::codecloggerctl {
 
 void CodecProgress::Counter::update(int64_t value) {
     const int64_t counted = value >= last ? value - last : value;
@@ -23,4 +23,4 @@ void CodecProgress::update(const CodecInfo& codec) {
     mDropped.update(codec.framesDropped);
 }
 
-}  // namespace codecloggerctl
+}  // namespace android::codecloggerctl

@@ -3,9 +3,12 @@
 
 #include <stdint.h>
 
-#include "CodecInfo.h"
+#include <tools/codeclogger/CodecInfo.h>
 
-namespace codecloggerctl {
+namespace android::codecloggerctl {
+
+using codeclogger::Answer;
+using codeclogger::CodecInfo;
 
 /** A count since the start and in the last interval. */
 struct Count {
@@ -36,4 +39,4 @@ class CodecProgress {
     Counter mLate;
 };
 
-}  // namespace codecloggerctl
+}  // namespace android::codecloggerctl

@@ -10,14 +10,15 @@
 #include <mutex>
 
 #include <mediaCodecLogger/binder/media/IMediaCodecLoggerListener.h>
-#include <nlohmann/json.hpp>
+#include <tools/codeclogger/Views.h>
 
-#include "Views.h"
+#include "Service.h"
 #include "Watch.h"
 
-namespace codecloggerctl {
+namespace android::codecloggerctl {
 
-using android::binder::Status;
+using binder::Status;
+using codeclogger::Json;
 
 namespace {
 
@@ -52,8 +53,7 @@ class EventQueue {
     std::deque<Event> mEvents;
 };
 
-class Listener : public android::media::BnMediaCodecLoggerListener,
-                 public android::IBinder::DeathRecipient {
+class Listener : public media::BnMediaCodecLoggerListener, public IBinder::DeathRecipient {
   public:
     explicit Listener(const std::shared_ptr<EventQueue>& events) : mEvents(events) {}
 
@@ -69,9 +69,7 @@ class Listener : public android::media::BnMediaCodecLoggerListener,
         mEvents->push({Event::UNREGISTERED, handle});
         return Status::ok();
     }
-    void binderDied(const android::wp<android::IBinder>&) override {
-        mEvents->push({Event::SERVICE_DIED});
-    }
+    void binderDied(const wp<IBinder>&) override { mEvents->push({Event::SERVICE_DIED}); }
 
   private:
     const std::shared_ptr<EventQueue> mEvents;
@@ -127,7 +125,7 @@ class EventDescriber {
     }
 
     static std::string textLine(const Event& event, const codeclogger::ClientEntry* entry) {
-        CodecInfo codec;
+        codeclogger::CodecInfo codec;
         if (entry != nullptr) codec.entry = *entry;
         std::string who = "a codec that is gone";
         if (entry != nullptr) {
@@ -152,18 +150,19 @@ class EventDescriber {
     static std::string jsonLine(const Event& event, const codeclogger::ClientEntry* entry) {
         static constexpr const char* kNames[] = {"first_frame_rendered", "late_output",
                                                  "video_client_unregistered"};
-        nlohmann::ordered_json json = {{"schema_version", kSchemaVersion},
-                                       {"time_ms", nowMs()},
-                                       {"event", kNames[event.kind]}};
-        if (event.kind == Event::LATE_OUTPUT) json["delay_ms"] = event.delayMs;
+        Json json = Json::object();
+        json.set("schema_version", codeclogger::kSchemaVersion);
+        json.set("time_ms", codeclogger::nowMs());
+        json.set("event", kNames[event.kind]);
+        if (event.kind == Event::LATE_OUTPUT) json.set("delay_ms", event.delayMs);
         if (entry != nullptr) {
-            json["handle"] = entry->handle;
-            json["pid"] = entry->pid;
-            json["package"] = entry->packageName;
-            json["kind"] = entry->isVideo ? "video" : "audio";
-            json["format"] = entry->format;
+            json.set("handle", entry->handle);
+            json.set("pid", entry->pid);
+            json.set("package", entry->packageName);
+            json.set("kind", entry->isVideo ? "video" : "audio");
+            json.set("format", entry->format);
         }
-        return dump(json, true);
+        return json.text(true);
     }
 
     const Service& mService;
@@ -175,11 +174,11 @@ class EventDescriber {
 
 int listen(const Service& service, const Options& options) {
     const auto events = std::make_shared<EventQueue>();
-    const android::sp<Listener> listener = new Listener(events);
-    EventDescriber describer(service, options.format == Format::JSON);
-    const android::sp<android::IBinder> binder = android::IInterface::asBinder(service.logger);
+    const sp<Listener> listener = new Listener(events);
+    EventDescriber describer(service, options.isJson());
+    const sp<IBinder> binder = IInterface::asBinder(service.logger);
     int64_t listenerId = 0;
-    if (binder->linkToDeath(listener) != android::OK ||
+    if (binder->linkToDeath(listener) != OK ||
         !service.logger->registerListener(listener, &listenerId).isOk()) {
         return serviceGone();
     }
@@ -194,4 +193,4 @@ int listen(const Service& service, const Options& options) {
     return EXIT_OK;
 }
 
-}  // namespace codecloggerctl
+}  // namespace android::codecloggerctl

@@ -3,10 +3,13 @@
 
 #include <stdint.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
-namespace codecloggerctl {
+#include <tools/codeclogger/ViewRequest.h>
+
+namespace android::codecloggerctl {
 
 enum ExitCode {
     EXIT_OK = 0,
@@ -15,23 +18,25 @@ enum ExitCode {
     EXIT_NO_SERVICE = 4,
 };
 
-enum class Command { LIST, STATUS, WATCH, LISTEN, ALLOWLIST_SHOW, ALLOWLIST_SET };
-enum class Format { TEXT, JSON, OPENMETRICS };
+enum class Command { SHOW, WATCH, LISTEN, ALLOWLIST_SET, DUMP };
 
 struct Options {
-    Command command = Command::LIST;
-    Format format = Format::TEXT;
-    /** Handles or client ids that status is to show; all when empty. */
-    std::vector<int64_t> ids;
+    Command command = Command::SHOW;
+    /** The format of watch and listen as well. */
+    codeclogger::ViewRequest request;
+    /** What dump passes on. */
+    std::vector<std::string> words;
     std::vector<std::string> packages;
     std::vector<std::string> exceptions;
     std::string label;
     int64_t intervalMs = 1000;
     /** Refreshes of watch or events of listen to end after; 0 for no end. */
     int64_t count = 0;
+
+    bool isJson() const { return request.format == codeclogger::ViewRequest::Format::JSON; }
 };
 
-/** Exits when the command line asks for help or is wrong. */
-Options parseOptions(int argc, char** argv);
+/** The exit code if the program is to end here. */
+std::optional<int> parseOptions(int argc, char** argv, Options* options);
 
-}  // namespace codecloggerctl
+}  // namespace android::codecloggerctl

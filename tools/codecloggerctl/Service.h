@@ -3,26 +3,37 @@
 
 #include <limits>
 #include <memory>
+#include <string>
 
-#include <codeclogger/ICodecLoggerAdmin.h>
-#include <codeclogger/ServiceState.h>
+#include <android/codeclogger/ICodecLoggerAdmin.h>
+#include <android/codeclogger/ServiceState.h>
 #include <mediaCodecLogger/binder/media/IMediaCodecLoggerService.h>
 
-namespace codecloggerctl {
+namespace android::codecloggerctl {
+
+/** How long the service may take to answer. */
+constexpr int64_t kPatienceMs = 2000;
 
 /** The running logger service. */
 struct Service {
-    android::sp<android::media::IMediaCodecLoggerService> logger;
-    android::sp<codeclogger::ICodecLoggerAdmin> admin;
+    sp<media::IMediaCodecLoggerService> logger;
+    /** Null if the service is another than codecloggerd. */
+    sp<codeclogger::ICodecLoggerAdmin> admin;
 };
 
-/** False, with a message, when none runs. */
+/** False, with a message, when none runs or answers. */
 bool findService(Service* service);
 
-/** False, with a message, when the service has gone. */
+/** False, with a message, when the service has gone, does not answer or cannot list its codecs. */
 bool readState(const Service& service, codeclogger::ServiceState* state);
 
 /** Says that the service has gone, and returns the exit code for that. */
 int serviceGone();
 
-}  // namespace codecloggerctl
+/** Says that the service does not answer, and returns the exit code for that. */
+int serviceSilent();
+
+/** Writes to standard output at once; false, with a message, when that fails. */
+bool print(const std::string& text);
+
+}  // namespace android::codecloggerctl

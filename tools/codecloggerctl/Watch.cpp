@@ -1,6 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Watch.h"
-
 #include <stdio.h>
 #include <unistd.h>
 
@@ -10,12 +8,15 @@
 #include <thread>
 #include <vector>
 
-#include <nlohmann/json.hpp>
+#include <tools/codeclogger/Views.h>
 
 #include "CodecProgress.h"
-#include "Views.h"
+#include "Service.h"
+#include "Watch.h"
 
-namespace codecloggerctl {
+namespace android::codecloggerctl {
+
+using codeclogger::Json;
 
 namespace {
 
@@ -32,8 +33,8 @@ using ProgressByHandle = std::map<int32_t, CodecProgress>;
 std::string watchText(const std::vector<CodecInfo>& codecs, const ProgressByHandle& progress,
                       double seconds) {
     if (codecs.empty()) return "No codec is registered.\n";
-    TextTable table({"#", "PID", "PACKAGE", "FORMAT", "RESOLUTION", "FRAMES", "/s", "DROPPED", "/s",
-                     "LATE", "/s", "kbps", "fps", "LAST FRAME"});
+    codeclogger::TextTable table({"#", "PID", "PACKAGE", "FORMAT", "RESOLUTION", "FRAMES", "/s",
+                                  "DROPPED", "/s", "LATE", "/s", "kbps", "fps", "LAST FRAME"});
     for (const CodecInfo& codec : codecs) {
         const codeclogger::ClientEntry& entry = codec.entry;
         std::vector<std::string> row = {(entry.isActive ? "*" : "") + std::to_string(entry.handle),
@@ -54,26 +55,31 @@ std::string watchText(const std::vector<CodecInfo>& codecs, const ProgressByHand
 
 std::string watchJson(const codeclogger::ServiceState& state, const std::vector<CodecInfo>& codecs,
                       const ProgressByHandle& progress, int64_t intervalMs) {
-    nlohmann::ordered_json json = stateJson(state, codecs);
-    json["interval_ms"] = intervalMs;
-    for (size_t i = 0; i < codecs.size(); ++i) {
-        const CodecProgress& p = progress.at(codecs[i].entry.handle);
-        const struct {
-            const char* name;
-            const Count& count;
-        } kCounts[] = {{"frames", p.frames()}, {"dropped", p.dropped()}, {"late", p.late()}};
-        for (const auto& [name, count] : kCounts) {
-            json["codecs"][i]["since_start"][name] = count.total;
-            json["codecs"][i]["in_interval"][name] = count.recent;
+    std::vector<Json> list;
+    for (const CodecInfo& codec : codecs) {
+        const CodecProgress& p = progress.at(codec.entry.handle);
+        Json sinceStart = Json::object();
+        Json inInterval = Json::object();
+        for (const auto& [name, count] :
+             {std::pair<const char*, const Count&>("frames", p.frames()),
+              {"dropped", p.dropped()},
+              {"late", p.late()}}) {
+            sinceStart.set(name, count.total);
+            inInterval.set(name, count.recent);
         }
+        list.push_back(codeclogger::codecJson(codec));
+        list.back().set("since_start", std::move(sinceStart));
+        list.back().set("in_interval", std::move(inInterval));
     }
-    return dump(json, true);
+    Json json = codeclogger::stateJson(state, list);
+    json.set("interval_ms", intervalMs);
+    return json.text(true);
 }
 
 }  // namespace
 
 int watch(const Service& service, const Options& options) {
-    CodecQuery query;
+    codeclogger::CodecQuery query;
     ProgressByHandle progress;
     int64_t lastMs = 0;
     // Kept from refresh to refresh, so that the codecs' proxies need not be made anew.
@@ -81,7 +87,7 @@ int watch(const Service& service, const Options& options) {
     for (int64_t refresh = 1;; ++refresh) {
         if (!readState(service, &state)) return EXIT_NO_SERVICE;
         const std::vector<CodecInfo> codecs = query.ask(state.clients);
-        const int64_t now = nowMs();
+        const int64_t now = codeclogger::nowMs();
         const int64_t sinceLastMs = refresh > 1 ? now - lastMs : options.intervalMs;
         lastMs = now;
         ProgressByHandle registered;
@@ -91,7 +97,7 @@ int watch(const Service& service, const Options& options) {
         }
         progress = std::move(registered);
         std::string text;
-        if (options.format == Format::JSON) {
+        if (options.isJson()) {
             text = watchJson(state, codecs, progress, sinceLastMs);
         } else {
             text = isatty(STDOUT_FILENO) ? kClearScreen : refresh > 1 ? "\n" : "";
@@ -103,4 +109,4 @@ int watch(const Service& service, const Options& options) {
     }
 }
 
-}  // namespace codecloggerctl
+}  // namespace android::codecloggerctl

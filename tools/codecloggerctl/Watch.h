@@ -4,7 +4,7 @@
 #include "Options.h"
 #include "Service.h"
 
-namespace codecloggerctl {
+namespace android::codecloggerctl {
 
 // Both end the hard way on SIGINT, even while they wait for a service that hangs; the service
 // notices that by itself.
@@ -14,4 +14,4 @@ int watch(const Service& service, const Options& options);
 /** Shows events as they come until the count is reached or the service goes. */
 int listen(const Service& service, const Options& options);
 
-}  // namespace codecloggerctl
+}  // namespace android::codecloggerctl

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace codeclogger {
+namespace android::codecloggerd {
 
 const ClientEntry& ClientTable::add(ClientEntry entry) {
     remove(entry.hostPid, entry.id);
@@ -23,7 +23,7 @@ std::optional<ClientEntry> ClientTable::remove(pid_t hostPid, int64_t id) {
     return removed;
 }
 
-std::vector<ClientEntry> ClientTable::remove(const android::wp<android::IBinder>& binder) {
+std::vector<ClientEntry> ClientTable::remove(const wp<IBinder>& binder) {
     std::vector<ClientEntry> removed;
     for (const Record& record : mRecords) {
         if (binder == record.entry.client) removed.push_back(record.entry);
@@ -90,4 +90,4 @@ std::vector<ClientEntry> ClientTable::all() const {
     return clients;
 }
 
-}  // namespace codeclogger
+}  // namespace android::codecloggerd

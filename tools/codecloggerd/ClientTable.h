@@ -9,10 +9,12 @@
 #include <optional>
 #include <vector>
 
+#include <android/codeclogger/ClientEntry.h>
 #include <binder/IBinder.h>
-#include <codeclogger/ClientEntry.h>
 
-namespace codeclogger {
+namespace android::codecloggerd {
+
+using codeclogger::ClientEntry;
 
 /**
  * The registered clients, oldest first. Not thread-safe.
@@ -28,7 +30,7 @@ class ClientTable {
     const ClientEntry& add(ClientEntry entry);
     std::optional<ClientEntry> remove(pid_t hostPid, int64_t id);
     /** Removes the clients that `binder` stood for. */
-    std::vector<ClientEntry> remove(const android::wp<android::IBinder>& binder);
+    std::vector<ClientEntry> remove(const wp<IBinder>& binder);
 
     /** Null when there is none; valid until the next change. */
     const ClientEntry* find(pid_t callingPid, int64_t id) const;
@@ -57,4 +59,4 @@ class ClientTable {
     uint64_t mLastSignOfLife = 0;
 };
 
-}  // namespace codeclogger
+}  // namespace android::codecloggerd

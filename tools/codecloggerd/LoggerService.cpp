@@ -3,7 +3,9 @@
 
 #include "LoggerService.h"
 
-#include <time.h>
+#include <errno.h>
+#include <inttypes.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -12,30 +14,19 @@
 #include <log/log.h>
 #include <mediaCodecLogger/binder/TransactionCodes.h>
 #include <mediaCodecLogger/binder/media/IMediaCodecLoggerListener.h>
+#include <tools/codeclogger/ViewRequest.h>
 
-namespace codeclogger {
+namespace android::codecloggerd {
 
-using android::IBinder;
-using android::IInterface;
-using android::IMediaCodecLoggerClient;
-using android::Mutex;
-using android::sp;
-using android::String8;
-using android::wp;
-using android::binder::Status;
-using android::media::IMediaCodecLoggerListener;
+using binder::Status;
+using codeclogger::nowMs;
+using media::IMediaCodecLoggerListener;
 
 namespace {
 
-int64_t nowMs() {
-    timespec now;
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return static_cast<int64_t>(now.tv_sec) * 1000 + now.tv_nsec / 1000000;
-}
-
 /** The process that called; 0 on a device for one-way calls. */
 pid_t callingPid() {
-    return android::IPCThreadState::self()->getCallingPid();
+    return IPCThreadState::self()->getCallingPid();
 }
 
 /** What does not change until the client registers again, so that it is asked only once. */
@@ -59,6 +50,21 @@ bool matches(const std::vector<std::string>& patterns, const std::string& name) 
         return isPrefix ? name.compare(0, pattern.size() - 1, pattern, 0, pattern.size() - 1) == 0
                         : name == pattern;
     });
+}
+
+/** Gives up when the reader has gone or takes nothing for a while; blocks no longer than that. */
+void writeAll(int fd, const std::string& text) {
+    constexpr int kPatienceMs = 5000;
+    // A pipe that is ready takes as much without blocking.
+    constexpr size_t kPortion = 4096;
+    for (size_t done = 0; done < text.size();) {
+        pollfd ready = {fd, POLLOUT, 0};
+        if (TEMP_FAILURE_RETRY(poll(&ready, 1, kPatienceMs)) != 1) return;
+        const size_t size = std::min(text.size() - done, kPortion);
+        const ssize_t written = TEMP_FAILURE_RETRY(write(fd, text.data() + done, size));
+        if (written < 0 && errno != EAGAIN) return;
+        if (written > 0) done += static_cast<size_t>(written);
+    }
 }
 
 }  // namespace
@@ -85,19 +91,16 @@ LoggerService::LoggerService()
 
 // Observers read a status from the reply to this call; codecs read nothing, and their form of the
 // call sends none.
-android::status_t LoggerService::onTransact(uint32_t code, const android::Parcel& data,
-                                            android::Parcel* reply, uint32_t flags) {
-    const android::status_t result =
-            BnMediaCodecLoggerService::onTransact(code, data, reply, flags);
-    if (code != android::service_code::SET_MITIGATE_FRAME_DROP_ALLOWLIST || result != android::OK)
-        return result;
+status_t LoggerService::onTransact(uint32_t code, const Parcel& data, Parcel* reply,
+                                   uint32_t flags) {
+    const status_t result = BnMediaCodecLoggerService::onTransact(code, data, reply, flags);
+    if (code != service_code::SET_MITIGATE_FRAME_DROP_ALLOWLIST || result != OK) return result;
     return Status::ok().writeToParcel(reply);
 }
 
 void LoggerService::registerClient(int64_t id, const sp<IMediaCodecLoggerClient>& client) {
     if (client == nullptr) {
-        ALOGW("process %d registered no client under id %lld", callingPid(),
-              static_cast<long long>(id));
+        ALOGW("process %d registered no client under id %" PRId64, callingPid(), id);
         return;
     }
     ClientEntry entry = describe(id, client);
@@ -105,15 +108,15 @@ void LoggerService::registerClient(int64_t id, const sp<IMediaCodecLoggerClient>
         Mutex::Autolock lock(mLock);
         const ClientEntry* const namesake = mClients.find(entry.hostPid, id);
         if (namesake != nullptr && namesake->hostPid != entry.hostPid) {
-            ALOGW("processes %d and %d have a client of the same id %lld", namesake->hostPid,
-                  entry.hostPid, static_cast<long long>(id));
+            ALOGW("processes %d and %d have a client of the same id %" PRId64, namesake->hostPid,
+                  entry.hostPid, id);
         }
         entry = mClients.add(entry);
     }
     ALOGI("#%d registered: %s, pid %d, %s %s", entry.handle, entry.packageName.c_str(), entry.pid,
           entry.isVideo ? "video" : "audio", entry.format.c_str());
     // After it was added, so that a client that dies meanwhile is found.
-    if (entry.client->linkToDeath(mObituary) == android::DEAD_OBJECT) onBinderDied(entry.client);
+    if (entry.client->linkToDeath(mObituary) == DEAD_OBJECT) onBinderDied(entry.client);
 }
 
 void LoggerService::unregisterClient(int64_t id) {
@@ -200,7 +203,7 @@ Status LoggerService::registerListener(const sp<IMediaCodecLoggerListener>& list
         mListeners.push_back({*listenerId, listener});
     }
     const sp<IBinder> binder = IInterface::asBinder(listener);
-    if (binder->linkToDeath(mObituary) == android::DEAD_OBJECT) onBinderDied(binder);
+    if (binder->linkToDeath(mObituary) == DEAD_OBJECT) onBinderDied(binder);
     return Status::ok();
 }
 
@@ -213,7 +216,7 @@ Status LoggerService::unregisterListener(int64_t listenerId) {
         if (record == mListeners.end()) {
             return Status::fromExceptionCode(
                     Status::EX_ILLEGAL_ARGUMENT,
-                    String8::format("no listener has id %lld", static_cast<long long>(listenerId)));
+                    String8::format("no listener has id %" PRId64, listenerId));
         }
         binder = IInterface::asBinder(record->listener);
         mListeners.erase(record);
@@ -231,9 +234,8 @@ Status LoggerService::ask(int64_t id, T (IMediaCodecLoggerClient::*method)(), T*
         Mutex::Autolock lock(mLock);
         const ClientEntry* const entry = mClients.find(callingPid(), id);
         if (entry == nullptr) {
-            return Status::fromExceptionCode(
-                    Status::EX_ILLEGAL_ARGUMENT,
-                    String8::format("no client has id %lld", static_cast<long long>(id)));
+            return Status::fromExceptionCode(Status::EX_ILLEGAL_ARGUMENT,
+                                             String8::format("no client has id %" PRId64, id));
         }
         binder = entry->client;
     }
@@ -285,6 +287,20 @@ String8 LoggerService::getOldestAudioClientCodec() {
     return client != nullptr ? String8(client->format.c_str()) : String8();
 }
 
+status_t LoggerService::dump(int fd, const Vector<String16>& args) {
+    std::vector<std::string> words;
+    for (const String16& arg : args) words.emplace_back(String8(arg).string());
+    codeclogger::ViewRequest request;
+    if (const std::string wrong = codeclogger::parseWords(words, &request); !wrong.empty()) {
+        writeAll(fd, wrong + "\nUsage: " + codeclogger::kDumpWords + "\n");
+        return BAD_VALUE;
+    }
+    codeclogger::View view = codeclogger::show(request, getState(), &mQuery);
+    if (view.status != OK) view.text += "\n";
+    writeAll(fd, view.text);
+    return view.status;
+}
+
 ServiceState LoggerService::getState() {
     ServiceState state{};
     state.pid = getpid();
@@ -298,4 +314,4 @@ ServiceState LoggerService::getState() {
     return state;
 }
 
-}  // namespace codeclogger
+}  // namespace android::codecloggerd

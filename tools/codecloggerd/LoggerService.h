@@ -6,15 +6,19 @@
 #include <string>
 #include <vector>
 
+#include <android/codeclogger/BnCodecLoggerAdmin.h>
+#include <android/codeclogger/ServiceState.h>
 #include <binder/IBinder.h>
-#include <codeclogger/BnCodecLoggerAdmin.h>
-#include <codeclogger/ServiceState.h>
 #include <mediaCodecLogger/binder/IMediaCodecLoggerService.h>
+#include <tools/codeclogger/CodecInfo.h>
 #include <utils/Mutex.h>
 
 #include "ClientTable.h"
 
-namespace codeclogger {
+namespace android::codecloggerd {
+
+using codeclogger::Allowlist;
+using codeclogger::ServiceState;
 
 /** Whether `packageName` is on the list. */
 bool isListed(const Allowlist& allowlist, const std::string& packageName);
@@ -29,60 +33,63 @@ bool isListed(const Allowlist& allowlist, const std::string& packageName);
  * Everybody who can reach the service may call everything; on a device that is for its policy to
  * restrict. Thread-safe; nothing is called out of the process with the lock held.
  */
-class LoggerService : public android::BnMediaCodecLoggerService {
+class LoggerService : public BnMediaCodecLoggerService {
   public:
     LoggerService();
 
-    void registerClient(int64_t id,
-                        const android::sp<android::IMediaCodecLoggerClient>& client) override;
+    void registerClient(int64_t id, const sp<IMediaCodecLoggerClient>& client) override;
     void unregisterClient(int64_t id) override;
     /** The video client with the latest sign of life: registration, first or late output. */
-    android::sp<android::IMediaCodecLoggerClient> getActiveVideoClient(int64_t& id) override;
+    sp<IMediaCodecLoggerClient> getActiveVideoClient(int64_t& id) override;
     void updateHidlMediaMetrics(const char* first, const char* second, const bool& flagA,
                                 const bool& flagB) override;
     void onFirstFrameRendered(int64_t id) override;
     void onOutBufferAvailableAfterDelay(int64_t id, int64_t delayMs) override;
-    android::binder::Status registerListener(
-            const android::sp<android::media::IMediaCodecLoggerListener>& listener,
-            int64_t* listenerId) override;
-    android::binder::Status unregisterListener(int64_t listenerId) override;
-    android::binder::Status getTimeSinceLastFrameRendered(int64_t id, int64_t* ms) override;
+    binder::Status registerListener(const sp<media::IMediaCodecLoggerListener>& listener,
+                                    int64_t* listenerId) override;
+    binder::Status unregisterListener(int64_t listenerId) override;
+    binder::Status getTimeSinceLastFrameRendered(int64_t id, int64_t* ms) override;
     /** All video clients, the active one first. */
-    android::binder::Status getActiveVideoClients(std::vector<int64_t>* ids) override;
-    android::binder::Status getUid(int64_t id, int32_t* uid) override;
-    android::binder::Status getBufferCountSinceLastFlush(int64_t id, int64_t* count) override;
-    android::binder::Status isVideoClientUsingSecureMem(int64_t id, bool* secure) override;
-    android::binder::Status setMitigateFrameDropAllowlist(
-            const std::unique_ptr<std::string>& text, const std::vector<std::string>& listA,
-            const std::vector<std::string>& listB) override;
+    binder::Status getActiveVideoClients(std::vector<int64_t>* ids) override;
+    binder::Status getUid(int64_t id, int32_t* uid) override;
+    binder::Status getBufferCountSinceLastFlush(int64_t id, int64_t* count) override;
+    binder::Status isVideoClientUsingSecureMem(int64_t id, bool* secure) override;
+    binder::Status setMitigateFrameDropAllowlist(const std::unique_ptr<std::string>& text,
+                                                 const std::vector<std::string>& listA,
+                                                 const std::vector<std::string>& listB) override;
     int32_t isInMitigateFrameDropAllowlist(const char* packageName) override;
-    android::String8 getOldestAudioClientCodec() override;
+    String8 getOldestAudioClientCodec() override;
 
     ServiceState getState();
 
+    /**
+     * Writes what codecloggerctl shows for the same words (kDumpWords). Codecs have a second to
+     * answer, and a reader that takes nothing is given up after five.
+     */
+    status_t dump(int fd, const Vector<String16>& args) override;
+
   protected:
-    android::status_t onTransact(uint32_t code, const android::Parcel& data, android::Parcel* reply,
-                                 uint32_t flags) override;
+    status_t onTransact(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags) override;
 
   private:
     class Obituary;
     struct ListenerRecord {
         int64_t id;
-        android::sp<android::media::IMediaCodecLoggerListener> listener;
+        sp<media::IMediaCodecLoggerListener> listener;
     };
 
-    void onBinderDied(const android::wp<android::IBinder>& binder);
+    void onBinderDied(const wp<IBinder>& binder);
     void noteGone(const ClientEntry& client, const char* how);
     template <typename Call>
     void notifyListeners(Call call);
     template <typename T>
-    android::binder::Status ask(int64_t id, T (android::IMediaCodecLoggerClient::*method)(),
-                                T* answer);
+    binder::Status ask(int64_t id, T (IMediaCodecLoggerClient::*method)(), T* answer);
 
     const int64_t mStartedMs;
-    android::sp<android::IBinder::DeathRecipient> mObituary;
+    codeclogger::CodecQuery mQuery;
+    sp<IBinder::DeathRecipient> mObituary;
 
-    android::Mutex mLock;
+    Mutex mLock;
     ClientTable mClients GUARDED_BY(mLock);
     std::vector<ListenerRecord> mListeners GUARDED_BY(mLock);
     int64_t mLastListenerId GUARDED_BY(mLock) = 0;
@@ -92,16 +99,16 @@ class LoggerService : public android::BnMediaCodecLoggerService {
 };
 
 /** Shows what a LoggerService knows. */
-class AdminService : public BnCodecLoggerAdmin {
+class AdminService : public codeclogger::BnCodecLoggerAdmin {
   public:
-    explicit AdminService(const android::sp<LoggerService>& service) : mService(service) {}
-    android::binder::Status getState(ServiceState* state) override {
+    explicit AdminService(const sp<LoggerService>& service) : mService(service) {}
+    binder::Status getState(ServiceState* state) override {
         *state = mService->getState();
-        return android::binder::Status::ok();
+        return binder::Status::ok();
     }
 
   private:
-    const android::sp<LoggerService> mService;
+    const sp<LoggerService> mService;
 };
 
-}  // namespace codeclogger
+}  // namespace android::codecloggerd

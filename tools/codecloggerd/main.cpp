@@ -9,17 +9,14 @@
 #include <binder/IServiceManager.h>
 #include <binder/ProcessState.h>
 #include <log/log.h>
+#include <tools/codeclogger/Within.h>
 #include <tools/options/OptionTable.h>
 
 #include "LoggerService.h"
 
-namespace codeclogger {
+namespace android::codecloggerd {
 
 namespace {
-
-using android::sp;
-using android::String16;
-namespace options = android::options;
 
 enum ExitCode { EXIT_REFUSED = 1 };
 
@@ -32,12 +29,14 @@ options::Program program(Options* options) {
             CODECLOGGER_VERSION,
             {"[OPTION...]"},
             "A logger service that media codecs register with; codecloggerctl asks it. It serves "
-            "until "
-            "it is ended.",
+            "until it is ended.",
             {},
             {{"Service",
               nullptr,
-              {{"replace", 'r', nullptr, "serve even if another logger service answers",
+              {{"replace", 'r', nullptr,
+                "serve even if another logger service is there. Codecs that registered with that "
+                "one stay "
+                "with it until they are released",
                 [options](const char*) { return options->replace = true; }}}}},
             nullptr,
             {{0, "ended by SIGTERM"},
@@ -46,24 +45,49 @@ options::Program program(Options* options) {
              {130, "ended by SIGINT"}}};
 }
 
+constexpr int64_t kPatienceMs = 2000;
+
+/** Whether this service may start; says what becomes of the codecs of one that it replaces. */
+bool mayServe(const sp<IBinder>& other, const Options& options) {
+    if (other == nullptr) return true;
+    const auto ping = codeclogger::within(kPatienceMs, [other] { return other->pingBinder(); });
+    if (ping && *ping != OK) return true;
+    if (!options.replace) {
+        fprintf(stderr, "codecloggerd: a logger service %s; --replace takes over\n",
+                ping ? "runs already" : "is there but does not answer");
+        return false;
+    }
+    const auto admin = interface_cast<codeclogger::ICodecLoggerAdmin>(
+            defaultServiceManager()->checkService(codeclogger::ICodecLoggerAdmin::SERVICE_NAME()));
+    if (!ping || admin == nullptr) return true;
+    const auto state = codeclogger::within(kPatienceMs, [admin] {
+        ServiceState answer{};
+        admin->getState(&answer);
+        return answer;
+    });
+    if (state && !state->clients.empty()) {
+        fprintf(stderr,
+                "codecloggerd: codecs that stay with the service of process %d until they are "
+                "released: %zu\n",
+                state->pid, state->clients.size());
+    }
+    return true;
+}
+
 bool serve(const Options& options) {
-    const sp<android::IServiceManager> manager = android::defaultServiceManager();
-    const String16 name(android::kLoggerServiceName);
-    const sp<android::IBinder> other = manager->checkService(name);
-    if (other != nullptr && other->pingBinder() == android::OK && !options.replace) {
-        fprintf(stderr, "codecloggerd: a logger service runs already; --replace takes over\n");
-        return false;
-    }
+    const sp<IServiceManager> manager = defaultServiceManager();
+    const String16 name(kLoggerServiceName);
+    if (!mayServe(manager->checkService(name), options)) return false;
     const sp<LoggerService> service = new LoggerService;
+    const String16& adminName = codeclogger::ICodecLoggerAdmin::SERVICE_NAME();
     // The admin interface first: who finds the service finds both.
-    if (manager->addService(ICodecLoggerAdmin::SERVICE_NAME(), new AdminService(service)) !=
-                android::OK ||
-        manager->addService(name, service) != android::OK) {
-        fprintf(stderr, "codecloggerd: %s cannot be registered\n", android::kLoggerServiceName);
+    if (manager->addService(adminName, new AdminService(service)) != OK ||
+        manager->addService(name, service) != OK) {
+        fprintf(stderr, "codecloggerd: %s cannot be registered\n", kLoggerServiceName);
         return false;
     }
-    android::ProcessState::self()->startThreadPool();
-    fprintf(stderr, "codecloggerd: serving as %s\n", android::kLoggerServiceName);
+    ProcessState::self()->startThreadPool();
+    fprintf(stderr, "codecloggerd: serving as %s\n", kLoggerServiceName);
     return true;
 }
 
@@ -74,6 +98,8 @@ int run(int argc, char** argv) {
     if (const auto code = options::parse(table, argc, argv, &operands)) return *code;
     if (!operands.empty())
         return options::complain(table, operands[0] + ": no argument is expected");
+    // The reader of a dump may go away.
+    signal(SIGPIPE, SIG_IGN);
     // Before any thread starts, so that only sigwait() gets them.
     sigset_t ends;
     sigemptyset(&ends);
@@ -88,8 +114,8 @@ int run(int argc, char** argv) {
 
 }  // namespace
 
-}  // namespace codeclogger
+}  // namespace android::codecloggerd
 
 int main(int argc, char** argv) {
-    return codeclogger::run(argc, argv);
+    return android::codecloggerd::run(argc, argv);
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-package codeclogger;
+package android.codeclogger;
 
 /** One codec that is registered with the logger service. */
 parcelable ClientEntry {

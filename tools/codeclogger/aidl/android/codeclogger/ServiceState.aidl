@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-package codeclogger;
+package android.codeclogger;
 
-import codeclogger.Allowlist;
-import codeclogger.ClientEntry;
+import android.codeclogger.Allowlist;
+import android.codeclogger.ClientEntry;
 
 /** What the logger service knows. */
 parcelable ServiceState {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-package codeclogger;
+package android.codeclogger;
 
-import codeclogger.ServiceState;
+import android.codeclogger.ServiceState;
 
 /**
  * What codecloggerctl asks codecloggerd beyond the logger service's own interface, which knows

@@ -1,14 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <errno.h>
 #include <inttypes.h>
 #include <stdio.h>
-#include <string.h>
 
 #include <algorithm>
 
 #include "Views.h"
 
-namespace codecloggerctl {
+namespace android::codeclogger {
 
 namespace {
 
@@ -28,12 +26,6 @@ std::string line(const char* key, const std::string& value) {
 }
 
 }  // namespace
-
-bool print(const std::string& text) {
-    if (fputs(text.c_str(), stdout) >= 0 && fflush(stdout) == 0) return true;
-    fprintf(stderr, "codecloggerctl: standard output cannot be written: %s\n", strerror(errno));
-    return false;
-}
 
 std::string idText(int64_t id) {
     char text[24];
@@ -65,7 +57,7 @@ std::string listText(const std::vector<CodecInfo>& codecs) {
     if (codecs.empty()) return "No codec is registered.\n";
     TextTable table({"#", "PID", "PACKAGE", "KIND", "FORMAT", "RESOLUTION", "LAST FRAME", "ID"});
     for (const CodecInfo& codec : codecs) {
-        const codeclogger::ClientEntry& entry = codec.entry;
+        const ClientEntry& entry = codec.entry;
         table.add({(entry.isActive ? "*" : "") + std::to_string(entry.handle),
                    std::to_string(entry.pid), entry.packageName, entry.isVideo ? "video" : "audio",
                    entry.format, codec.resolution(), codec.lastFrame(), idText(entry.id)});
@@ -76,7 +68,7 @@ std::string listText(const std::vector<CodecInfo>& codecs) {
 std::string statusText(const std::vector<CodecInfo>& codecs) {
     std::string text;
     for (const CodecInfo& codec : codecs) {
-        const codeclogger::ClientEntry& entry = codec.entry;
+        const ClientEntry& entry = codec.entry;
         text += "Codec #" + std::to_string(entry.handle) + (entry.isActive ? " (active): " : ": ") +
                 codec.describe() + "\n" + codec.status;
         text += line("Last Frame", codec.lastFrame());
@@ -94,7 +86,7 @@ std::string statusText(const std::vector<CodecInfo>& codecs) {
     return text.empty() ? "No codec is registered.\n" : text;
 }
 
-std::string allowlistText(const codeclogger::Allowlist& allowlist) {
+std::string allowlistText(const Allowlist& allowlist) {
     std::string text;
     if (!allowlist.label.empty()) text += "# " + allowlist.label + "\n";
     for (const std::string& name : allowlist.packages) text += name + "\n";
@@ -102,4 +94,4 @@ std::string allowlistText(const codeclogger::Allowlist& allowlist) {
     return text.empty() ? "The allowlist is empty.\n" : text;
 }
 
-}  // namespace codecloggerctl
+}  // namespace android::codeclogger

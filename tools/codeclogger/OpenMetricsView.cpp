@@ -6,7 +6,7 @@
 
 #include "Views.h"
 
-namespace codecloggerctl {
+namespace android::codeclogger {
 
 namespace {
 
@@ -19,7 +19,7 @@ std::string escaped(const std::string& text) {
     return out;
 }
 
-std::string labels(const codeclogger::ClientEntry& entry) {
+std::string labels(const ClientEntry& entry) {
     return "{handle=\"" + std::to_string(entry.handle) + "\",pid=\"" + std::to_string(entry.pid) +
            "\",package=\"" + escaped(entry.packageName) + "\",kind=\"" +
            (entry.isVideo ? "video" : "audio") + "\",format=\"" + escaped(entry.format) + "\"}";
@@ -92,8 +92,7 @@ std::string head(const char* name, const char* type, const char* unit, const cha
 
 }  // namespace
 
-std::string openMetricsText(const codeclogger::ServiceState& state,
-                            const std::vector<CodecInfo>& codecs) {
+std::string openMetricsText(const ServiceState& state, const std::vector<CodecInfo>& codecs) {
     std::string text = head("codec_logger_codecs", "gauge", "", "Registered codecs.") +
                        "codec_logger_codecs " + std::to_string(state.clients.size()) + "\n";
     text += head("codec_logger_listeners", "gauge", "", "Registered listeners.") +
@@ -110,4 +109,4 @@ std::string openMetricsText(const codeclogger::ServiceState& state,
     return text + "# EOF\n";
 }
 
-}  // namespace codecloggerctl
+}  // namespace android::codeclogger

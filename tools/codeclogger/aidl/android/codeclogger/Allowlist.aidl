@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-package codeclogger;
+package android.codeclogger;
 
 /** The packages whose frame drops are mitigated: those in packages that are not in exceptions. */
 parcelable Allowlist {

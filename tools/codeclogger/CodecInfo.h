@@ -7,12 +7,14 @@
 #include <memory>
 
 #include <map>
+#include <mutex>
 #include <string>
 #include <vector>
 
-#include <codeclogger/ClientEntry.h>
+#include <android/codeclogger/ClientEntry.h>
+#include <tools/codeclogger/Within.h>
 
-namespace codecloggerctl {
+namespace android::codeclogger {
 
 /** CLOCK_MONOTONIC in milliseconds, as in the service and the codecs. */
 int64_t nowMs();
@@ -20,14 +22,15 @@ int64_t nowMs();
 /** Whether a codec could be asked. */
 enum class Answer {
     GIVEN,
-    ENDED,   // its logger is gone, and only its registration is left
-    DIED,    // its process is gone
-    SILENT,  // its process did not answer in time
+    ENDED,    // its logger is gone, and only its registration is left
+    DIED,     // its process is gone
+    STOPPED,  // its process is stopped, as by a debugger
+    SILENT,   // its process did not answer in time
 };
 
 /** One codec: what the service knows of it, and what it answered itself. */
 struct CodecInfo {
-    codeclogger::ClientEntry entry{};
+    ClientEntry entry{};
     Answer answer = Answer::SILENT;
 
     // The rest only when the answer was given.
@@ -40,7 +43,7 @@ struct CodecInfo {
     std::string scanType;
     int bitDepth = 0;
     int colorStandard = 0;
-    /** -1 before the first frame. */
+    /** -1 before the first frame, and for codecs whose frames are not rendered one by one. */
     int64_t msSinceLastFrame = -1;
     /** Since the last flush or seek. */
     int64_t frames = 0;
@@ -62,19 +65,22 @@ struct CodecInfo {
 /** Takes bitrate, frame rate and drops from `info->status`. */
 void readStatusText(CodecInfo* info);
 
+/** How long `answered` is ago to a codec that was asked at `askedMs`; -1 if it is no time. */
+int64_t frameAgeMs(int64_t answered, int64_t askedMs);
+
 /**
  * Asks codecs about themselves, all at once, each on a thread of its own, because a process that is
  * stopped or hangs never answers. A codec that still owes an answer is not asked again.
+ * Thread-safe.
  */
 class CodecQuery {
   public:
     /** In the order of the entries. */
-    std::vector<CodecInfo> ask(const std::vector<codeclogger::ClientEntry>& entries,
-                               int64_t timeoutMs = 1000);
+    std::vector<CodecInfo> ask(const std::vector<ClientEntry>& entries, int64_t timeoutMs = 1000);
 
   private:
-    struct Slot;
-    std::map<int32_t, std::shared_ptr<Slot>> mOwed;
+    std::mutex mLock;
+    std::map<int32_t, std::shared_ptr<Pending<CodecInfo>>> mOwed;  // by handle
 };
 
-}  // namespace codecloggerctl
+}  // namespace android::codeclogger
