@@ -38,6 +38,7 @@ status_t ZephraMediaAnalytic::addCodec(const AString& name, sp<CodecBase> codec,
     sp<FrameTracker> tracker;
     sp<FrameTracker> replaced;
     Mutex::Autolock lock(mLock);
+    // Read with each codec, so that the analytics can be switched while the device plays.
     mEnabled = property_get_bool("mediaanalytic.enable", false);
     if (!mEnabled) return OK;
 

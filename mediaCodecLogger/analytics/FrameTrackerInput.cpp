@@ -80,6 +80,7 @@ bool ZephraMediaAnalytic::FrameTracker::appendTsInfo_l(long timeUs) {
         }
         return false;
     }
+    // An encoder's frames get records, too. Nothing closes them, so the limit ends its analysis.
     const uint64_t frameNo = mFrameCounter + 1;
     if (frameNo == UINT64_MAX) {
         __android_log_assert("mFrameCounter", LOG_TAG, "frame numbers are used up");
@@ -120,6 +121,7 @@ void ZephraMediaAnalytic::FrameTracker::logSubSamples_l(const uint8_t* data, siz
 void ZephraMediaAnalytic::FrameTracker::updateInputFrame(size_t size, long timeUs, bool /*secure*/,
                                                          const AString& formatName) {
     Mutex::Autolock lock(mLock);
+    // Told with every buffer, because the registry knows the codec by another name.
     if (mFormatName.empty()) {
         mFormatName = formatName;
         mLogPrefix = mFormatName;
@@ -172,6 +174,7 @@ void ZephraMediaAnalytic::FrameTracker::updateOmxInput(const void* data, size_t 
     AnalyticTsInfo& rec = editRecord(mTsInfos, index);
     rec.mCodecInTimeMs = monotonicMs();
     rec.mFramesInCodec = framesInCodec_l();
+    // The client cannot own them all while the component takes one: a frame went uncounted.
     if (mTsInfos.size() <= mFramesOwnedByUs) {
         ALOGW("%s Omx ETB:%" PRId64 " size:%zu c:%d u:%zu tsS:%zu flag:%x", mLogPrefix.c_str(),
               timeUs, size, framesOwned, mFramesOwnedByUs, mTsInfos.size(), flags);

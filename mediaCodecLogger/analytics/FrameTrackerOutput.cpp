@@ -30,6 +30,7 @@ void ZephraMediaAnalytic::FrameTracker::updateOmxOutput(long timeUs, int flags, 
         }
         return;
     }
+    // The marker has a timestamp that may be that of a frame.
     if (flags & kFlagEndOfStream) return;
     const ssize_t index = indexOfTsInfo_l(timeUs);
     if (index >= 0 && size != 0) {
@@ -91,6 +92,7 @@ void ZephraMediaAnalytic::FrameTracker::updateOutputFrame(long timeUs) {
     if (mFirstOutputTs == -1) mFirstOutputTs = timeUs;
     AnalyticTsInfo& rec = editRecord(mTsInfos, index);
     rec.mOutputTimeMs = monotonicMs();
+    // Each of the two bits has its own line and analysis, for readers of the one or the other.
     if (debugs(DEBUG_TIMELINE)) {
         ALOGI("%s Frame:%zu Decoded and filled into output buffer, %s mediaTs:%" PRId64 ", %zd/%zu",
               mLogPrefix.c_str(), static_cast<size_t>(rec.mFrameNo),
@@ -137,11 +139,13 @@ void ZephraMediaAnalytic::FrameTracker::flush() {
     Mutex::Autolock lock(mLock);
     mTsInfos.clear();
     mLastRendered = {};
+    // Unlike a fresh tracker's mark: the statistics of a stream say "First" once.
     mLastAvSyncLogMs = kFlushed;
     resetRenderStatusInfo_l();
     mFirstOutputTs = -1;
     mFramesOwnedByUs = 0;
     mAnalyzed = false;
+    // Of all trackers: who reads the log counts frames from a seek on.
     mFrameCounter = 0;
     mErrorFrameCount = 0;
 }

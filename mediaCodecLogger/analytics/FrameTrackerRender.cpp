@@ -47,16 +47,20 @@ void ZephraMediaAnalytic::FrameTracker::updateFrameRender(long renderTimeNs, lon
               mTsInfos.size());
     }
     if (debugs(DEBUG_TIMELINE) && leadMs < mSettings.mVsyncPeriod) {
+        // Late already, or too close to the next vsync to be shown by it. The label takes no memory
+        // from the heap.
         char label[40] = "Small_Early:";
         *std::to_chars(label + strlen(label), std::end(label), leadMs).ptr = '\0';
         frameAnalyze_l(timeUs, label, false);
     }
     foldRender_l(rec, leadMs);
     mAnalyzed = false;
+    // A copy, because the stages of later frames are measured from this one's.
     mLastRendered = rec;
     removeRecord(mTsInfos, index);
     if (mFramesOwnedByUs > 0) --mFramesOwnedByUs;
 
+    // The first render after start or flush has a line of its own, from which periods count.
     const int64_t nowMs = mLastRendered.mRenderCallTimeMs;
     if (mLastAvSyncLogMs < 0 || checkedSub(nowMs, mLastAvSyncLogMs) > kAvSyncPeriodMs) {
         logAvSync_l(leadMs, renderTimeNs);
@@ -75,7 +79,7 @@ void ZephraMediaAnalytic::FrameTracker::foldRender_l(const AnalyticTsInfo& rec, 
     ++mStatistics.renderCount;
 }
 
-/** For the frame that was rendered last. */
+/** Where playback stands, by the frame that was rendered last, and how evenly it got there. */
 void ZephraMediaAnalytic::FrameTracker::logAvSync_l(int64_t leadMs, long renderTimeNs) const {
     const AnalyticTsInfo& rec = mLastRendered;
     const int64_t nowMs = rec.mRenderCallTimeMs;

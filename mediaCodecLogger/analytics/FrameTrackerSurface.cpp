@@ -30,6 +30,7 @@ void ZephraMediaAnalytic::FrameTracker::updateQueueBuffer(long startUs, long ren
     Mutex::Autolock lock(mLock);
     const int64_t nowMs = monotonicMs();
     const int64_t startMs = usToMs(startUs);
+    // There are not that many buffers: some came back without being reported.
     if (mQueueBufInfos.size() > mOutputBufferCount) {
         ALOGW("Warning: queue too many buffers %zu", mQueueBufInfos.size());
     }
@@ -47,7 +48,7 @@ void ZephraMediaAnalytic::FrameTracker::judgeQueue_l(const QueueBufInfo& queued,
     if (costMs > mSettings.mMaxQueueTime) {
         ALOGI("queueBuffer cost:%" PRId64 " ts:%" PRId64, costMs, mediaTimeUs);
     }
-    // A client that renders by media time is not judged.
+    // A client that renders by media time does not say when the frame is to be shown.
     if (queued.mRenderTimeNs == 0 || checkedMul(mediaTimeUs, 1000) == queued.mRenderTimeNs) return;
     const int64_t renderMs = nsToMs(queued.mRenderTimeNs);
     const int64_t earlyMs = checkedSub(renderMs, queued.mQueueEndMs);
@@ -86,6 +87,7 @@ void ZephraMediaAnalytic::FrameTracker::updateDequeueBuffer(long startUs, const 
     takeQueued_l(buffer, startMs, dequeue);
     const int64_t excess = checkedSub(dequeue.actual, dequeue.theory);
     if (debugs(DEBUG_TIMELINE)) {
+        // Longer than the display's timing explains, or too long whatever explains it.
         const char* verdict = nullptr;
         if (checkedSub(dequeue.actual, std::max<int64_t>(dequeue.theory, 0)) >
             mSettings.mVsyncPeriod) {
@@ -100,12 +102,12 @@ void ZephraMediaAnalytic::FrameTracker::updateDequeueBuffer(long startUs, const 
                   dequeue.index, buffer);
         }
     }
+    // For the histories, which ask when the component got its buffers back.
     if (mFillBufInfos.size() >= kMaxFillBufInfos) removeRecord(mFillBufInfos, 0);
     mFillBufInfos.push_back({monotonicMs(), lastQueueStartMs, ownedByComponent});
     if (debugs(DEBUG_DEQUEUE)) {
         ALOGI("dequeue actual:%" PRId64 "(%" PRId64 ") theory:%" PRId64 " renderTime:%" PRId64
-              " index:%d ownedByCom:%zu "
-              "ownByNat:%zu %p",
+              " index:%d ownedByCom:%zu ownByNat:%zu %p",
               dequeue.actual, excess, dequeue.theory, dequeue.renderTimeNs, dequeue.index,
               ownedByComponent, mQueueBufInfos.size(), buffer);
     }

@@ -38,6 +38,8 @@ struct RenderStatistics {
     uint32_t renderCount = 0;
 
     // Averages: of the intervals and steps there is one less than frames.
+
+    /** In microseconds, and by the clock: the render times that were asked for may be anything. */
     int64_t averageInterval(int64_t elapsedMs) const {
         return renderCount >= 2 ? checkedMul(elapsedMs, 1000) / (renderCount - 1) : 0;
     }

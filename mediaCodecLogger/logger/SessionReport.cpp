@@ -147,6 +147,8 @@ int Report::writePlayback(uint64_t totalMs) {
     return sendFramerate(packageName(), mCodec.mCodecFormat.c_str(), framerate);
 }
 
+// The class of the frame rate tells 2160p at 24 from 2160p at 60, which ask different things of a
+// device.
 void Report::writeResolutions(int framerateClass) {
     for (int i = 0; i < MAX_RES_TYPES; ++i) {
         const uint64_t timeMs = mSession.segments.mPlaybackTimeMsByRes[i];
@@ -229,6 +231,7 @@ void Report::writePhases() {
     if (stopMs >= kMinReportedStopMs) logAndAppend("TotalMediaCodecStopTimeMs", stopMs);
 }
 
+// Of audio only the time is told: it has no picture to be late, and its frames are no frames.
 void Report::writeAudio() {
     const uint64_t totalMs = mSession.segments.mAudioPlaybackTimeMs;
     if (!isReportedTime(totalMs)) return;
@@ -251,6 +254,7 @@ void Report::writeErrors() {
     }
 }
 
+// Of closed intervals: what the open one measures may be a few buffers of a burst.
 void Report::writeBitrate() {
     const uint64_t measuredMs = mSession.bitrate.mTotalIntervalMs;
     if (measuredMs < kMinReportedMs) return;
