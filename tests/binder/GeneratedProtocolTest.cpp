@@ -111,22 +111,14 @@ TYPED_TEST(GeneratedProtocol, badRequest_reachesNoMethod) {
     } kRequests[] = {
             {service, 10, CLIENT_TOKEN ID, BAD_TYPE, ""},
             {service, 10, SERVICE_TOKEN, NOT_ENOUGH_DATA, ""},
-            {service, 10, SERVICE_TOKEN " 01000000", NOT_ENOUGH_DATA, ""},
-            {service, 8, SERVICE_TOKEN, NOT_ENOUGH_DATA, ""},
             {service, 7, SERVICE_TOKEN, BAD_TYPE, ""},
             {service, 7, SERVICE_TOKEN " " NULL_BINDER, OK, EX_NULL_POINTER_REPLY},
-            {service, 14, SERVICE_TOKEN, NOT_ENOUGH_DATA, ""},
             {service, 14, SERVICE_TOKEN " ffffffff ffffffff 00000000", OK, EX_NULL_POINTER_REPLY},
             {service, 14, SERVICE_TOKEN " ffffffff 01000000 ffffffff 00000000", OK,
              EX_NULL_POINTER_REPLY},
             {service, 6, SERVICE_TOKEN ID, UNKNOWN_TRANSACTION, ""},
-            {service, 15, SERVICE_TOKEN ID, UNKNOWN_TRANSACTION, ""},
-            {service, 0, SERVICE_TOKEN ID, UNKNOWN_TRANSACTION, ""},
-            {listener, 0, LISTENER_TOKEN ID, UNKNOWN_TRANSACTION, ""},
             {listener, 1, SERVICE_TOKEN ID, BAD_TYPE, ""},
             {listener, 1, LISTENER_TOKEN, NOT_ENOUGH_DATA, ""},
-            {listener, 2, LISTENER_TOKEN ID, NOT_ENOUGH_DATA, ""},
-            {listener, 3, LISTENER_TOKEN, NOT_ENOUGH_DATA, ""},
             {listener, 4, LISTENER_TOKEN ID, UNKNOWN_TRANSACTION, ""},
     };
     for (const auto& [stub, code, request, result, reply] : kRequests) {
@@ -146,20 +138,12 @@ TYPED_TEST(GeneratedProtocol, badReply_leavesTheOutValueAlone) {
         const char* outcome;
     } kReplies[] = {
             {7, DEAD_OBJECT, "", "failed -32 5"},
-            {9, DEAD_OBJECT, "", "failed -32 {5}"},
-            {14, DEAD_OBJECT, "", "failed -32"},
             {10, OK, "", "failed -61 5"},
             {10, OK, "00000000", "failed -61 5"},
-            {10, OK, "00000000 01000000", "failed -61 5"},
             {10, OK, "fcffffff", "failed -2147483640 5"},
-            {10, OK, "fcffffff 00000000 00000000", "failed -61 5"},
-            {10, OK, "fcffffff 00000000 00000000 10000000", "failed -2147483648 5"},
             {10, OK, "80ffffff 04000000 2c000000 00000000", "ok 44"},
             {9, OK, "00000000 ffffffff", "failed -2147483640 {5}"},
-            {13, OK, "00000000 07000000", "ok 1"},
-            {13, OK, "00000000", "failed -61 0"},
             {8, OK, EX_NULL_POINTER_REPLY, "ok"},
-            {14, OK, "", "failed -61"},
             {14, OK, EX_NULL_POINTER_REPLY, "-4 "},
     };
     for (const auto& [code, result, reply, outcome] : kReplies) {
@@ -179,14 +163,9 @@ TYPED_TEST(GeneratedProtocol, serviceThatPredatesACall_isReplacedByTheDefault) {
     ASSERT_EQ(Service::getDefaultImpl(), nullptr);
     const sp<Service> old = Service::asInterface(new CannedPeer(UNKNOWN_TRANSACTION));
     const sp<Service> dead = Service::asInterface(new CannedPeer(DEAD_OBJECT));
-    for (const auto& call : serviceCalls<TypeParam>()) {
-        EXPECT_THAT(call.call(*old), testing::StartsWith("failed -74")) << call.received;
-    }
-
     auto implementation = std::make_unique<AsDefault<typename TypeParam::FakeService>>();
     typename TypeParam::FakeService* const service = implementation.get();
     ASSERT_TRUE(Service::setDefaultImpl(std::move(implementation)));
-
     for (const auto& call : serviceCalls<TypeParam>()) {
         SCOPED_TRACE(call.received);
         std::string received = call.received;
@@ -196,16 +175,6 @@ TYPED_TEST(GeneratedProtocol, serviceThatPredatesACall_isReplacedByTheDefault) {
         EXPECT_THAT(service->takeCalls(), ElementsAre(received));
         call.call(*dead);
         EXPECT_THAT(service->takeCalls(), IsEmpty());
-    }
-
-    using Listener = typename TypeParam::Listener;
-    auto fakeListener = std::make_unique<AsDefault<typename TypeParam::FakeListener>>();
-    typename TypeParam::FakeListener* const listener = fakeListener.get();
-    ASSERT_TRUE(Listener::setDefaultImpl(std::move(fakeListener)));
-    const sp<Listener> oldListener = Listener::asInterface(new CannedPeer(UNKNOWN_TRANSACTION));
-    for (const auto& [code, arguments, received, call] : listenerCalls<TypeParam>()) {
-        EXPECT_TRUE(call(*oldListener).isOk());
-        EXPECT_THAT(listener->takeCalls(), ElementsAre(received));
     }
 }
 
@@ -217,20 +186,6 @@ TEST(HandWrittenProtocol, listThatAnnouncesMoreThanThereIs_isTooShort) {
             media::IMediaCodecLoggerService::asInterface(peer);
     EXPECT_EQ(textOf(service->getActiveVideoClients(&ids)), "failed -61");
     EXPECT_EQ(listOf(ids), "{5}");
-}
-
-TEST(HandWrittenProtocol, defaultClasses_failEveryCall) {
-    const sp<media::IMediaCodecLoggerService> service = new media::IMediaCodecLoggerServiceDefault;
-    for (const auto& call : serviceCalls<ByHand>()) {
-        EXPECT_THAT(call.call(*service), testing::StartsWith("failed -74")) << call.received;
-    }
-    const sp<media::IMediaCodecLoggerListener> listener =
-            new media::IMediaCodecLoggerListenerDefault;
-    for (const auto& [code, arguments, received, call] : listenerCalls<ByHand>()) {
-        EXPECT_EQ(textOf(call(*listener)), "failed -74") << received;
-    }
-    EXPECT_EQ(IInterface::asBinder(service), nullptr);
-    EXPECT_EQ(IInterface::asBinder(listener), nullptr);
 }
 
 }  // namespace android::test

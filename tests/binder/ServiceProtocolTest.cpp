@@ -207,16 +207,11 @@ TEST(ServiceProtocol, damagedReply_neverReachesTheCaller) {
         const char* result;
     } kDamages[] = {
             {7, "", "failed -61 5"},
-            {7, "00000000 2b000000", "ok 5"},  // half an id
             {7, EX_NULL_POINTER_REPLY " 2b000000 00000000", "-4  5"},
             {9, "", "failed -61 {5}"},
             {9, "00000000 ffffffff", "ok {5}"},
             {9, "00000000 ffff0f00 01000000 00000000", "ok {5}"},  // a million ids announced
-            {10, "fcffffff", "failed -2147483640 5"},
-            {11, "00000000", "ok 5"},
             {12, "00000000 2e000000", "ok 5"},
-            {15, "", "0"},
-            {16, "ffffffff", ""},
             {16, "40000000 61000000", ""},
     };
     LogCapture log;
@@ -239,18 +234,13 @@ TEST(ServiceProtocol, requestsThatAreTooShort_arriveAsZerosAndEmptyTexts) {
         const char* received;
     } kRequests[] = {
             {1, "", "registerClient 0 null"},
-            {2, " 01000000", "unregisterClient 0"},
-            {4, "", "updateHidlMediaMetrics '' '' 0 0"},
             {4, " 05000000", "updateHidlMediaMetrics null null 0 1"},
             {4, " 00000000 00000000 01000000 61000000 01000000 62000000",
              "updateHidlMediaMetrics 'a' 'b' 0 0"},
             {6, ID, "onOutBufferAvailableAfterDelay 139637976732212 0"},
-            {7, "", "registerListener(null) 0"},
-            {14, "", "setMitigateFrameDropAllowlist null {} {}"},
             {14, " 01000000 61000000", "setMitigateFrameDropAllowlist 'a' {} {}"},
             {14, " ffffffff ffff0f00 00000000 00000000",
              "setMitigateFrameDropAllowlist null {} {}"},
-            {15, "", "isInMitigateFrameDropAllowlist "},
             {15, " 61626364", "isInMitigateFrameDropAllowlist "},
     };
     for (const auto& [code, arguments, received] : kRequests) {

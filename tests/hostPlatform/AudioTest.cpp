@@ -29,17 +29,5 @@ TEST(AudioParameterTest, getIntReadsTheLeadingNumberOrGives0) {
     }
 }
 
-TEST(AudioParameterTest, getKeepsTheWholeValue) {
-    const AudioParameter parameter(String8("a=b=c;d;;e= f "));
-    EXPECT_EQ(parameter.size(), 3u);
-    String8 value("old");
-    EXPECT_EQ(parameter.get(String8("x"), value), BAD_VALUE);
-    EXPECT_STREQ(value.string(), "old");
-    for (const auto& [key, expected] : {std::pair("a", "b=c"), {"d", ""}, {"e", " f "}}) {
-        EXPECT_EQ(parameter.get(String8(key), value), NO_ERROR);
-        EXPECT_STREQ(value.string(), expected);
-    }
-}
-
 }  // namespace
 }  // namespace android

@@ -43,20 +43,6 @@ TEST(AStringTest, appendWritesNumbersInFull) {
     EXPECT_DEATH(appended(1e10f), "F/AString");
 }
 
-TEST(AStringTest, editsInPlaceAndDiesOutside) {
-    AString text("  Codec Name \t");
-    text.trim();
-    text.tolower();
-    text.erase(5, 5);
-    text.insert("c2.", 3, 0);
-    EXPECT_STREQ(text.c_str(), "c2.codec");
-    text.setTo(text, 3, 5);
-    EXPECT_STREQ(text.c_str(), "codec");
-    EXPECT_DEATH(text.erase(1, 5), "F/AString");
-    EXPECT_DEATH(text.insert("x", 1, 6), "F/AString");
-    EXPECT_DEATH(AString(text, 4, 2), "F/AString");
-}
-
 TEST(AMessageTest, findsNeedTheExactTypeOfTheLatestValue) {
     const sp<AMessage> message = new AMessage;
     message->setString("narrow", "changes its type");

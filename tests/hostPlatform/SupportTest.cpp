@@ -42,11 +42,5 @@ TEST(LogCaptureTest, keepsLinesOfEveryLibraryCutAsTheSystemLogDoes) {
     EXPECT_EQ(log.lines()[1], (LogLine{ANDROID_LOG_VERBOSE, "Tag", std::string(1023, 'x')}));
 }
 
-TEST(LogAssertDeathTest, showsTagConditionAndMessage) {
-    EXPECT_DEATH(__android_log_assert("!(a < b)", "Tag", "%s:%d failed", "file", 3),
-                 "^F/Tag: !\\(a < b\\): file:3 failed\n$");
-    EXPECT_DEATH(AString("abc").find("b", 4), "^F/AString: start > size\\(\\): ");
-}
-
 }  // namespace
 }  // namespace android::test

@@ -3,7 +3,7 @@ mcl_add_test(host_binder_test
     SOURCES libbinder/CrossProcessTest.cpp libbinder/DeadPeerTest.cpp
         libbinder/MessageTest.cpp libbinder/ObjectsTest.cpp
         libbinder/ParcelTest.cpp
-        libbinder/PeerProcess.cpp libbinder/RuntimeDirTest.cpp libbinder/StatusTest.cpp
+        libbinder/PeerProcess.cpp libbinder/RuntimeDirTest.cpp
         libbinder/TestService.cpp ../support/Process.cpp
     LIBS test_support hostPlatform)
 

@@ -60,20 +60,16 @@ TEST(MessageTest, whatNoContinuationMakesAMessageIsInvalid) {
         std::function<void(std::vector<uint8_t>&)> change;
     } cases[] = {
             {"giant length", setWord(0, 0xffffffff)},
-            {"unknown kind", setWord(4, 10)},
-            {"kind with another body", setWord(4, 1)},
             {"body longer than its fields",
              [](std::vector<uint8_t>& b) {
                  b[0]++;
                  b.push_back(0);
              }},
             {"a giant number of calls", setWord(32, 0xffffffff)},
-            {"a giant number of bytes", setWord(56, 0xffffffff)},
             {"a giant number of objects", setWord(60, 0xffffffff)},
             {"unaligned object", setWord(124, 2)},
             {"overlapping objects", setWord(124, 8)},
             {"object past the end", setWord(148, 40)},
-            {"object far past the end", setWord(148, 0xfffffffc)},
     };
     for (const auto& c : cases) {
         std::vector<uint8_t> bytes = encodeMessage(sample(MessageKind::kCall));

@@ -58,23 +58,6 @@ TEST(ObjectsTest, aLocalObjectIsWrittenWithItsAddressesFlagsAndStability) {
     }
 }
 
-TEST(ObjectsTest, nullIsWrittenAsWordsAndReadAsNull) {
-    Parcel parcel;
-    EXPECT_EQ(OK, parcel.writeStrongBinder(nullptr));
-    EXPECT_EQ("852a6273 13010000 00000000 00000000 00000000 00000000 00000000", hexOf(parcel));
-    EXPECT_EQ(0u, parcel.objectsCount());
-
-    sp<IBinder> binder = new TestService();
-    parcel.setDataPosition(0);
-    EXPECT_EQ(UNEXPECTED_NULL, parcel.readStrongBinder(&binder));
-    parcel.setDataPosition(0);
-    binder = new TestService();
-    EXPECT_EQ(OK, parcel.readNullableStrongBinder(&binder));
-    EXPECT_EQ(nullptr, binder);
-    parcel.setDataPosition(0);
-    EXPECT_EQ(0x73622a85, parcel.readInt32());
-}
-
 TEST(ObjectsTest, aParcelOwnsWhatItHolds) {
     const int before = TestService::alive();
     auto first = std::make_unique<Parcel>();

@@ -27,22 +27,9 @@ const WriteCase kWrites[] = {
              return p.writeInt64(0x0102030405060708);
          },
          "01000000 08070605 04030201"},
-        {"bools",
-         [](Parcel& p) {
-             p.writeBool(true);
-             return p.writeBool(false);
-         },
-         "01000000 00000000"},
-        {"empty C string", [](Parcel& p) { return p.writeCString(""); }, "00000000"},
-        {"C string of 3", [](Parcel& p) { return p.writeCString("abc"); }, "61626300"},
         {"C string of 4", [](Parcel& p) { return p.writeCString("abcd"); }, "61626364 00000000"},
-        {"empty String8", [](Parcel& p) { return p.writeString8(String8()); }, "00000000 00000000"},
-        {"String8 of 3", [](Parcel& p) { return p.writeString8(String8("abc")); },
-         "03000000 61626300"},
         {"String8 of 4", [](Parcel& p) { return p.writeString8(String8("abcd")); },
          "04000000 61626364 00000000"},
-        {"String16 of 1", [](Parcel& p) { return p.writeString16(String16("a")); },
-         "01000000 61000000"},
         {"String16 of 2", [](Parcel& p) { return p.writeString16(String16("ab")); },
          "02000000 61006200 00000000"},
         {"empty UTF-8", [](Parcel& p) { return p.writeUtf8AsUtf16(std::string()); },
@@ -76,12 +63,6 @@ TEST(ParcelTest, writesTheBytesOfAndroid11) {
         EXPECT_EQ(c.hex, hexOf(parcel)) << c.name;
         EXPECT_EQ(parcel.dataSize(), parcel.dataPosition()) << c.name;
     }
-}
-
-TEST(ParcelTest, whenUtf8IsInvalid_nothingIsWritten) {
-    Parcel parcel;
-    EXPECT_EQ(BAD_VALUE, parcel.writeUtf8AsUtf16(std::string("\xff\xfe")));
-    EXPECT_EQ(0u, parcel.dataSize());
 }
 
 struct ReadCase {
@@ -128,12 +109,6 @@ std::string readString8Value(const Parcel& parcel) {
     return parcel.readString8().string();
 }
 
-std::string readString8Status(const Parcel& parcel) {
-    String8 value("old");
-    const status_t status = parcel.readString8(&value);
-    return text(status, value.string());
-}
-
 std::string readCString(const Parcel& parcel) {
     const char* const value = parcel.readCString();
     return value == nullptr ? "null" : value;
@@ -145,9 +120,6 @@ constexpr auto readI64 = readNumber<int64_t, &Parcel::readInt64>;
 const ReadCase kReads[] = {
         {"int32 at the end", "", readI32, "-61|7", 0},
         {"int64 with four bytes left", "01000000", readI64, "-61|7", 0},
-        {"int64", "01000000 00000080", readI64, "0|-9223372036854775807", 8},
-        {"bool of any other word", "00000040",
-         [](const Parcel& p) { return std::to_string(p.readBool()); }, "1", 4},
         {"bool at the end", "",
          [](const Parcel& p) {
              bool value = true;
@@ -155,28 +127,19 @@ const ReadCase kReads[] = {
              return text(status, std::to_string(value));
          },
          "-61|0", 0},
-        {"C string", "61626364 00000000 07000000", readCString, "abcd", 8},
         {"C string without NUL", "61626364", readCString, "null", 0},
-        {"C string whose padding is cut off", "616200", readCString, "ab", 3},
-        {"String8", "03000000 61626300", readString8Value, "abc", 8},
-        {"String8 at the end", "", readString8Value, "", 0},
         {"String8 of length -1", "ffffffff 00000000", readString8Value, "", 4},
         {"String8 past the end", "05000000 61626300", readString8Value, "", 4},
         {"String8 without its NUL", "03000000 61626364", readString8Value, "", 8},
-        {"String8 with status, past the end", "05000000 61626300", readString8Status,
-         "-2147483640|", 4},
         {"C strings read as String8", "66697273 74000000 7365636f 6e640000",
          [](const Parcel& p) { return readString8Value(p) + readString8Value(p); }, "", 8},
         {"UTF-8 at the end keeps the value", "", readUtf8, "-2147483640|old", 0},
         {"UTF-8 of length -1", "ffffffff", readUtf8, "-2147483640|old", 4},
-        {"UTF-8", "03000000 61003dd8 00de0000", readUtf8, "0|a\xf0\x9f\x98\x80", 12},
         {"UTF-8 pointer of length -1", "ffffffff", readUtf8Pointer, "0|null", 4},
-        {"UTF-8 pointer at the end", "", readUtf8Pointer, "-61|null", 0},
         {"vector at the end is unchanged", "", readInt64s, "-61|5,", 0},
         {"vector of negative count is unchanged", "ffffffff", readInt64s, "-2147483640|5,", 4},
         {"vector with too few elements is resized", "02000000 01000000 00000000", readInt64s,
          "-61|1,0,", 12},
-        {"vector", "01000000 01000000 00000000", readInt64s, "0|1,", 12},
         {"vector of a count that no memory holds", "ffffff7f 01000000", readInt64s, "-61|5,", 4},
 };
 
@@ -188,24 +151,6 @@ TEST(ParcelTest, readsWhatAndroid11Reads) {
         EXPECT_EQ(c.expected, c.read(parcel)) << c.name;
         EXPECT_EQ(c.position, parcel.dataPosition()) << c.name;
     }
-}
-
-TEST(ParcelTest, writesInTheMiddleAndReadsAndCopiesStayInside) {
-    Parcel parcel;
-    parcel.writeInt64(-1);
-    parcel.setDataPosition(4);
-    parcel.writeInt32(2);
-    EXPECT_EQ("ffffffff 02000000", hexOf(parcel));
-    parcel.setDataPosition(0);
-    EXPECT_EQ(nullptr, parcel.readInplace(9));
-    EXPECT_EQ(nullptr, parcel.readInplace(SIZE_MAX));
-    EXPECT_NE(nullptr, parcel.readInplace(5));
-    EXPECT_EQ(8u, parcel.dataPosition());
-    Parcel copy;
-    EXPECT_EQ(BAD_VALUE, copy.appendFrom(&parcel, 4, 8));
-    EXPECT_EQ(BAD_VALUE, copy.appendFrom(&parcel, 12, 4));
-    EXPECT_EQ(OK, copy.appendFrom(&parcel, 4, 4));
-    EXPECT_EQ("02000000", hexOf(copy));
 }
 
 }  // namespace

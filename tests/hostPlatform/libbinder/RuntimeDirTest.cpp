@@ -4,15 +4,11 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <poll.h>
 #include <stdlib.h>
 #include <sys/stat.h>
-#include <sys/un.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <filesystem>
-#include <optional>
 
 #include "tests/support/LogCapture.h"
 
@@ -27,19 +23,6 @@ using transport::ObjectAddress;
 using transport::PeerId;
 using transport::RuntimeDir;
 
-class ScopedEnvironment {
-  public:
-    ScopedEnvironment(const char* name, const char* value) : mName(name) {
-        if (const char* const old = getenv(name); old != nullptr) mOld = old;
-        value != nullptr ? setenv(name, value, 1) : unsetenv(name);
-    }
-    ~ScopedEnvironment() { mOld ? setenv(mName, mOld->c_str(), 1) : unsetenv(mName); }
-
-  private:
-    const char* const mName;
-    std::optional<std::string> mOld;
-};
-
 class RuntimeDirTest : public ::testing::Test {
   protected:
     RuntimeDirTest() {
@@ -49,7 +32,7 @@ class RuntimeDirTest : public ::testing::Test {
     ~RuntimeDirTest() override { fs::remove_all(mRoot); }
 
     static RuntimeDir dirAt(const fs::path& path) {
-        const ScopedEnvironment chosen("HOSTBINDER_DIR", path.c_str());
+        setenv("HOSTBINDER_DIR", path.c_str(), 1);
         return RuntimeDir();
     }
 
@@ -61,25 +44,6 @@ class RuntimeDirTest : public ::testing::Test {
     fs::path mRoot;
     LogCapture mLog;
 };
-
-TEST_F(RuntimeDirTest, theEnvironmentChoosesTheFolder) {
-    const PeerId self = {1, 1};
-    {
-        const ScopedEnvironment none("HOSTBINDER_DIR", nullptr);
-        const ScopedEnvironment runtime("XDG_RUNTIME_DIR", mRoot.c_str());
-        EXPECT_GE(RuntimeDir().listenAs(self).get(), 0);
-        EXPECT_TRUE(fs::exists(mRoot / "hostbinder/peers"));
-    }
-    const fs::path chosen = mRoot / "chosen";
-    EXPECT_GE(dirAt(chosen).listenAs(self).get(), 0);
-    EXPECT_EQ(fs::perms::owner_all, fs::status(chosen).permissions());
-
-    const RuntimeDir off = dirAt("");
-    EXPECT_FALSE(off.isEnabled());
-    EXPECT_LT(off.listenAs(self).get(), 0);
-    EXPECT_FALSE(off.publish("name", {self, 1}));
-    EXPECT_TRUE(off.names().empty());
-}
 
 TEST_F(RuntimeDirTest, aFolderThatOthersCouldChangeIsRefused) {
     const fs::path open = mRoot / "open";

@@ -12,34 +12,11 @@
 #include <string.h>
 #include <sys/prctl.h>
 
-#include <filesystem>
 #include <thread>
-
-namespace {
-
-// Sockets and files of the process that started this one.
-int inheritedDescriptors() {
-    const std::string folder = getenv("HOSTBINDER_DIR");
-    int count = 0;
-    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
-        std::error_code error;
-        const std::string target = std::filesystem::read_symlink(entry.path(), error).string();
-        for (const std::string& kind :
-             {std::string("socket:"), folder, std::string("anon_inode:[eventfd]")}) {
-            if (target.find(kind) != 0) continue;
-            fprintf(stderr, "inherited %s\n", target.c_str());
-            count++;
-        }
-    }
-    return count;
-}
-
-}  // namespace
 
 int main(int argc, char** argv) {
     using namespace android;
     if (argc != 3) return 2;
-    if (inheritedDescriptors() > 0) return 4;
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     sigset_t end;
     sigemptyset(&end);
