@@ -22,7 +22,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if ((data[0] & 1) != 0) {
         readMetrics(path, &analysis);
     } else {
-        readLogs(reference, {path}, nullptr, false, &analysis);
+        readLogs(reference, {path}, false, &analysis);
     }
     close(file);
     // Whatever was read can be told.

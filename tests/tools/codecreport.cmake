@@ -13,7 +13,8 @@ mcl_add_test(codecreport_test
     SOURCES codecreport/CommandTest.cpp codecreport/DatabaseTest.cpp codecreport/InputTest.cpp codecreport/LibraryTextTest.cpp
         codecreport/LogcatParserTest.cpp
         codecreport/OutputTest.cpp codecreport/ReferenceTest.cpp codecreport/SessionTest.cpp
-        codecreport/SetCompareTest.cpp codecreport/StatisticsTest.cpp ${CMAKE_SOURCE_DIR}/tests/support/Process.cpp
+        codecreport/SetCompareTest.cpp codecreport/StatisticsTest.cpp codecreport/TraceTest.cpp
+        ${CMAKE_SOURCE_DIR}/tests/support/Process.cpp
     LIBS codecreport_test_support codecreport_parts codecreport_trace_proto LibArchive::LibArchive)
 add_dependencies(codecreport_test codecreport)
 target_compile_definitions(codecreport_test PRIVATE CODECREPORT="$<TARGET_FILE:codecreport>"

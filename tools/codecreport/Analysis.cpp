@@ -85,9 +85,9 @@ bool readLog(const std::string& file, const Copies& copies, SessionBuilder* buil
 
 }  // namespace
 
-bool readLogs(const Reference& reference, const std::vector<std::string>& files,
-              SessionObserver* observer, bool progress, Analysis* analysis, const Copies& copies) {
-    SessionBuilder builder(reference, &analysis->frames, observer);
+bool readLogs(const Reference& reference, const std::vector<std::string>& files, bool progress,
+              Analysis* analysis, const Copies& copies) {
+    SessionBuilder builder(reference, &analysis->frames);
     bool allOpened = true;
     for (const Capture& capture : capturesOf(files)) {
         builder.beginCapture();

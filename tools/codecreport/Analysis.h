@@ -9,7 +9,6 @@
 
 #include "model/FrameStore.h"
 #include "model/Session.h"
-#include "model/SessionObserver.h"
 #include "reading/LogLine.h"
 #include "reading/MetricsReader.h"
 #include "reading/SessionBuilder.h"
@@ -38,13 +37,11 @@ using Copies = std::map<std::string, std::string>;
 /**
  * Reads logs one after the other, "-" being standard input. Each capture has its own clock.
  *
- * @param observer may be null
  * @param progress writes a line of progress to standard error
  * @return false if one of the inputs could not be opened or holds no log
  */
-bool readLogs(const Reference& reference, const std::vector<std::string>& files,
-              SessionObserver* observer, bool progress, Analysis* analysis,
-              const Copies& copies = {});
+bool readLogs(const Reference& reference, const std::vector<std::string>& files, bool progress,
+              Analysis* analysis, const Copies& copies = {});
 bool readMetrics(const std::string& file, Analysis* analysis);
 
 }  // namespace android::codecreport

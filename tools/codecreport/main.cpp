@@ -3,8 +3,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <memory>
-
 #include "Analysis.h"
 #include "ExitCode.h"
 #include "Follow.h"
@@ -32,6 +30,12 @@ bool writeFile(const std::string& path, const std::string& text) {
     if (writeOutput(path, text, &error)) return true;
     say(error);
     return false;
+}
+
+bool writeTraceFile(const Analysis& analysis, const std::string& path) {
+    const std::string error = writeTrace(analysis, path);
+    if (!error.empty()) say(error);
+    return error.empty();
 }
 
 /** Tells a person what is wrong with the command's files before one of them is touched. */
@@ -67,24 +71,15 @@ void summarise(const Analysis& analysis) {
 /** @param isLast what is wrong is said then only: a log that grows may yet become one */
 int makeReport(const Reference& reference, const Options& options, const Copies& copies,
                bool isLast) {
-    std::unique_ptr<TraceWriter> trace;
-    if (!options.trace.empty()) {
-        trace = std::make_unique<TraceWriter>(options.trace);
-        if (!trace->open()) {
-            say(trace->error());
-            return BAD_OUTPUT;
-        }
-    }
     Analysis analysis;
     const bool progress = !options.quiet && copies.empty() && isatty(STDERR_FILENO);
-    bool ok = readLogs(reference, options.arguments, trace.get(), progress, &analysis, copies);
+    bool ok = readLogs(reference, options.arguments, progress, &analysis, copies);
     if (!options.metrics.empty()) ok &= readMetrics(options.metrics, &analysis);
     for (const std::string& problem : analysis.problems) {
         if (isLast) say(problem);
     }
     if (!ok) return BAD_INPUT;
-    bool written = trace == nullptr || trace->close();
-    if (!written) say(trace->error());
+    bool written = options.trace.empty() || writeTraceFile(analysis, options.trace);
 
     const nlohmann::ordered_json json = toJson(analysis);
     if (!options.json.empty()) written &= writeFile(options.json, dump(json, true) + "\n");
@@ -136,7 +131,7 @@ bool load(const Reference& reference, const std::string& path, nlohmann::ordered
         return false;
     }
     Analysis analysis;
-    const bool ok = readLogs(reference, {path}, nullptr, false, &analysis);
+    const bool ok = readLogs(reference, {path}, false, &analysis);
     for (const std::string& problem : analysis.problems) say(problem);
     *json = toJson(analysis);
     return ok;

@@ -2,18 +2,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <map>
 #include <set>
 
 #include <tools/codecreport/Analysis.h>
 #include <tools/codecreport/output/Compare.h>
 #include <tools/codecreport/output/HtmlPage.h>
 #include <tools/codecreport/output/JsonReport.h>
-#include <tools/codecreport/output/TraceWriter.h>
 
 #include "ReportSupport.h"
 #include "SyntheticLog.h"
-#include "perfetto_trace.pb.h"
 #include "tests/support/Process.h"
 
 namespace android::test {
@@ -24,8 +21,6 @@ using codecreport::CompareResult;
 using codecreport::LogFormat;
 using codecreport::parseThreshold;
 using codecreport::Reference;
-using perfetto::protos::Trace;
-using perfetto::protos::TrackEvent;
 using testing::HasSubstr;
 using testing::Not;
 
@@ -54,7 +49,7 @@ Json eventfulReport() {
     const std::string running = threadtime({{"ZMediaAnalyticV", "vp9 queue:0 s:5 tsS:1"}});
     codecreport::readLogs(reference,
                           {fileWith(eventfulLog()), fileWith(running, "running"), "/no/such/log"},
-                          nullptr, false, &analysis);
+                          false, &analysis);
     codecreport::readMetrics(fileWith(R"({"name":"AvgBitrate","value":1})"
                                       "\n",
                                       "metrics"),
@@ -105,103 +100,6 @@ TEST(JsonReport, bytesThatAreNoTextAreReplaced) {
     EXPECT_THAT(page, HasSubstr("\\u003c/script>"));
     EXPECT_THAT(page, Not(HasSubstr("@PAGE_JS@")));
     EXPECT_THAT(page, HasSubstr("The MIT License"));
-}
-
-struct Slice {
-    uint64_t beginNs;
-    uint64_t endNs;
-    std::string name;
-    std::vector<uint64_t> flows;
-    std::vector<uint64_t> lastFlows;
-};
-
-/** What is on the tracks of a trace, by their names. */
-struct ReadTrace {
-    std::map<uint64_t, std::string> names;
-    std::map<std::string, std::vector<Slice>> slices;
-    std::map<std::string, int> others;  ///< instants and counters
-    std::set<int> pids;
-};
-
-ReadTrace readTrace(const std::string& path) {
-    Trace trace;
-    EXPECT_TRUE(trace.ParseFromString(readFile(path)));
-    ReadTrace result;
-    std::map<uint64_t, std::vector<Slice>> tracks;
-    for (const auto& packet : trace.packet()) {
-        if (packet.has_track_descriptor()) {
-            const auto& track = packet.track_descriptor();
-            EXPECT_TRUE(track.has_process() || result.names.count(track.parent_uuid()))
-                    << track.name() << " leads to no process";
-            result.names[track.uuid()] = track.name();
-            if (track.has_process()) result.pids.insert(track.process().pid());
-        }
-        if (!packet.has_track_event()) continue;
-        const TrackEvent& event = packet.track_event();
-        const std::string name = result.names.at(event.track_uuid());
-        std::vector<Slice>& slices = tracks[event.track_uuid()];
-        if (event.type() == TrackEvent::TYPE_SLICE_BEGIN) {
-            // What is written one after the other must not overlap on its track.
-            EXPECT_LE(slices.empty() ? 0 : slices.back().endNs, packet.timestamp());
-            slices.push_back(
-                    {packet.timestamp(),
-                     0,
-                     event.name(),
-                     {event.flow_ids().begin(), event.flow_ids().end()},
-                     {event.terminating_flow_ids().begin(), event.terminating_flow_ids().end()}});
-        } else if (event.type() == TrackEvent::TYPE_SLICE_END) {
-            EXPECT_EQ(0u, slices.back().endNs);
-            slices.back().endNs = packet.timestamp();
-        } else {
-            ++result.others[event.type() == TrackEvent::TYPE_COUNTER ? name : event.name()];
-        }
-    }
-    for (const auto& [track, slices] : tracks) {
-        auto& all = result.slices[result.names.at(track)];
-        all.insert(all.end(), slices.begin(), slices.end());
-    }
-    return result;
-}
-
-TEST(Trace, holdsASliceAFrameAndStageTiedByAFlow) {
-    const std::string path = fileWith("", "trace");
-    codecreport::TraceWriter writer(path);
-    ASSERT_TRUE(writer.open());
-    reportOf(eventfulLog(), &writer);
-    ASSERT_TRUE(writer.close());
-    ReadTrace trace = readTrace(path);
-
-    EXPECT_EQ(std::set<int>{4321}, trace.pids);
-    std::set<uint64_t> flows;
-    for (const char* stage : {"decrypt", "codec", "message", "app"}) {
-        EXPECT_EQ(300u, trace.slices[stage].size()) << stage;
-        for (const Slice& slice : trace.slices[stage]) {
-            flows.insert(slice.flows.begin(), slice.flows.end());
-        }
-    }
-    EXPECT_EQ(300u, flows.size());
-    // The render lead ends the flow, but for the dropped frames.
-    EXPECT_EQ(297u, trace.slices["lead"].size());
-    for (const Slice& slice : trace.slices["lead"]) {
-        ASSERT_EQ(1u, slice.lastFlows.size());
-        EXPECT_EQ(1u, flows.count(slice.lastFlows[0]));
-    }
-    // Frame 151 (counted from 1) was stalled: 467 ms with the application, from its output on.
-    const std::vector<Slice>& apps = trace.slices["app"];
-    const auto stalled = std::find_if(apps.begin(), apps.end(),
-                                      [](const Slice& s) { return s.name == "frame 151"; });
-    ASSERT_NE(apps.end(), stalled);
-    EXPECT_EQ(467'000'000u, stalled->endNs - stalled->beginNs);
-    const uint64_t outputMs = kWallOffsetMs + 100'160 + 150 * 40 - 77;
-    EXPECT_EQ(outputMs * 1'000'000, stalled->beginNs);
-
-    for (const char* span : {"P2 configure", "P3 start", "P5 first frame"}) {
-        EXPECT_EQ(1u, trace.slices[span].size()) << span;
-    }
-    EXPECT_EQ(3, trace.others["drop"]);
-    for (const char* counter : {"frames in flight", "input bitrate", "sync offset"}) {
-        EXPECT_GT(trace.others[counter], 0) << counter;
-    }
 }
 
 Json playedWith(std::map<int, int64_t> stalls, std::set<int> drops) {

@@ -47,16 +47,12 @@ std::string fileWith(const std::string& content, const std::string& name) {
 Json reportOfFiles(const std::vector<std::string>& paths) {
     const codecreport::Reference reference;
     codecreport::Analysis analysis;
-    EXPECT_TRUE(codecreport::readLogs(reference, paths, nullptr, false, &analysis));
+    EXPECT_TRUE(codecreport::readLogs(reference, paths, false, &analysis));
     return codecreport::toJson(analysis);
 }
 
-Json reportOf(const std::string& log, codecreport::SessionObserver* observer) {
-    const std::string path = fileWith(log);
-    const codecreport::Reference reference;
-    codecreport::Analysis analysis;
-    EXPECT_TRUE(codecreport::readLogs(reference, {path}, observer, false, &analysis));
-    return codecreport::toJson(analysis);
+Json reportOf(const std::string& log) {
+    return reportOfFiles({fileWith(log)});
 }
 
 std::string threadtime(const std::vector<std::pair<const char*, std::string>>& tagsAndTexts) {

@@ -5,8 +5,6 @@
 #include <string>
 #include <vector>
 
-#include <tools/codecreport/model/SessionObserver.h>
-
 namespace android::test {
 
 using Json = nlohmann::ordered_json;
@@ -18,7 +16,7 @@ std::string fileWith(const std::string& content, const std::string& name = "log"
 Json reportOfFiles(const std::vector<std::string>& paths);
 
 /** The report that codecreport makes of a log. */
-Json reportOf(const std::string& log, codecreport::SessionObserver* observer = nullptr);
+Json reportOf(const std::string& log);
 
 /** Lines of a threadtime log of process 4321 and thread 4330, one second apart from each other. */
 std::string threadtime(const std::vector<std::pair<const char*, std::string>>& tagsAndTexts);

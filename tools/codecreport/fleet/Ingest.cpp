@@ -80,9 +80,8 @@ class Ingester {
 
     bool read(LogRecord* log) {
         Analysis analysis;
-        const bool ok = log->isMetrics
-                                ? readMetrics(log->path, &analysis)
-                                : readLogs(mReference, {log->path}, nullptr, false, &analysis);
+        const bool ok = log->isMetrics ? readMetrics(log->path, &analysis)
+                                       : readLogs(mReference, {log->path}, false, &analysis);
         if (ok) {
             log->report = toJson(analysis);
             log->pack();

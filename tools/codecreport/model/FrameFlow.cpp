@@ -19,8 +19,8 @@ constexpr size_t kMaxWaits = 64;
 
 }  // namespace
 
-FrameFlow::FrameFlow(Session* session, FrameStore* store, SessionObserver* observer)
-    : mSession(session), mStore(store), mObserver(observer), mSync(session, observer) {}
+FrameFlow::FrameFlow(Session* session, FrameStore* store)
+    : mSession(session), mStore(store), mSync(session) {}
 
 Frame* FrameFlow::find(int64_t ptsUs) {
     for (Frame& frame : mInFlight) {
@@ -40,10 +40,6 @@ Frame& FrameFlow::get(int64_t ptsUs, bool announcing) {
     }
     Frame& frame = mInFlight.emplace_back();
     frame.ptsUs = ptsUs;
-    if (mObserver != nullptr && mSession->endUs != kNoTime) {
-        mObserver->onCounter(*mSession, Counter::FRAMES_IN_FLIGHT, mSession->endUs,
-                             mInFlight.size());
-    }
     return frame;
 }
 
@@ -171,11 +167,6 @@ void FrameFlow::retire(Frame frame) {
         if (ms != kNoTime) mSession->stages[i].add(ms);
     }
     mStore->add(mSession->id, frame);
-    if (mObserver != nullptr) {
-        mObserver->onFrame(*mSession, frame);
-        mObserver->onCounter(*mSession, Counter::FRAMES_IN_FLIGHT, frame.lastUs(),
-                             mInFlight.size());
-    }
 }
 
 void FrameFlow::onDiscontinuity(Place place, int64_t timeUs) {

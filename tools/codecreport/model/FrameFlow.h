@@ -5,7 +5,6 @@
 
 #include "model/FrameStore.h"
 #include "model/Session.h"
-#include "model/SessionObserver.h"
 #include "model/SyncOffsets.h"
 
 namespace android::codecreport {
@@ -20,8 +19,7 @@ class FrameFlow {
   public:
     static constexpr size_t kMaxInFlight = 256;
 
-    /** @param observer may be null */
-    FrameFlow(Session* session, FrameStore* store, SessionObserver* observer);
+    FrameFlow(Session* session, FrameStore* store);
 
     /** The frame in flight with this timestamp, or nullptr. The oldest wins, as in the library. */
     Frame* find(int64_t ptsUs);
@@ -70,7 +68,6 @@ class FrameFlow {
 
     Session* mSession;
     FrameStore* mStore;
-    SessionObserver* mObserver;
     SyncOffsets mSync;
     std::deque<Frame> mInFlight;
 

@@ -55,6 +55,8 @@ constexpr size_t kMaxMoments = 1000;
 
 struct Session {
     int id = 0;
+    /** Captures count from 1; each has processes of its own. */
+    int capture = 0;
     int pid = -1;
     /** Process that the codec works for, where a line tells it. */
     int clientPid = -1;
@@ -64,6 +66,8 @@ struct Session {
     std::string package;
     int64_t startUs = kNoTime;
     int64_t endUs = kNoTime;
+    /** The log's timeline when the device's monotonic clock showed 0; kNoTime: no line told. */
+    int64_t monotonicOffsetUs = kNoTime;
     /** The log begins with this session running. */
     bool startedBefore = false;
     bool reported = false;
@@ -120,6 +124,7 @@ struct Session {
     RateSeries renderedRate;
     RateSeries inputRate;
     Series bitrateKbps;
+    Series displayBuffers;
     SyncStats sync;
 
     uint64_t dropRunCount = 0;

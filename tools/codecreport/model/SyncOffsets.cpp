@@ -89,9 +89,6 @@ void SyncOffsets::add(int64_t timeUs, int64_t offsetMs) {
     sync.lastMs = offsetMs;
     sync.offsets.add(offsetMs);
     sync.offsetMs.add(timeUs, offsetMs);
-    if (mObserver != nullptr) {
-        mObserver->onCounter(*mSession, Counter::SYNC_OFFSET_MS, timeUs, offsetMs);
-    }
 }
 
 }  // namespace android::codecreport

@@ -4,7 +4,6 @@
 #include <vector>
 
 #include "model/Session.h"
-#include "model/SessionObserver.h"
 
 namespace android::codecreport {
 
@@ -15,9 +14,7 @@ namespace android::codecreport {
  */
 class SyncOffsets {
   public:
-    /** @param observer may be null */
-    SyncOffsets(Session* session, SessionObserver* observer)
-        : mSession(session), mObserver(observer) {}
+    explicit SyncOffsets(Session* session) : mSession(session) {}
 
     void onShown(int64_t shownUs, int64_t ptsUs);
     void onSyncLine(int64_t timeUs, int64_t behindMs, int64_t elapsedMs);
@@ -39,7 +36,6 @@ class SyncOffsets {
     void add(int64_t timeUs, int64_t offsetMs);
 
     Session* mSession;
-    SessionObserver* mObserver;
     bool mHasReference = false;
     int64_t mReferenceMs = 0;
     int64_t mLastShownUs = kNoTime;

@@ -110,10 +110,6 @@ void onAnalysis(const Event& event) {
     if (event.fields.text("label") != "Drop") return;
     event.flow.onDropped(pts, event.timeUs, pts - event.fields.number("ts_delta_ms") * 1000,
                          lastShown(event));
-    if (event.observer != nullptr) {
-        event.observer->onMoment(event.session,
-                                 {event.timeUs, "drop", format("media time %.3f s", pts / 1e6)});
-    }
 }
 
 void onRendered(const Event& event) {
@@ -159,9 +155,7 @@ void onDequeue(const Event& event) {
 
 void onQueueBuffer(const Event& event) {
     event.flow.onQueued(event.fields.number("pts_us"), event.timeUs, -1);
-    if (event.observer == nullptr) return;
-    event.observer->onCounter(event.session, Counter::DISPLAY_BUFFERS, event.timeUs,
-                              event.fields.number("queued"));
+    event.session.displayBuffers.add(event.timeUs, event.fields.number("queued"));
 }
 
 void onWarning(const Event& event) {

@@ -6,7 +6,6 @@
 
 #include "model/FrameFlow.h"
 #include "model/Session.h"
-#include "model/SessionObserver.h"
 #include "reading/LogClock.h"
 #include "reading/Pattern.h"
 
@@ -18,11 +17,10 @@ struct Event {
     FrameFlow& flow;
     const Fields& fields;
     const LogClock& clock;
-    SessionObserver* observer;
     /** When the line was written, on the log's timeline. */
     int64_t timeUs;
 
-    /** Adds a moment to the session and tells the observer. */
+    /** Adds a moment to the session. */
     void moment(const char* kind, std::string text) const;
     /** The timeline of a monotonic stamp in the line; 0 (never stamped) is kNoTime. */
     int64_t stamp(const char* field) const;

@@ -29,38 +29,13 @@ void onP2Begin(const Event& event) {
     if (session.startup.p2BeginUs != kNoTime) session.startUs = session.startup.p2BeginUs;
 }
 
-/** A phase of the start-up that has a beginning and an end. */
-template <int64_t Startup::*BEGIN, int64_t Startup::*END>
-void endPhase(const Event& event) {
-    Startup& startup = event.session.startup;
-    startup.*END = event.stamp("at_ms");
-    if (event.observer != nullptr && startup.*BEGIN != kNoTime) {
-        const bool isP2 = BEGIN == &Startup::p2BeginUs;
-        event.observer->onSpan(event.session, isP2 ? "P2 configure" : "P3 start", startup.*BEGIN,
-                               startup.*END);
-    }
-}
-
-void onFirstRender(const Event& event) {
-    Startup& startup = event.session.startup;
-    startup.firstRenderUs = event.stamp("at_ms");
-    if (event.observer != nullptr && startup.firstInputUs != kNoTime) {
-        event.observer->onSpan(event.session, "P5 first frame", startup.firstInputUs,
-                               startup.firstRenderUs);
-    }
-}
-
 void onAdaptive(const Event& event) {
     event.session.maxWidth = event.fields.number("width");
     event.session.maxHeight = event.fields.number("height");
 }
 
 void onBitrate(const Event& event) {
-    const int64_t kbps = event.fields.number("bitrate_kbps");
-    event.session.bitrateKbps.add(event.timeUs, kbps);
-    if (event.observer != nullptr) {
-        event.observer->onCounter(event.session, Counter::BITRATE_KBPS, event.timeUs, kbps);
-    }
+    event.session.bitrateKbps.add(event.timeUs, event.fields.number("bitrate_kbps"));
 }
 
 void onFlush(const Event& event) {
@@ -156,9 +131,6 @@ void onStop(const Event& event) {
     Startup& startup = event.session.startup;
     startup.stopBeginUs = event.stamp("stop_begin_ms");
     startup.stopEndUs = event.stamp("stop_end_ms");
-    if (event.observer != nullptr && startup.stopBeginUs != kNoTime) {
-        event.observer->onSpan(event.session, "stop", startup.stopBeginUs, startup.stopEndUs);
-    }
 }
 
 }  // namespace
@@ -173,9 +145,7 @@ std::string format(const char* format, ...) {
 }
 
 void Event::moment(const char* kind, std::string text) const {
-    const Moment moment = {timeUs, kind, std::move(text)};
-    if (observer != nullptr) observer->onMoment(session, moment);
-    session.addMoment(moment);
+    session.addMoment({timeUs, kind, std::move(text)});
 }
 
 int64_t Event::stamp(const char* field) const {
@@ -188,12 +158,12 @@ void addLoggerLines(LineHandlers* handlers) {
     // clock.
     *handlers = {
             {"p2_begin", {onP2Begin, nullptr}},
-            {"p2_end", {endPhase<&Startup::p2BeginUs, &Startup::p2EndUs>, stampNow}},
+            {"p2_end", {stampPhase<&Startup::p2EndUs>, stampNow}},
             {"p3_begin", {stampPhase<&Startup::p3BeginUs>, stampNow}},
-            {"p3_end", {endPhase<&Startup::p3BeginUs, &Startup::p3EndUs>, stampNow}},
+            {"p3_end", {stampPhase<&Startup::p3EndUs>, stampNow}},
             {"first_input", {stampPhase<&Startup::firstInputUs>, stampNow}},
             {"first_ready", {stampPhase<&Startup::firstReadyUs>, nullptr}},
-            {"first_render", {onFirstRender, nullptr}},
+            {"first_render", {stampPhase<&Startup::firstRenderUs>, nullptr}},
             {"adaptive", {onAdaptive, nullptr}},
             {"app_timestamps", {[](const Event& e) { e.session.appTimestamps = true; }, nullptr}},
             {"bitrate", {onBitrate, nullptr}},

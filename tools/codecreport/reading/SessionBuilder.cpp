@@ -23,9 +23,8 @@ bool contains(std::string_view text, std::string_view part) {
 
 }  // namespace
 
-SessionBuilder::SessionBuilder(const Reference& reference, FrameStore* store,
-                               SessionObserver* observer)
-    : mReference(reference), mStore(store), mObserver(observer) {
+SessionBuilder::SessionBuilder(const Reference& reference, FrameStore* store)
+    : mReference(reference), mStore(store) {
     addRoutes(reference);
 }
 
@@ -117,13 +116,16 @@ void SessionBuilder::onRecognised(const LogLine& line, const ReferenceEntry& ent
     }
     Session& session = *open->session;
     session.endUs = timeUs;
+    if (session.monotonicOffsetUs == kNoTime && mClock.isAnchored()) {
+        session.monotonicOffsetUs = mClock.fromMonotonic(0);
+    }
     open->touched = ++mTouches;
     open->lastTid = line.tid;
     if (route.owner == Owner::BY_TAG || route.owner == Owner::BY_PREFIX) {
         if (mByThread.size() >= kMaxThreads) mByThread.clear();
         mByThread[threadOf(line)] = open;
     }
-    const Event event = {session, *open->flow, fields, mClock, mObserver, timeUs};
+    const Event event = {session, *open->flow, fields, mClock, timeUs};
     if (!route.reportKey.empty()) {
         onReportLine(line, event, route.reportKey);
     } else if (route.handler.handle != nullptr) {
@@ -257,6 +259,7 @@ SessionBuilder::Open* SessionBuilder::begin(const LogLine& line, std::string_vie
     open->session = std::make_unique<Session>();
     Session& session = *open->session;
     session.id = mNextId++;
+    session.capture = mCapture;
     session.pid = line.pid;
     session.startUs = session.endUs = timeUs;
     session.startedBefore = startedBefore;
@@ -267,11 +270,10 @@ SessionBuilder::Open* SessionBuilder::begin(const LogLine& line, std::string_vie
         session.tag.kind = "video";
         session.tag.format = tag;
     }
-    open->flow = std::make_unique<FrameFlow>(&session, mStore, mObserver);
+    open->flow = std::make_unique<FrameFlow>(&session, mStore);
     open->lastTid = line.tid;
     open->touched = ++mTouches;
     mByThread[threadOf(line)] = open.get();
-    if (mObserver != nullptr) mObserver->onSession(session);
     mOpen.push_back(std::move(open));
     return mOpen.back().get();
 }
@@ -295,6 +297,7 @@ void SessionBuilder::keep(std::unique_ptr<Session> session) {
         session->renderedRate = RateSeries();
         session->inputRate = RateSeries();
         session->bitrateKbps = Series();
+        session->displayBuffers = Series();
         session->sync.offsetMs = Series();
         session->detailed = false;
     }
@@ -318,6 +321,7 @@ void SessionBuilder::beginCapture() {
     mStats.reboots += mClock.reboots();
     mStats.hasMonotonicClock |= mClock.isAnchored();
     mClock = LogClock();
+    ++mCapture;
 }
 
 std::vector<std::unique_ptr<Session>> SessionBuilder::finish() {

@@ -56,8 +56,7 @@ class SessionBuilder {
     static constexpr size_t kMaxDetailed = 50;
     static constexpr size_t kMaxOpen = 128;
 
-    /** @param observer may be null */
-    SessionBuilder(const Reference& reference, FrameStore* store, SessionObserver* observer);
+    SessionBuilder(const Reference& reference, FrameStore* store);
 
     /** One message of the log, of the library or not. */
     void onLine(const LogLine& line);
@@ -114,8 +113,8 @@ class SessionBuilder {
 
     const Reference& mReference;
     FrameStore* mStore;
-    SessionObserver* mObserver;
     LogClock mClock;
+    int mCapture = 0;
     ReadStats mStats;
     Fields mFields;
     std::unordered_map<const ReferenceEntry*, Route> mRoutes;
