@@ -68,10 +68,21 @@ Process::Process(const std::vector<std::string>& command,
     posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
     posix_spawn_file_actions_adddup2(&actions, out[1], STDOUT_FILENO);
     posix_spawn_file_actions_adddup2(&actions, err[1], STDERR_FILENO);
-    if (posix_spawnp(&mPid, arguments[0].c_str(), &actions, nullptr, pointers(arguments).data(),
+    // As a shell starts it, whatever this process ignores or blocks: a background job ignores
+    // SIGINT.
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
+    sigset_t signals;
+    sigfillset(&signals);
+    posix_spawnattr_setsigdefault(&attributes, &signals);
+    sigemptyset(&signals);
+    posix_spawnattr_setsigmask(&attributes, &signals);
+    if (posix_spawnp(&mPid, arguments[0].c_str(), &actions, &attributes, pointers(arguments).data(),
                      pointers(variables).data()) != 0) {
         mPid = -1;
     }
+    posix_spawnattr_destroy(&attributes);
     posix_spawn_file_actions_destroy(&actions);
     close(out[1]);
     close(err[1]);
