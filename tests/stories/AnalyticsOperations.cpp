@@ -89,7 +89,8 @@ const Operations& analyticsOperations() {
                  const std::string data = a.named("data", "");
                  const auto flags = static_cast<unsigned>(a.namedNumber("flags", 0));
                  const auto owned = static_cast<int>(a.namedNumber("owned", 3));
-                 const int64_t size = data.empty() ? 1000 : static_cast<int64_t>(data.size());
+                 const int64_t size = a.namedNumber(
+                         "size", data.empty() ? 1000 : static_cast<int64_t>(data.size()));
                  analytics().updateOmxInput(a.stage.codec, bytesOf(data), static_cast<size_t>(size),
                                             a.pts(), owned, flags);
              }},
@@ -128,7 +129,7 @@ const Operations& analyticsOperations() {
                  const bool isVideo = !a.flag("notVideo");
                  const bool isOff = a.flag("off");
                  const bool isDecoder = !a.flag("encoder");
-                 const long key = a.namedNumber("key", 0);
+                 const long key = a.flag("byKey") ? a.stage.key : a.namedNumber("key", 0);
                  const auto port = static_cast<unsigned>(a.number());
                  const auto count = static_cast<size_t>(a.number());
                  const auto minUndequeued = static_cast<size_t>(a.number(0));

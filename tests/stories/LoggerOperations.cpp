@@ -21,6 +21,7 @@ sp<AMessage> formatOf(Args& args) {
 }
 
 MediaCodecLogger& loggerOf(Args& args) {
+    if (args.stage.logger == nullptr) fail("there is no logger");
     return *args.stage.logger;
 }
 

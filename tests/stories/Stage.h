@@ -28,6 +28,8 @@ class Stage {
 
     /** Another codec becomes the current one; made when it is first named. */
     void selectCodec(const std::string& name);
+    /** Another logger becomes the current one; none until it is made. */
+    void selectLogger(const std::string& name);
     void makeLogger(int pid, unsigned uid);
     void setService(const sp<IBinder>& service);
 
@@ -45,6 +47,8 @@ class Stage {
     sp<CodecBase> codec;
     long key = 0;
 
+    std::map<std::string, sp<MediaCodecLogger>> loggers;
+    std::string loggerName;
     sp<MediaCodecLogger> logger;
     sp<RecordingService> service;
 };

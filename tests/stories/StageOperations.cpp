@@ -69,6 +69,7 @@ Stage::Stage() {
 
 Stage::~Stage() {
     logger = nullptr;
+    loggers.clear();
     // Only while the analytics are on a codec can be removed, and only a registration turns them
     // on.
     setProperty("mediaanalytic.enable", "true");
@@ -88,6 +89,12 @@ void Stage::selectCodec(const std::string& name) {
     codecName = name;
     codec = named.codec;
     key = named.key;
+}
+
+void Stage::selectLogger(const std::string& name) {
+    loggers[loggerName] = logger;
+    loggerName = name;
+    logger = loggers[name];
 }
 
 void Stage::makeLogger(int pid, unsigned uid) {
@@ -193,6 +200,7 @@ const Operations& stageOperations() {
                  const int64_t pid = a.number(kUnknownPid);
                  a.stage.makeLogger(static_cast<int>(pid), static_cast<unsigned>(a.number(1000)));
              }},
+            {"logger", [](Args& a) { a.stage.selectLogger(a.text()); }},
             {"release", [](Args& a) { a.stage.logger = nullptr; }},
     };
     return operations;

@@ -10,3 +10,10 @@ if(TARGET codecplay)
         CODECPLAY_CLIPS="${CMAKE_CURRENT_BINARY_DIR}/clips"
         CODECPLAY_DEMO_CLIP="${CMAKE_SOURCE_DIR}/tools/codecplay/make-demo-clip.sh")
 endif()
+
+if(TARGET codecplay AND TARGET story_test)
+    add_test(NAME story.recordedByCodecplay
+        COMMAND ${CMAKE_SOURCE_DIR}/tests/stories/check-recording.sh $<TARGET_FILE:codecplay>
+            $<TARGET_FILE:story_test>)
+    set_tests_properties(story.recordedByCodecplay PROPERTIES TIMEOUT 60)
+endif()

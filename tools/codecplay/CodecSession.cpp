@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "CodecSession.h"
 
+#include <inttypes.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <utility>
 
 #include <mediaCodecLogger/ZephraMediaAnalytic.h>
+
+#include "StoryRecorder.h"
 
 namespace android::codecplay {
 
@@ -141,6 +144,7 @@ bool CodecSession::finished() {
 }
 
 void CodecSession::run() {
+    recordEvent(mCodec.get(), "Create");
     mLogger = MediaCodecLogger::Create(getpid(), getuid());
     configure();
     for (;;) {
@@ -234,6 +238,7 @@ void CodecSession::onEvent() {
         case ComponentEvent::NO_PICTURE:
             ++mCounts.noPicture;
             // It will be neither rendered nor dropped by anybody else.
+            recordEvent(mCodec.get(), "dropFrameAnalyze %" PRId64, event.timeUs);
             ZephraMediaAnalytic::instance().dropFrameAnalyze(mCodec, event.timeUs, false);
             break;
         case ComponentEvent::INPUT_DONE:
@@ -279,6 +284,7 @@ void CodecSession::onCommand() {
             break;
         case Command::FLUSH:
             flush();
+            recordEvent(mCodec.get(), "updateMetricsForFlush");
             mLogger->updateMetricsForFlush();
             break;
         case Command::RECONFIGURE:
@@ -288,6 +294,7 @@ void CodecSession::onCommand() {
         case Command::STOP:
             stopCodec();
             mComponent.stop();
+            recordEvent(mCodec.get(), "release");
             mLogger.clear();
             break;
     }

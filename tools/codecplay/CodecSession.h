@@ -113,6 +113,8 @@ class CodecSession {
     bool paced() const { return mOptions.paced(); }
     bool tunneled() const { return mStream.video && mOptions.tunneled; }
     bool secure() const { return mStream.video && mOptions.secure; }
+    /** What a story says of the stream besides. */
+    const char* storyKind() const { return tunneled() ? " off" : mStream.video ? "" : " notVideo"; }
     long key() const { return reinterpret_cast<long>(mCodec.get()); }
 
     // CodecSession.cpp: the looper.

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The share of CodecSession that talks to the library.
+#include <inttypes.h>
 #include <string.h>
 #include <unistd.h>
 
@@ -9,6 +10,7 @@
 #include <mediaCodecLogger/ZephraMediaAnalytic.h>
 
 #include "CodecSession.h"
+#include "StoryRecorder.h"
 
 namespace android::codecplay {
 
@@ -34,18 +36,28 @@ int64_t nowUs() {
 void CodecSession::configure() {
     ZephraMediaAnalytic& analytics = ZephraMediaAnalytic::instance();
     const AString name(mName.c_str());
+    recordEvent(mCodec.get(), "addCodec \"%s\"", mName.c_str());
     analytics.addCodec(name, mCodec, key(), key());
+    recordEvent(mCodec.get(), "configure \"%s\" %s flags=%u", mName.c_str(),
+                mFormatName.mime.c_str(), tunneled() ? kTunneledFlag : 0);
     mLogger->configure(name, mFormatName.mime.c_str(), tunneled() ? kTunneledFlag : 0, true, 0, 0,
                        mCodec, true);
     // What a tunnel shows does not pass the framework, so its frames cannot be followed.
-    if (!mOptions.omx) analytics.updateCCodecConfigs(mCodec, mStream.video, tunneled(), true);
+    if (!mOptions.omx) {
+        recordEvent(mCodec.get(), "updateCCodecConfigs%s", storyKind());
+        analytics.updateCCodecConfigs(mCodec, mStream.video, tunneled(), true);
+    }
+    recordEvent(mCodec.get(), "profileP2End");
     mLogger->profileP2End();
     mFormatAnnounced = false;
+    recordEvent(mCodec.get(), "isInMitigateFrameDropAllowlist");
     mMitigatesDrops = mLogger->isInMitigateFrameDropAllowlist();
 
+    recordEvent(mCodec.get(), "profileP3Start");
     mLogger->profileP3Start();
     reportBuffers();
     if (!mComponent.started()) mComponent.start();
+    recordEvent(mCodec.get(), "profileP3End");
     mLogger->profileP3End();
 }
 
@@ -55,9 +67,13 @@ void CodecSession::reportBuffers() {
     const size_t counts[] = {Component::kInputBuffers, mDisplay.count()};
     for (unsigned port = 0; port < 2; ++port) {
         if (mOptions.omx) {
+            recordEvent(mCodec.get(), "updateBuffers %u %zu %zu%s", port, counts[port],
+                        DisplayQueue::kMinUndequeued, storyKind());
             analytics.updateBuffers(mCodec, port, counts[port], DisplayQueue::kMinUndequeued,
                                     mStream.video, tunneled(), true);
         } else {
+            recordEvent(mCodec.get(), "updateBuffers byKey %u %zu %zu", port, counts[port],
+                        DisplayQueue::kMinUndequeued);
             // By key, because the other form would make the codec an OMX one.
             analytics.updateBuffers(key(), port, counts[port], DisplayQueue::kMinUndequeued);
         }
@@ -65,8 +81,10 @@ void CodecSession::reportBuffers() {
 }
 
 void CodecSession::stopCodec() {
+    recordEvent(mCodec.get(), "profileMCStopBegin");
     mLogger->profileMCStopBegin();
     flush();
+    recordEvent(mCodec.get(), "profileMCStopEnd");
     mLogger->profileMCStopEnd();
 
     const DisplayQueue::Statistics display = mDisplay.takeStatistics();
@@ -80,8 +98,10 @@ void CodecSession::stopCodec() {
         metrics += ";HWCRenderFrameCount=" + std::to_string(display.shown) +
                    ";MaxConsecutiveFramesDropped=" + std::to_string(display.longestRunNeverShown);
     }
+    recordEvent(mCodec.get(), "updateVendorMetrics \"%s\"", metrics.c_str());
     AString text(metrics.c_str());
     mLogger->updateVendorMetrics(text);
+    recordEvent(mCodec.get(), "logMetrics");
     const AString report = mLogger->logMetrics();
     if (!report.empty()) mReports.push_back(report.c_str());
 }
@@ -96,6 +116,7 @@ void CodecSession::queueInput(const Packet& packet) {
 
 void CodecSession::queueInputBuffer(const uint8_t* data, size_t size, int64_t timeUs,
                                     unsigned flags) {
+    recordEvent(mCodec.get(), "queueInputBuffer_pre %" PRId64, timeUs);
     if (mOptions.secure && size > 0) {
         // The start of a frame stays clear, so that its headers can be read; the rest counts as
         // encrypted, although there is nobody here to decrypt it.
@@ -111,6 +132,8 @@ void CodecSession::queueInputBuffer(const uint8_t* data, size_t size, int64_t ti
                                       CryptoPlugin::kMode_Unencrypted, timeUs, nowUs(), false);
     }
     if (size > 0) mFaults.hold(Fault::SLOW_DECRYPT, mInputNumber);
+    recordEvent(mCodec.get(), "logInputBufferBitrate %" PRId64 " size=%zu%s", timeUs, size,
+                secure() ? " secure secureMemory" : "");
     mLogger->logInputBufferBitrate(size, timeUs, secure(), secure());
     if (!mOptions.omx) return;
     size_t owned;
@@ -118,6 +141,8 @@ void CodecSession::queueInputBuffer(const uint8_t* data, size_t size, int64_t ti
         Mutex::Autolock lock(mLock);
         owned = Component::kInputBuffers - mFreeInputs;
     }
+    recordEvent(mCodec.get(), "updateOmxInput %" PRId64 " size=%zu owned=%zu flags=%u", timeUs,
+                size, owned, flags);
     ZephraMediaAnalytic::instance().updateOmxInput(mCodec, data, size, timeUs,
                                                    static_cast<int>(owned), flags);
 }
@@ -129,6 +154,7 @@ void CodecSession::announceFormat(const StreamFormat& format) {
     if (reallocated) reportBuffers();
     sp<AMessage> message = format.toMessage(
             mFormatName.mime, mCodec->reportsMtkKeys() ? VendorKeys::MTK : VendorKeys::DEFAULT);
+    recordFormat(mCodec.get(), message);
     mLogger->updateFormatChanged(message);
     mFormatAnnounced = true;
 }
@@ -139,11 +165,15 @@ void CodecSession::onFrame(ComponentEvent frame) {
     if (changed || !mFormatAnnounced) announceFormat(frame.format);
     if (changed) mFormats.push_back(frame.format);
     if (mOptions.omx) {
+        recordEvent(mCodec.get(), "updateACodecOutput size=%zu", frame.size);
         ZephraMediaAnalytic::instance().updateACodecOutput(
                 mCodec, frame.bytes.empty() ? nullptr : frame.bytes.data(), nullptr, frame.size);
     }
     // What goes through a tunnel has no output buffer that reaches the client.
-    if (!tunneled()) mLogger->updatePTSTime(frame.timeUs, false, 1);
+    if (!tunneled()) {
+        recordEvent(mCodec.get(), "updatePTSTime %" PRId64, frame.timeUs);
+        mLogger->updatePTSTime(frame.timeUs, false, 1);
+    }
     frame.position = mClock->follow(&mTrack, frame.timeUs);
     // Once it is reached, a clock that jumps back does not lead before the target again.
     if (frame.timeUs >= mSkipUntilUs) mSkipUntilUs = INT64_MIN;
@@ -157,6 +187,7 @@ void CodecSession::onFrame(ComponentEvent frame) {
 }
 
 void CodecSession::onEnd(int64_t timeUs) {
+    recordEvent(mCodec.get(), "updatePTSTime %" PRId64 " eos", timeUs);
     mLogger->updatePTSTime(timeUs, true, 1);
     if (!mClockReady) {
         mClockReady = true;
@@ -181,6 +212,7 @@ void CodecSession::releaseFront() {
     if (fate == Fate::DROP_BEFORE_TARGET) return;
     mPositionUs = frame.timeUs;
     while (!mErrors.empty() && mErrors.front().atUs <= frame.timeUs) {
+        recordEvent(mCodec.get(), "uploadDecoderError %d", mErrors.front().type);
         mLogger->uploadDecoderError(mErrors.front().type);
         mErrors.pop_front();
     }
@@ -222,16 +254,22 @@ void CodecSession::renderOrDrop(const ComponentEvent& frame, Fate fate, int64_t 
         return;
     }
     const bool rendered = fate == Fate::RENDER;
+    recordEvent(mCodec.get(), "updateFrameDropCounters %" PRId64 "%s", frame.timeUs,
+                rendered ? "" : " dropped");
     mLogger->updateFrameDropCounters(frame.timeUs, rendered);
     if (!rendered) {
         mDisplay.cancel(frame.buffer);
         return;
     }
+    recordEvent(mCodec.get(), "resetConsecutiveFrameDropFlag %" PRId64 " %" PRId64, renderTimeNs,
+                frame.timeUs);
     mLogger->resetConsecutiveFrameDropFlag(renderTimeNs, frame.timeUs, false, 1);
     const int64_t startUs = nowUs();
     mDisplay.block(mFaults.delayNs(Fault::BLOCK_DISPLAY, frame.number));
     mFaults.hold(Fault::BLOCK_DISPLAY, frame.number);
     mDisplay.queue(frame.buffer, renderTimeNs);
+    recordEvent(mCodec.get(), "updateQueueBuffer %p %" PRId64 " %" PRId64 " %" PRId64,
+                static_cast<const void*>(frame.buffer.get()), startUs, renderTimeNs, frame.timeUs);
     ZephraMediaAnalytic::instance().updateQueueBuffer(mCodec, startUs, renderTimeNs, frame.timeUs,
                                                       frame.buffer.get());
 }
@@ -242,10 +280,13 @@ void CodecSession::reportTunneled(const ComponentEvent& frame, Fate fate, int64_
         if (fate != Fate::DROP_BEFORE_TARGET) ++mTunnelDrops;
         return;
     }
+    recordEvent(mCodec.get(), "resetConsecutiveFrameDropFlag %" PRId64 " %" PRId64 " fromTunnel",
+                renderTimeNs, frame.timeUs);
     mLogger->resetConsecutiveFrameDropFlag(renderTimeNs, frame.timeUs, true, 1);
     const int64_t nowMs = MediaCodecLogger::getSystemTimeMillis();
     const int64_t lastMs = std::exchange(mLastRenderMs, nowMs);
     if (lastMs >= 0 && nowMs - lastMs >= kDelayedOutputMs) {
+        recordEvent(mCodec.get(), "notifyOutBufferAvailablAfterDelay %" PRId64, nowMs - lastMs);
         mLogger->notifyOutBufferAvailablAfterDelay(nowMs - lastMs);
     }
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Component.h"
 
+#include <inttypes.h>
 #include <stdlib.h>
 #include <string.h>
 
@@ -11,6 +12,7 @@
 #include <mediaCodecLogger/ZephraMediaAnalytic.h>
 
 #include "MediaClock.h"
+#include "StoryRecorder.h"
 
 namespace android::codecplay {
 
@@ -276,6 +278,9 @@ bool Component::emit(const AVFrame& frame) {
     DisplayQueue::Acquired acquired;
     if (!mOutput->acquire(&acquired)) return false;
     if (acquired.dequeued) {
+        recordEvent(mCodec.get(), "updateDequeueBuffer %p %" PRId64 " owned=%zu",
+                    static_cast<const void*>(acquired.buffer.get()), acquired.startUs,
+                    acquired.held);
         ZephraMediaAnalytic::instance().updateDequeueBuffer(mCodec, acquired.startUs,
                                                             acquired.buffer.get(), acquired.held);
     }
@@ -296,9 +301,12 @@ bool Component::emit(const AVFrame& frame) {
 void Component::reportOutput(int64_t timeUs, unsigned flags, size_t size) {
     ZephraMediaAnalytic& analytics = ZephraMediaAnalytic::instance();
     if (mOptions.omx) {
+        recordEvent(mCodec.get(), "updateOmxOutput %" PRId64 " flags=%u size=%zu", timeUs, flags,
+                    size);
         analytics.updateOmxOutput(mOmxKey, timeUs, static_cast<int>(flags),
                                   static_cast<unsigned>(size));
     } else {
+        recordEvent(mCodec.get(), "updateC2Output %" PRId64 " flags=%u", timeUs, flags);
         analytics.updateC2Output(mCodec, timeUs, flags);
     }
 }

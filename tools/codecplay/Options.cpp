@@ -315,6 +315,10 @@ Section output(Options* o) {
                         "write metrics records there, one JSON object a line; \"-\" is standard "
                         "output",
                         &o->metricsFile, kFiles),
+             textOption("story", "FILE",
+                        "write what the library is told there, with the clock, as a story that the "
+                        "library's tests play",
+                        &o->storyFile, kFiles),
              flag("json", 0,
                   "print one JSON document with the sessions; the log is then written only with "
                   "--log",

@@ -97,6 +97,7 @@ struct Options {
 
     std::string logFile;
     std::string metricsFile;
+    std::string storyFile;
     bool json = false;
     bool quiet = false;
 

@@ -19,6 +19,7 @@
 #include "Options.h"
 #include "OutputFile.h"
 #include "Player.h"
+#include "StoryRecorder.h"
 #include "Summary.h"
 
 namespace android::codecplay {
@@ -33,13 +34,15 @@ std::atomic<bool> gStop{false};
 struct Outputs {
     OutputFile log;
     OutputFile metrics;
+    OutputFile story;
     OutputFile standard;
 };
 
 /** Says which outputs could not be written; true if all could. */
 bool allWritten(const Outputs& outputs) {
     bool written = true;
-    for (const OutputFile* file : {&outputs.log, &outputs.metrics, &outputs.standard}) {
+    for (const OutputFile* file :
+         {&outputs.log, &outputs.metrics, &outputs.story, &outputs.standard}) {
         const std::string error = file->error();
         if (error.empty()) continue;
         fprintf(stderr, "codecplay: %s\n", error.c_str());
@@ -98,6 +101,10 @@ bool openOutputs(const Options& options, Outputs* outputs) {
         hostplatform::setMetricsListener([outputs](const hostplatform::MetricsRecord& record) {
             outputs->metrics.write(hostplatform::toJson(record) + '\n');
         });
+    }
+    if (!options.storyFile.empty()) {
+        outputs->story.open(options.storyFile);
+        startStory(&outputs->story, options);
     }
     outputs->standard.open("-");
     allowProgress(!options.quiet && !outputs->log.isTerminal() && !outputs->metrics.isTerminal());
