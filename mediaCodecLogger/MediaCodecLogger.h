@@ -29,7 +29,8 @@ class MediaCodecLoggerClient;
  * the system's logger service.
  *
  * Words used below:
- * - session: what is measured between two calls of resetMetricsData(), normally one configuration;
+ * - session: what is measured between two calls of `resetMetricsData()`, normally one
+ * configuration;
  * - segment: a stretch of playback whose output timestamps run on without a jump or a flush;
  * - codec tag: class, framework, kind and format of the codec, for example HW.c2.video.avc;
  * - settling: the time from the first output timestamp or a flush until 501 ms after the first
@@ -37,10 +38,10 @@ class MediaCodecLoggerClient;
  * - now: CLOCK_MONOTONIC in milliseconds. A stamp of 0 means "not yet".
  *
  * Threads: the logger owns none. Event operations come from the codec's threads, several at once,
- * but not while configure() or logMetrics() runs; getStatus() and the format getters may be called
- * from any thread at any time. Only format changes and the format getters take the logger's lock;
- * no lock is held over a call to the service. Scalars are relaxed atomics, so a query may see a
- * stale value and of two colliding updates one may be lost. With the frame analytics off, a frame
+ * but not while `configure()` or `logMetrics()` runs; `getStatus()` and the format getters may be
+ * called from any thread at any time. Only format changes and the format getters take the logger's
+ * lock; no lock is held over a call to the service. Scalars are relaxed atomics, so a query may see
+ * a stale value and of two colliding updates one may be lost. With the frame analytics off, a frame
  * in steady playback costs no allocation, no lock and three clock reads, and codecs on different
  * threads write no common cache line; hence the alignment.
  *
@@ -174,7 +175,7 @@ class alignas(64) MediaCodecLogger : public RefBase {
      */
     void logInputBufferBitrate(unsigned long size, long timeUs, bool secure, bool secureMemoryUsed);
 
-    /** The share of logInputBufferBitrate() that measures bitrate and keeps the input history. */
+    /** The share of `logInputBufferBitrate()` that measures bitrate and keeps the input history. */
     void performBitrateCalculationAndTracking(unsigned long size, long timeUs);
 
     /** Whether a raw audio stream carries Dolby Atmos; the audio system is asked once a session. */
@@ -289,11 +290,11 @@ class alignas(64) MediaCodecLogger : public RefBase {
     template <typename Call>
     void notifyService(Call call);
 
-    // Whose codec it is. Written by the constructor and configure().
+    // Whose codec it is. Written by the constructor and `configure()`.
     logger::CodecIdentity mIdentity;
     sp<CodecBase> mCodec;
 
-    // Configuration switches. Written by configure(), read everywhere.
+    // Configuration switches. Written by `configure()`, read everywhere.
     Relaxed<bool> mIsDecoder;
     Relaxed<bool> mLoggingEnabled;
     Relaxed<bool> mMetricsLogged;
@@ -303,7 +304,7 @@ class alignas(64) MediaCodecLogger : public RefBase {
     sp<IMediaCodecLoggerService> mService;
     sp<MediaCodecLoggerClient> mClient;
 
-    /** What is measured; resetMetricsData() assigns a fresh one. */
+    /** What is measured; `resetMetricsData()` assigns a fresh one. */
     logger::Session mSession;
 
     // What a reset keeps, because the next session of the codec starts with it.

@@ -23,8 +23,6 @@ using namespace logger;
 
 namespace {
 
-/** The total is logged whenever it is a multiple of this. */
-constexpr uint32_t kDropLogInterval = 10;
 /** The app left the render time to the platform. */
 constexpr int64_t kNoRenderTime = -1;
 
@@ -143,7 +141,7 @@ void MediaCodecLogger::checkRepeatedInputPTS(long pts) {
 void MediaCodecLogger::finishResolutionChange() {
     ResolutionChange& change = mSession.resolutionChange;
     change.mResChangePending = false;
-    const int64_t gapMs = wrapSub(getSystemTimeMillis(), mSession.rendering.mLastRenderTimeMs);
+    const int64_t gapMs = mSession.rendering.sinceLastRenderMs(getSystemTimeMillis());
     ALOGI("%s Resolution change from %dx%d to %dx%d took = %" PRId64, embeddedWarnings().c_str(),
           int{change.mPrevWidth}, int{change.mPrevHeight}, int{mSession.format.mWidth},
           int{mSession.format.mHeight}, gapMs);
@@ -155,7 +153,7 @@ void MediaCodecLogger::sendRampupMetric() {
             mSession.resolutionChange.takeRampup(mSession.format.mWidth, mSession.format.mHeight);
     if (rampup == ResolutionChange::Rampup::NONE) return;
     // Unsigned, as the service has always been told it: huge when nothing was rendered yet.
-    const uint64_t rampupMs = wrapSub(getSystemTimeMillis(), mSession.startup.mFirstFrameRenderMs);
+    const uint64_t rampupMs = mSession.startup.sinceFirstFrameRenderMs(getSystemTimeMillis());
     sendMetric(rampup == ResolutionChange::Rampup::UHD ? kUhdRampup : kFhdRampup,
                mIdentity.mPackageName.c_str(), codecDescriptor(mIdentity, mSession, "").c_str(),
                static_cast<double>(rampupMs));
@@ -213,7 +211,7 @@ void MediaCodecLogger::updateFrameDropCounters() {
     if (!mLoggingEnabled || !mIsDecoder) return;
     DropRuns& drops = mSession.drops;
     const uint32_t total = drops.totalWithRun();
-    if (total % kDropLogInterval == 0) {
+    if (DropRuns::isLogged(total)) {
         // Before the run closes: the markers at its head tell of the runs before this one.
         ALOGI("%s Dropped %d frames", embeddedWarnings().c_str(), static_cast<int>(total));
     }

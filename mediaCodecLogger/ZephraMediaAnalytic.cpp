@@ -102,7 +102,7 @@ ZephraMediaAnalytic::TrackerRef ZephraMediaAnalytic::lookUp(const CodecBase* cod
 }
 
 ZephraMediaAnalytic::TrackerRef ZephraMediaAnalytic::lookUp_l(const CodecBase* codec) const {
-    // Instead of indexOfKey(), which takes and drops a reference to the codec to compare its key.
+    // Instead of `indexOfKey()`, which takes and drops a reference to the codec to compare its key.
     size_t low = 0;
     size_t high = mTrackers.size();
     while (low < high) {

@@ -65,8 +65,8 @@ class ZephraMediaAnalytic : public Singleton<ZephraMediaAnalytic> {
      * keys. Does nothing while the analytics are off.
      *
      * @param name starts the codec's log lines until its format is known
-     * @param omxKey number by which updateOmxOutput() names the codec
-     * @param bufferKey number by which updateBuffers() names the codec
+     * @param omxKey number by which `updateOmxOutput()` names the codec
+     * @param bufferKey number by which `updateBuffers()` names the codec
      * @return 0, or -EMFILE when 101 codecs are registered already
      */
     status_t addCodec(const AString& name, sp<CodecBase> codec, long omxKey, long bufferKey);
@@ -212,10 +212,10 @@ class ZephraMediaAnalytic : public Singleton<ZephraMediaAnalytic> {
     KeyedVector<sp<CodecBase>, sp<FrameTracker>> mTrackers GUARDED_BY(mLock);
     /** In order of registration. */
     List<CodecItem> mCodecs GUARDED_BY(mLock);
-    /** For each key the first of mCodecs that has it. */
+    /** For each key the first of `mCodecs` that has it. */
     KeyIndex mByOmxKey GUARDED_BY(mLock);
     KeyIndex mByBufferKey GUARDED_BY(mLock);
-    /** The property as the last addCodec() read it; nothing else writes it. */
+    /** The property as the last `addCodec()` read it; nothing else writes it. */
     Relaxed<bool> mEnabled = false;
 };
 

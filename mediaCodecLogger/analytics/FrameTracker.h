@@ -36,7 +36,7 @@ namespace android {
  * A tracker lives until its last reference goes, weak ones included.
  *
  * Threads: every operation holds the tracker's lock for its whole run, file writes included.
- * updateConfigs() alone takes none: what it sets is settled before frames flow.
+ * `updateConfigs()` alone takes none: what it sets is settled before frames flow.
  */
 class ZephraMediaAnalytic::FrameTracker : public RefBase {
   public:
@@ -87,7 +87,7 @@ class ZephraMediaAnalytic::FrameTracker : public RefBase {
     ~FrameTracker() override = default;
 
   private:
-    // Marks of mLastAvSyncLogMs.
+    // Marks of `mLastAvSyncLogMs`.
     static constexpr int64_t kNeverLogged = -1;
     static constexpr int64_t kFlushed = -2;
 
@@ -162,14 +162,15 @@ class ZephraMediaAnalytic::FrameTracker : public RefBase {
 
     /** Warnings about unknown timestamps since start or flush. */
     int32_t mErrorFrameCount GUARDED_BY(mLock) = 0;
-    /** A frame was analysed since the last render. Nothing reads it but who looks at a crash. */
+    /** A frame was analysed since the last render; only a dump of memory shows it. */
     bool mAnalyzed GUARDED_BY(mLock) = false;
 
-    // Names. The prefix is the name, and from the first queued input on the format's name.
+    // Names. The prefix is the name, which only a dump of memory shows afterwards, and from the
+    // first queued input on the format's name.
     AString mFormatName GUARDED_BY(mLock);
     const AString mName;
     AString mLogPrefix GUARDED_BY(mLock);
-    /** Marks a tracker in a dump of memory; nothing reads it. */
+    /** Marks a tracker in a dump of memory. */
     const AString mQaTag{"MMSW_QA_TEST"};
 
     // Dumps, opened when first written.

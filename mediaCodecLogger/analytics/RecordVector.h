@@ -10,7 +10,7 @@
 namespace android::analytics {
 
 /**
- * Vector::editItemAt() without its look at whether another vector shares the storage: those of a
+ * `Vector::editItemAt()` without its look at whether another vector shares the storage: those of a
  * tracker are never copied.
  */
 template <typename T>
@@ -19,7 +19,7 @@ T& editRecord(Vector<T>& records, size_t index) {
 }
 
 /**
- * Removes one record. Vector::removeAt() may move what remains to new memory; taking records off
+ * Removes one record. `Vector::removeAt()` may move what remains to new memory; taking records off
  * the end does not while there are few, so a steady flow of frames allocates nothing.
  */
 template <typename T>

@@ -14,7 +14,7 @@ namespace android {
 
 /**
  * What the logger service can ask one codec. Every codec logger serves it and hands it to the
- * service with IMediaCodecLoggerService::registerClient().
+ * service with `IMediaCodecLoggerService::registerClient()`.
  *
  * Calls are two-way and may come on any thread at any time. A proxy whose codec is gone answers
  * with an empty text, false or 0 and logs nothing.

@@ -29,8 +29,8 @@ inline constexpr char kLoggerServiceName[] = "zephra_media_codec_logger";
  *
  * A client id is chosen by the codec's process, which keeps it unique only within itself.
  *
- * Calls block until the service replies, except the two events onFirstFrameRendered() and
- * onOutBufferAvailableAfterDelay(). A proxy may be used on any thread. When the service is gone,
+ * Calls block until the service replies, except the two events `onFirstFrameRendered()` and
+ * `onOutBufferAvailableAfterDelay()`. A proxy may be used on any thread. When the service is gone,
  * void methods return, status methods carry the error, out-values stay as they are and values are 0
  * or empty; some calls log a warning.
  *

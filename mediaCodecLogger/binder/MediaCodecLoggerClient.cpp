@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <mediaCodecLogger/binder/MediaCodecLoggerClient.h>
 
-#include <media/stagefright/CodecBase.h>
-
 #include <mediaCodecLogger/MediaCodecLogger.h>
 
 namespace android {

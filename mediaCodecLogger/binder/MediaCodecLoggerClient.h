@@ -19,7 +19,7 @@ class MediaCodecLogger;
  *
  * The address of this object (not of one of its bases) is the client id in every service call.
  *
- * Queries may come on any thread at any time. initialize() must be called once, before the object
+ * Queries may come on any thread at any time. `initialize()` must be called once, before the object
  * is handed to the service.
  */
 class MediaCodecLoggerClient : public BnMediaCodecLoggerClient {

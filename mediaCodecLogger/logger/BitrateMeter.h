@@ -24,7 +24,7 @@ struct BitrateMeter {
     /** Of the last closed one; bytes a millisecond, times 8, are kbit/s. */
     Relaxed<uint64_t> mBitrateKbps = 0;
 
-    /** A buffer was queued. True when it closed an interval: mBitrateKbps is new. */
+    /** A buffer was queued. True when it closed an interval: `mBitrateKbps` is new. */
     bool add(uint64_t bytes, int64_t nowMs) {
         mIntervalBytes += bytes;
         if (mIntervalStartMs == 0) mIntervalStartMs = nowMs;

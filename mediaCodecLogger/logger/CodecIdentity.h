@@ -21,8 +21,8 @@ enum TagWord : uint32_t {
 
 /**
  * Whose codec it is and what it is called. The process is fixed, the codec's names change with each
- * configuration; mCodecTag and mCodecFormat under mTextLock, which the codec's own threads, idle
- * meanwhile, read them without.
+ * configuration; `mCodecTag` and `mCodecFormat` under `mTextLock`, which the codec's own threads,
+ * idle meanwhile, read them without.
  */
 struct CodecIdentity {
     static constexpr uint32_t kFlagTunneled = 0x1;
@@ -41,7 +41,7 @@ struct CodecIdentity {
     /** A copy that is safe against a reconfiguration on another thread. */
     AString copyCodecFormat() const;
 
-    /** As MediaCodecLogger::replacePkgNameWithPid(). */
+    /** As `MediaCodecLogger::replacePkgNameWithPid()`. */
     AString replacePkgNameWithPid(const char* text) const;
 
     const int32_t mPid;

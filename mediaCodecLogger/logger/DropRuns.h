@@ -17,6 +17,11 @@ struct DropRuns {
     /** A run younger than this at a flush is an effect of the seek, not a fault. */
     static constexpr uint64_t kMinFlushedRunMs = 300;
 
+    /** The total is logged whenever it is a multiple of this. */
+    static constexpr uint32_t kLogInterval = 10;
+    /** The longest run is told at the head of warning lines from this length on. */
+    static constexpr uint32_t kWarnedRun = 10;
+
     /** A run is open. */
     Relaxed<bool> mInDropRun = false;
     Relaxed<int64_t> mDropRunStartMs = 0;
@@ -41,7 +46,7 @@ struct DropRuns {
         mInDropRun = true;
     }
 
-    /** Before close(): at a flush, frames dropped since shortly before it do not count. */
+    /** Before `close()`: at a flush, frames dropped since shortly before it do not count. */
     void forgiveIfYoung(int64_t nowMs) {
         const uint64_t runMs = wrapSub(nowMs, mDropRunStartMs);
         if (runMs < kMinFlushedRunMs) mConsecutiveFramesDropped = 0;
@@ -49,6 +54,9 @@ struct DropRuns {
 
     /** The total, had the open run been closed. */
     uint32_t totalWithRun() const { return mFramesDropped + mConsecutiveFramesDropped; }
+
+    /** Also a total of 0, which a flush may leave. */
+    static bool isLogged(uint32_t total) { return total % kLogInterval == 0; }
 
     /**
      * Adds the open run, of whatever length, to the total and to the pieces it is made of, the

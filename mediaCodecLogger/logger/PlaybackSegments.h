@@ -32,7 +32,7 @@ struct PlaybackSegments {
 
     /**
      * Says what a timestamp is to the open segment, opens the first one and counts the frames of
-     * one that continues. mLastPts stays, because a repetition shows against it.
+     * one that continues. `mLastPts` stays, because a repetition shows against it.
      */
     Step step(int64_t pts, uint64_t frames) {
         if (pts >= 0 && mSegmentStartPts == kNoPts) {

@@ -23,6 +23,8 @@ struct Rendering {
     /** Before the first output the answer is `nowMs` + 1, which the service knows. */
     int64_t sinceLastOutputMs(int64_t nowMs) const { return wrapSub(nowMs, mLastOutputTimeMs); }
 
+    int64_t sinceLastRenderMs(int64_t nowMs) const { return wrapSub(nowMs, mLastRenderTimeMs); }
+
     bool isDelayed(int64_t nowMs) const {
         return mLastOutputTimeMs != kNoOutput && sinceLastOutputMs(nowMs) >= kDelayedOutputMs;
     }

@@ -18,6 +18,8 @@ struct RepeatedTimestamps {
      * and that is not reported.
      */
     static constexpr int kReportedInputOccurrences = 2;
+    /** Told at the head of warning lines from this count on; one more than drops, as ever. */
+    static constexpr int32_t kWarnedCount = 11;
 
     Relaxed<int32_t> mRepeatPtsCount = 0;
     Relaxed<int32_t> mRepeatInputPtsCount = 0;

@@ -8,15 +8,14 @@ void appendWarningsPrefix(const CodecIdentity& codec, const Session& session, bo
     const uint32_t longestRun = session.drops.mMaxConsecutiveFramesDropped;
     const int32_t repeats = session.repeats.mRepeatPtsCount;
     const int32_t inputRepeats = session.repeats.mRepeatInputPtsCount;
-    // A long drop run raises its marker from 10 on, repeated timestamps theirs from 11 on.
     const struct {
         const char* name;
         int32_t count;
         bool raised;
     } kWarnings[] = {
-            {"mcfd", static_cast<int32_t>(longestRun), longestRun >= 10},
-            {"rot", repeats, repeats >= 11},
-            {"rit", inputRepeats, inputRepeats >= 11},
+            {"mcfd", static_cast<int32_t>(longestRun), longestRun >= DropRuns::kWarnedRun},
+            {"rot", repeats, repeats >= RepeatedTimestamps::kWarnedCount},
+            {"rit", inputRepeats, inputRepeats >= RepeatedTimestamps::kWarnedCount},
     };
     bool marked = false;
     for (const auto& warning : kWarnings) {

@@ -10,7 +10,7 @@
 
 namespace android::logger {
 
-/** Appends the prefix of warning lines, as MediaCodecLogger::getEmbeddedWarnings(). */
+/** Appends the prefix of warning lines, as `MediaCodecLogger::getEmbeddedWarnings()`. */
 void appendWarningsPrefix(const CodecIdentity& codec, const Session& session, bool secureMemoryUsed,
                           bool atmos, AString& out);
 
@@ -21,7 +21,7 @@ AString metricPrefix(const CodecIdentity& codec, const Session& session);
 AString codecDescriptor(const CodecIdentity& codec, const Session& session,
                         const char* afterFormat);
 
-/** As MediaCodecLogger::getFramedropMeta(). */
+/** As `MediaCodecLogger::getFramedropMeta()`. */
 AString framedropMeta(const CodecIdentity& codec, const Session& session);
 
 }  // namespace android::logger

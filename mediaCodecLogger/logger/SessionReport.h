@@ -27,10 +27,10 @@ struct ReportedSession {
  */
 AString writeReport(const ReportedSession& reported);
 
-/** As MediaCodecLogger::logToBuffers(). */
+/** As `MediaCodecLogger::logToBuffers()`. */
 void logMetric(const CodecIdentity& codec, const char* key, uint64_t value);
 
-/** As MediaCodecLogger::logFramerateToPulse(). */
+/** As `MediaCodecLogger::logFramerateToPulse()`. */
 int sendFramerate(const char* packageName, const char* codec, float fps);
 
 /** The class of the frame rate that a stream declares: "24", "25", "30", "50" or "60". */

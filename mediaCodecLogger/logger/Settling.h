@@ -36,7 +36,7 @@ struct Settling {
         mAwaitingFirstRender = true;
     }
 
-    /** Only then is it worth the clock read of endIfDue(). */
+    /** Only then is it worth the clock read of `endIfDue()`. */
     bool mayEnd() const { return mFirstRenderAfterFlushMs != 0; }
 
     /** Unsigned: a render stamped after this clock read counts as long ago, as it always has. */

@@ -13,7 +13,7 @@ namespace android::logger {
  * a phase that was never stamped gives an odd value, which the report shows rather than hides.
  */
 struct StartupProfile {
-    // P2: from configure() to the end of the codec's configuration.
+    // P2: from `configure()` to the end of the codec's configuration.
     Relaxed<int64_t> mP2StartMs = 0;
     Relaxed<int64_t> mP2EndMs = 0;
     // P3: as the framework says.
@@ -34,6 +34,9 @@ struct StartupProfile {
     int64_t p3Ms() const { return wrapSub(mP3EndMs, mP3StartMs); }
     int64_t firstFrameReadyMs() const { return wrapSub(mFirstFrameReadyMs, mFirstInputTimeMs); }
     int64_t firstFrameRenderMs() const { return wrapSub(mFirstFrameRenderMs, mFirstInputTimeMs); }
+    int64_t sinceFirstFrameRenderMs(int64_t nowMs) const {
+        return wrapSub(nowMs, mFirstFrameRenderMs);
+    }
     int64_t stopMs() const { return wrapSub(mStopEndMs, mStopBeginMs); }
 };
 

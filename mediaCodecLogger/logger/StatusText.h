@@ -8,7 +8,7 @@
 
 namespace android::logger {
 
-/** As MediaCodecLogger::getStatus(). `atmos` counts for audio alone. */
+/** As `MediaCodecLogger::getStatus()`. `atmos` counts for audio alone. */
 AString statusText(const CodecIdentity& codec, const Session& session, bool secureMemoryUsed,
                    bool atmos);
 

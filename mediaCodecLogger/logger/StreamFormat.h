@@ -45,7 +45,7 @@ struct StreamFormatTexts {
     AString mScanType;
 };
 
-/** What a format message says; kAbsent for what it does not. */
+/** What a format message says; `kAbsent` for what it does not. */
 struct FormatUpdate {
     static constexpr int32_t kAbsent = -1;
 
@@ -66,7 +66,7 @@ struct FormatUpdate {
     void take(const sp<AMessage>& message, StreamFormat& format, StreamFormatTexts& texts);
 };
 
-/** As MediaCodecLogger::convertExtendedColorToStandard(). */
+/** As `MediaCodecLogger::convertExtendedColorToStandard()`. */
 status_t convertExtendedColor(const sp<AMessage>& message, int32_t& standard);
 
 }  // namespace android::logger

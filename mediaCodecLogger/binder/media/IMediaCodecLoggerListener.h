@@ -15,7 +15,7 @@ namespace android {
 namespace media {
 
 /**
- * What an observer of the logger service is told; registered with registerListener() of the
+ * What an observer of the logger service is told; registered with `registerListener()` of the
  * service. All calls are one-way. The definition is android/media/IMediaCodecLoggerListener.aidl;
  * this is what the platform's generator makes of it, in one file.
  */
@@ -29,7 +29,7 @@ class IMediaCodecLoggerListener : public IInterface {
     virtual binder::Status notifyVideoClientUnregistered(int32_t value) = 0;
 };
 
-/** A base for objects given to setDefaultImpl(): every method fails as an unknown transaction. */
+/** A base for objects given to `setDefaultImpl()`: every method fails as an unknown transaction. */
 class IMediaCodecLoggerListenerDefault : public IMediaCodecLoggerListener {
   public:
     binder::Status notifyFirstFrameRendered(int64_t clientId) override;

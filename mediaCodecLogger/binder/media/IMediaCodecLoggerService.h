@@ -47,7 +47,7 @@ class IMediaCodecLoggerService : public IInterface {
                                                          const std::vector<std::string>& listB) = 0;
 };
 
-/** A base for objects given to setDefaultImpl(): every method fails as an unknown transaction. */
+/** A base for objects given to `setDefaultImpl()`: every method fails as an unknown transaction. */
 class IMediaCodecLoggerServiceDefault : public IMediaCodecLoggerService {
   public:
     binder::Status registerListener(const sp<IMediaCodecLoggerListener>& listener,
