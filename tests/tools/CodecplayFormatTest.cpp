@@ -53,6 +53,7 @@ constexpr FormatCase kFormats[] = {
         {"Opus", "opus", "", "", "libopus", "opus"},
         {"Vorbis", "ogg", "", "", "libvorbis", "vorbis"},
         {"Pcm", "wav", "", "", "pcm_s16le", "raw"},
+        {"Wma", "wma", "", "", "wmav2", "wmav2"},
         {"G711", "wav", "", "", "pcm_alaw -ar 8000", "g711"},
         // Packets without presentation times: those of pictures that others follow out of order.
         {"Mpeg4WithoutTimes", "avi", kMpeg4, "mp4v", "", ""},
@@ -127,6 +128,23 @@ INSTANTIATE_TEST_SUITE_P(Formats, CodecplayFormatTest, testing::ValuesIn(kFormat
                          [](const auto& info) {
                              return std::string(info.param.name) + "_" + info.param.extension;
                          });
+
+// Two passes, because only these make VP8 hide pictures in packets of their own.
+TEST(CodecplayFormatHiddenTest, hiddenFramesLeaveTheTrackerAtOnce) {
+    const std::string pass = picture(3) +
+                             "-c:v libvpx -auto-alt-ref 1 -lag-in-frames 16 -b:v 100k -g 60 "
+                             "-passlogfile " CODECPLAY_CLIPS "/hidden -pass ";
+    const std::string file =
+            clip("hidden.webm",
+                 pass + "1 -f null /dev/null && ffmpeg -v error -nostdin -y " + pass + "2");
+    for (const char* road : {"--codec2", "--omx"}) {
+        const Played played =
+                play(analysis("0x1") + std::vector<std::string>{road, "--speed", "0", file});
+        EXPECT_GT(played.video()["no_picture"], 0);
+        EXPECT_EQ(accountedFrames(played.video()), played.video()["packets"]);
+        for (const std::string& line : played.log) EXPECT_LE(numberBehind({line}, " tsS:"), 1);
+    }
+}
 
 namespace {
 

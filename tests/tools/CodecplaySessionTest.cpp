@@ -56,6 +56,8 @@ TEST(CodecplaySessionTest, analysisFollowsAFrameOnBothRoads) {
 
 TEST(CodecplaySessionTest, fullReportHasPlaybackTimeAndRecords) {
     const std::string metrics = scratchFile("metrics");
+    // What was in the file goes.
+    runProcess({"sh", "-c", "echo before >" + metrics});
     // Two rounds of 4 s: 3966 ms between first and last picture, each.
     const Played played =
             play({"--speed", "0", "--loop", "2", "--metrics", metrics, ordinaryClip()});

@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // codecplay as a command: options, streams, exit codes, signals.
-#include <gtest/gtest.h>
+#include <fcntl.h>
 #include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
 
 #include <regex>
 
@@ -38,6 +42,7 @@ TEST(CodecplayUsageTest, wrongCommandLinesAreRefused) {
                                   "--display 1920 f",
                                   "--display 0x5 f",
                                   "--prop name f",
+                                  "--json --metrics - f",
                                   "--prop =value f",
                                   "--prop name=" + std::string(92, 'x') + " f",
                                   "--vsync 0 f",
@@ -91,7 +96,12 @@ TEST(CodecplayUsageTest, unwritableOutputEndsWithItsOwnCode) {
         EXPECT_EQ(result.exitCode, 4) << option;
         EXPECT_NE(result.err.find("/no/such/folder/file: cannot be written"), std::string::npos);
     }
-    EXPECT_EQ(codecplay({"--speed", "0", "--log", "/dev/full", ordinaryClip()}).exitCode, 4);
+    for (const char* arguments : {"--log /dev/full", "--json >/dev/full", "--quiet --json >&-"}) {
+        const ProcessResult result = runProcess(
+                {"sh", "-c", CODECPLAY " --speed 0 " + ordinaryClip() + ' ' + arguments});
+        EXPECT_EQ(result.exitCode, 4) << arguments;
+        EXPECT_NE(result.err.find("cannot be written: "), std::string::npos) << result.err;
+    }
 }
 
 TEST(CodecplayUsageTest, interruptEndsPlaybackWithItsReports) {
@@ -110,6 +120,45 @@ TEST(CodecplayUsageTest, interruptEndsPlaybackWithItsReports) {
     EXPECT_LT(video["rendered"], 120);
     EXPECT_EQ(accountedFrames(video), video["packets"]);
     EXPECT_NE(readFile(log).find("HW.c2.video.avc.BRISK-P2Ms = "), std::string::npos);
+}
+
+TEST(CodecplayUsageTest, signalsEndEveryWait) {
+    const std::string fifo = scratchFile("a:b.fifo");
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    struct Wait {
+        int signal;
+        std::vector<std::string> arguments;
+        size_t bytes;
+    };
+    for (const Wait& wait :
+         std::vector<Wait>{{SIGINT, {fifo}, 0},
+                           {SIGTERM, {fifo}, 30000},
+                           {SIGINT, {"--stall", "9:60000", ordinaryClip()}, 0}}) {
+        const int feed = open(fifo.c_str(), O_RDWR | O_CLOEXEC);
+        Process process(std::vector<std::string>{CODECPLAY, "--json"} + wait.arguments);
+        const std::string bytes = readFile(ordinaryClip()).substr(0, wait.bytes);
+        ASSERT_EQ(write(feed, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
+        usleep(700'000);
+        process.signal(wait.signal);
+        const ProcessResult result = process.wait(10'000);
+        EXPECT_EQ(result.exitCode, 128 + wait.signal) << result.err;
+        EXPECT_FALSE(Json::parse(result.out, nullptr, false).is_discarded()) << result.out;
+        close(feed);
+    }
+}
+
+TEST(CodecplayUsageTest, serviceThatHangsIsLeftBehind) {
+    const std::vector<std::string> environment = {"HOSTBINDER_DIR=" + scratchFile("binder")};
+    Process service({CODECLOGGERD}, environment);
+    ASSERT_TRUE(service.waitForOutput("serving"));
+    service.signal(SIGSTOP);
+    Process process({CODECPLAY, "--json", ordinaryClip()}, environment);
+    usleep(500'000);
+    process.signal(SIGTERM);
+    const ProcessResult result = process.wait(20'000);
+    EXPECT_EQ(result.exitCode, 143) << result.err;
+    EXPECT_NE(result.err.find("does the logger service hang?"), std::string::npos) << result.err;
+    EXPECT_FALSE(Json::parse(result.out, nullptr, false).is_discarded()) << result.out;
 }
 
 TEST(CodecplayUsageTest, displayAndPackageReachTheLibrary) {

@@ -4,9 +4,10 @@ if(TARGET codecplay)
         SOURCES CodecplayTest.h CodecplayTest.cpp CodecplayFaultTest.cpp CodecplayFormatTest.cpp
             CodecplaySessionTest.cpp CodecplayUsageTest.cpp ${CMAKE_SOURCE_DIR}/tests/support/Process.cpp
         LIBS)
-    add_dependencies(codecplay_test codecplay)
+    add_dependencies(codecplay_test codecplay codecloggerd)
     target_compile_definitions(codecplay_test PRIVATE
         CODECPLAY="$<TARGET_FILE:codecplay>"
+        CODECLOGGERD="$<TARGET_FILE:codecloggerd>"
         CODECPLAY_CLIPS="${CMAKE_CURRENT_BINARY_DIR}/clips"
         CODECPLAY_DEMO_CLIP="${CMAKE_SOURCE_DIR}/tools/codecplay/make-demo-clip.sh")
 endif()

@@ -24,9 +24,6 @@ constexpr nsecs_t kOfferNs = 10'000'000;
 /** How long waits take no notice of playback's end. */
 constexpr nsecs_t kLookForStopNs = 50'000'000;
 
-/** What a looper may take to end when playback is to. */
-constexpr nsecs_t kPatienceNs = 2'000'000'000;
-
 /** Sound goes to its sink this much ahead of the speaker. */
 constexpr int64_t kAudioLeadNs = 100'000'000;
 
@@ -123,11 +120,12 @@ void CodecSession::post(Command command) {
     mChanged.broadcast();
 }
 
-bool CodecSession::waitCommand() {
+bool CodecSession::waitCommand(int64_t* patienceNs) {
     Mutex::Autolock lock(mLock);
-    for (int64_t leftNs = kPatienceNs; mCommand.kind != Command::NONE && leftNs > 0;) {
+    while (mCommand.kind != Command::NONE && *patienceNs > 0) {
+        const int64_t startNs = monotonicNs();
         mChanged.waitRelative(mLock, kLookForStopNs);
-        if (mStop) leftNs -= kLookForStopNs;
+        if (mStop) *patienceNs -= monotonicNs() - startNs;
     }
     return mCommand.kind == Command::NONE;
 }

@@ -82,9 +82,12 @@ class CodecSession {
     void waitIdle();
     /** Runs a command on the looper. The caller waits for it with waitCommand(). */
     void post(Command command);
-    /** False if playback is to end and the looper does not answer: a service that hangs holds it.
+    /**
+     * False if playback is to end and the looper does not answer: a service that hangs holds it.
+     *
+     * @param patienceNs what all such waits together may take
      */
-    bool waitCommand();
+    bool waitCommand(int64_t* patienceNs);
     /** Looks again at what is due. */
     void wake();
 

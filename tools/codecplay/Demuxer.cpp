@@ -48,14 +48,10 @@ bool isMedia(const AVStream& stream) {
 }
 
 /** Why the stream cannot be played; empty if it can. */
-std::string hindrance(const AVStream& stream) {
+std::string hindrance(const AVStream& stream, bool encrypted) {
     const AVCodecParameters& parameters = *stream.codecpar;
     const bool video = parameters.codec_type == AVMEDIA_TYPE_VIDEO;
-    if (parameters.codec_tag == MKTAG('e', 'n', 'c', 'v') ||
-        parameters.codec_tag == MKTAG('e', 'n', 'c', 'a') ||
-        av_stream_get_side_data(&stream, AV_PKT_DATA_ENCRYPTION_INIT_INFO, nullptr)) {
-        return "is encrypted";
-    }
+    if (encrypted) return "is encrypted";
     if (parameters.codec_id == AV_CODEC_ID_NONE) {
         char tag[AV_FOURCC_MAX_STRING_SIZE];
         return std::string("unknown codec ") + av_fourcc_make_string(tag, parameters.codec_tag);
@@ -88,12 +84,13 @@ bool Demuxer::open(const std::string& file, std::string* error) {
     mFile = file;
     if (!mInput.open(file, error) || !openFormat(error)) return false;
     mPositions.assign(mFormat->nb_streams, kNone);
+    const std::vector<FirstPackets> first = lookAtFirstPackets();
     for (unsigned i = 0; i < mFormat->nb_streams; ++i) {
         const AVStream& stream = *mFormat->streams[i];
         if (!isMedia(stream)) continue;
-        const std::string reason = hindrance(stream);
+        const std::string reason = hindrance(stream, first[i].encrypted);
         if (reason.empty()) {
-            addStream(stream);
+            addStream(stream, first[i].withoutTimes);
         } else {
             mUnplayable.push_back({stream.index, reason});
         }
@@ -107,7 +104,6 @@ bool Demuxer::open(const std::string& file, std::string* error) {
                                     [](const StreamInfo& stream) { return stream.video; });
     discardOthers();
     mPrimary = video == mStreams.end() ? 0 : static_cast<size_t>(video - mStreams.begin());
-    findStreamsWithoutTimes();
     return true;
 }
 
@@ -136,7 +132,29 @@ bool Demuxer::openFormat(std::string* error) {
     return true;
 }
 
-void Demuxer::addStream(const AVStream& stream) {
+/** Once for the whole file: a stream that mixed kinds of times would run back and forth. */
+std::vector<Demuxer::FirstPackets> Demuxer::lookAtFirstPackets() {
+    constexpr size_t kPackets = 200;
+    // A pipe may be live.
+    constexpr size_t kLivePackets = 20;
+    const bool untimed = (mFormat->iformat->flags & AVFMT_NOTIMESTAMPS) != 0;
+    std::vector<FirstPackets> found(mFormat->nb_streams, {untimed, false});
+    while (mUnstamped.size() < (seekable() ? kPackets : kLivePackets)) {
+        PacketPtr data(av_packet_alloc());
+        if (av_read_frame(mFormat.get(), data.get()) < 0) break;
+        const size_t stream = static_cast<size_t>(data->stream_index);
+        if (stream < found.size()) {
+            if (data->pts == AV_NOPTS_VALUE) found[stream].withoutTimes = true;
+            if (av_packet_get_side_data(data.get(), AV_PKT_DATA_ENCRYPTION_INFO, nullptr)) {
+                found[stream].encrypted = true;
+            }
+        }
+        mUnstamped.push_back(std::move(data));
+    }
+    return found;
+}
+
+void Demuxer::addStream(const AVStream& stream, bool withoutTimes) {
     mPositions[stream.index] = mStreams.size();
     CodecParametersPtr parameters(avcodec_parameters_alloc());
     avcodec_parameters_copy(parameters.get(), stream.codecpar);
@@ -144,7 +162,7 @@ void Demuxer::addStream(const AVStream& stream) {
     mStreams.push_back(
             {stream.index, video, std::move(parameters), av_q2d(stream.avg_frame_rate),
              av_stream_get_side_data(&stream, AV_PKT_DATA_DOVI_CONF, nullptr) != nullptr});
-    mTimestamps.emplace_back(stream.time_base, defaultDurationUs(stream), mOffsetUs);
+    mTimestamps.emplace_back(stream.time_base, defaultDurationUs(stream), mOffsetUs, withoutTimes);
     mEndsUs.push_back(INT64_MIN);
     mAwaitSync.push_back(false);
 }
@@ -153,30 +171,6 @@ void Demuxer::discardOthers() {
     for (unsigned i = 0; i < mFormat->nb_streams; ++i) {
         if (i < mPositions.size() && mPositions[i] != kNone) continue;
         mFormat->streams[i]->discard = AVDISCARD_ALL;
-    }
-}
-
-/**
- * The first packets show which streams lack presentation times. Decided once, because a stream that
- * mixed both kinds would run back and forth.
- */
-void Demuxer::findStreamsWithoutTimes() {
-    constexpr size_t kPackets = 200;
-    const bool untimed = (mFormat->iformat->flags & AVFMT_NOTIMESTAMPS) != 0;
-    for (TimestampMaker& timestamps : mTimestamps) {
-        if (untimed) timestamps.useDecodeTimes();
-    }
-    // A pipe may be live; what was read to find the streams has to do.
-    const size_t count = untimed ? 0 : mInput.seekable() ? kPackets : kPackets / 10;
-    while (mUnstamped.size() < count) {
-        PacketPtr data(av_packet_alloc());
-        if (av_read_frame(mFormat.get(), data.get()) < 0) break;
-        const size_t index = static_cast<size_t>(data->stream_index);
-        if (index < mPositions.size() && mPositions[index] != kNone &&
-            data->pts == AV_NOPTS_VALUE) {
-            mTimestamps[mPositions[index]].useDecodeTimes();
-        }
-        mUnstamped.push_back(std::move(data));
     }
 }
 

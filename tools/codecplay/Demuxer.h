@@ -54,11 +54,14 @@ struct Packet {
  */
 class TimestampMaker {
   public:
-    TimestampMaker(AVRational timeBase, int64_t defaultDurationUs, int64_t offsetUs)
-        : mTimeBase(timeBase), mDefaultDurationUs(defaultDurationUs), mOffsetUs(offsetUs) {}
+    /** @param inDecodeOrder packets have no presentation times to go by */
+    TimestampMaker(AVRational timeBase, int64_t defaultDurationUs, int64_t offsetUs,
+                   bool inDecodeOrder)
+        : mTimeBase(timeBase),
+          mDefaultDurationUs(defaultDurationUs),
+          mOffsetUs(offsetUs),
+          mInDecodeOrder(inDecodeOrder) {}
 
-    /** The stream's packets have no presentation times to go by. */
-    void useDecodeTimes() { mInDecodeOrder = true; }
     bool inDecodeOrder() const { return mInDecodeOrder; }
 
     /** False for a packet whose time nothing tells, as the first ones after a seek. */
@@ -73,7 +76,7 @@ class TimestampMaker {
     const AVRational mTimeBase;
     const int64_t mDefaultDurationUs;
     const int64_t mOffsetUs;
-    bool mInDecodeOrder = false;
+    const bool mInDecodeOrder;
     int64_t mNextUs = 0;
 };
 
@@ -119,10 +122,16 @@ class Demuxer {
   private:
     static constexpr size_t kNone = SIZE_MAX;
 
+    /** What the first packets of a stream show. */
+    struct FirstPackets {
+        bool withoutTimes;
+        bool encrypted;
+    };
+
     bool openFormat(std::string* error);
-    void addStream(const AVStream& stream);
+    std::vector<FirstPackets> lookAtFirstPackets();
+    void addStream(const AVStream& stream, bool withoutTimes);
     void discardOthers();
-    void findStreamsWithoutTimes();
     int readFile(PacketPtr* data);
     Result readNext(Packet* packet, std::string* error);
     void forgetPlace();

@@ -166,13 +166,6 @@ bool parseProperty(const std::string& text, Options* options) {
     const auto parts = split(text, '=');
     if (!parts || parts->first.empty()) return false;
     options->properties.push_back(*parts);
-    bool known = false;
-    std::istringstream all(kProperties);
-    for (std::string word; all >> word;) known = known || split(word, '=')->first == parts->first;
-    if (!known) {
-        fprintf(stderr, "codecplay: --prop %s: the library reads no property of this name\n",
-                parts->first.c_str());
-    }
     return true;
 }
 
@@ -347,6 +340,14 @@ options::Program program(Options* options) {
 }
 
 }  // namespace
+
+bool isKnownProperty(const std::string& name) {
+    std::istringstream all(kProperties);
+    for (std::string word; all >> word;) {
+        if (word.substr(0, word.find('=')) == name) return true;
+    }
+    return false;
+}
 
 int worseExit(int a, int b) {
     static constexpr int kWorstLast[] = {EXIT_PLAYED,       EXIT_STREAM_NOT_PLAYED, EXIT_DAMAGED,

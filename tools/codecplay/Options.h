@@ -22,6 +22,9 @@ enum ExitCode {
     EXIT_TERMINATED = 143,
 };
 
+/** Whether the library reads a system property of this name. */
+bool isKnownProperty(const std::string& name);
+
 /** The one of two exit codes that a caller has to know of first. */
 int worseExit(int a, int b);
 

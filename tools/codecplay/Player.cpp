@@ -203,7 +203,7 @@ void Player::interrupt(CodecSession::Command::Kind kind, int64_t toUs) {
     forEachSession([&](CodecSession& session) {
         session.post({kind, seekable ? toUs : Demuxer::kBeginning});
     });
-    forEachSession([](CodecSession& session) { session.waitCommand(); });
+    forEachSession([&](CodecSession& session) { session.waitCommand(&mPatienceNs); });
     mClock.reset();
     if (!mDemuxer.seek(toUs) && !mStop) {
         warn(seekable ? "its beginning cannot be read again; playback ends here"
@@ -217,7 +217,7 @@ void Player::interrupt(CodecSession::Command::Kind kind, int64_t toUs) {
 void Player::finish() {
     forEachSession([](CodecSession& session) { session.post({CodecSession::Command::STOP}); });
     forEachSession([&](CodecSession& session) {
-        const bool ended = session.waitCommand();
+        const bool ended = session.waitCommand(&mPatienceNs);
         if (!ended) {
             warn("stream " + std::to_string(session.streamIndex()) +
                  ": its codec does not end; does the logger service hang?");

@@ -58,6 +58,8 @@ class Player {
     int mLoopsLeft;
     bool mInputEnded = false;
     int64_t mProgressShownNs = 0;
+    /** What is left of the time that codecs may take to end when playback is to. */
+    int64_t mPatienceNs = 2'000'000'000;
 };
 
 }  // namespace android::codecplay

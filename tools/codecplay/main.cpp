@@ -85,8 +85,11 @@ void handleSignals() {
 
 bool setProperties(const Options& options) {
     for (const auto& [name, value] : options.properties) {
+        if (!isKnownProperty(name)) {
+            complain("--prop " + name, "the library reads no property of this name");
+        }
         if (property_set(name.c_str(), value.c_str()) == 0) continue;
-        fprintf(stderr, "codecplay: --prop %s: the value is too long\n", name.c_str());
+        complain("--prop " + name, "the value is too long");
         return false;
     }
     return true;
