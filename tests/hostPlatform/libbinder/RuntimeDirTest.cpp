@@ -18,7 +18,6 @@ namespace {
 namespace fs = std::filesystem;
 
 using ::testing::ElementsAre;
-using ::testing::UnorderedElementsAre;
 using transport::ObjectAddress;
 using transport::PeerId;
 using transport::RuntimeDir;
@@ -60,29 +59,6 @@ TEST_F(RuntimeDirTest, aFolderThatOthersCouldChangeIsRefused) {
         EXPECT_FALSE(dirAt(path).publish("name", {{1, 1}, 1})) << path;
         EXPECT_FALSE(mLog.take().empty()) << path;
     }
-}
-
-TEST_F(RuntimeDirTest, namesAreFoundReplacedAndWithdrawn) {
-    const RuntimeDir dir = dirAt(mRoot / "dir");
-    const PeerId first = {1, 0xfedcba9876543210};
-    const PeerId second = {2, 5};
-    const base::unique_fd socket = dir.listenAs(first);
-    EXPECT_TRUE(dir.publish("a/b", {first, 7}));
-    EXPECT_TRUE(dir.publish("..", {first, 8}));
-    EXPECT_TRUE(dir.publish("100%41", {second, 9}));
-    EXPECT_THAT(dir.names(), UnorderedElementsAre("a/b", "..", "100%41"));
-    ObjectAddress found;
-    EXPECT_TRUE(dir.find("a/b", &found));
-    EXPECT_EQ(first, found.peer);
-    EXPECT_EQ(7u, found.object);
-    EXPECT_FALSE(dir.find("a", &found));
-
-    EXPECT_TRUE(dir.publish("a/b", {second, 1}));
-    EXPECT_TRUE(dir.find("a/b", &found));
-    EXPECT_EQ(second, found.peer);
-    dir.withdraw(first);
-    EXPECT_THAT(dir.names(), UnorderedElementsAre("a/b", "100%41"));
-    EXPECT_EQ(0u, filesIn(mRoot / "dir/peers"));
 }
 
 TEST_F(RuntimeDirTest, whatCrashesLeftIsSweptAndNothingElse) {

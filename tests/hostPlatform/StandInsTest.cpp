@@ -1,0 +1,142 @@
+// SPDX-License-Identifier: Apache-2.0
+// What the library takes for granted of the platform's small libraries.
+#include <cutils/properties.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <stdint.h>
+
+#include <string>
+
+#include <media/AudioParameter.h>
+#include <media/stagefright/foundation/AMessage.h>
+#include <media/stagefright/foundation/AString.h>
+#include <media/stagefright/foundation/ColorUtils.h>
+#include <tests/support/LogCapture.h>
+#include <tests/support/ScopedProperties.h>
+
+namespace android {
+namespace {
+
+using testing::Pair;
+
+TEST(PropertiesTest, valuesAreReadAsOnADevice) {
+    constexpr int64_t kDefault = -77;
+    const struct {
+        const char* value;
+        int asBool;  // 2: the default
+        int64_t as32;
+        int64_t as64;
+    } kCases[] = {{"1", 1, 1, 1},
+                  {"yes", 1, kDefault, kDefault},
+                  {"on", 1, kDefault, kDefault},
+                  {"true", 1, kDefault, kDefault},
+                  {"0", 0, 0, 0},
+                  {"off", 0, kDefault, kDefault},
+                  {"TRUE", 2, kDefault, kDefault},
+                  {" true", 2, kDefault, kDefault},
+                  {"", 2, kDefault, kDefault},
+                  {"0x10", 2, 16, 16},
+                  {"010", 2, 8, 8},
+                  {"12abc", 2, 12, 12},
+                  {"2147483648", 2, kDefault, 2147483648},
+                  {"9223372036854775808", 2, kDefault, kDefault}};
+    test::ScopedProperties properties;
+    for (const auto& [value, asBool, as32, as64] : kCases) {
+        properties.set("key", value);
+        EXPECT_EQ(property_get_bool("key", 2), asBool) << value;
+        EXPECT_EQ(property_get_int32("key", kDefault), as32) << value;
+        EXPECT_EQ(property_get_int64("key", kDefault), as64) << value;
+    }
+    const auto get = [](const char* key, const std::string& fallback) {
+        char value[PROPERTY_VALUE_MAX];
+        const int length = property_get(key, value, fallback.c_str());
+        return std::pair<int, std::string>(length, value);
+    };
+    EXPECT_THAT(get("key", "default"), Pair(19, "9223372036854775808"));
+    EXPECT_THAT(get("unset", std::string(200, 'd')), Pair(91, std::string(91, 'd')));
+}
+
+TEST(AudioParameterTest, getIntReadsTheLeadingNumberOrGives0) {
+    const struct {
+        const char* pairs;
+        status_t status;
+        int value;
+    } kCases[] = {{"", BAD_VALUE, 0},
+                  {"KEY=1", BAD_VALUE, 0},
+                  {"key=1", NO_ERROR, 1},
+                  {"key= 7x", NO_ERROR, 7},
+                  {"key=1;key=2", NO_ERROR, 2},
+                  {";;a;key=4;", NO_ERROR, 4},
+                  {"key=true", INVALID_OPERATION, 0},
+                  {"key", INVALID_OPERATION, 0}};
+    for (const auto& [pairs, status, expected] : kCases) {
+        int value = -99;
+        EXPECT_EQ(AudioParameter(String8(pairs)).getInt(String8("key"), value), status) << pairs;
+        EXPECT_EQ(value, expected) << pairs;
+    }
+}
+
+TEST(AStringTest, findAndAppendAreThoseOfADevice) {
+    const AString text("abcabc");
+    EXPECT_EQ(text.find("c", 3), 5);
+    EXPECT_EQ(text.find("x"), -1);
+    EXPECT_EQ(text.find("", 6), 6);
+    EXPECT_EQ(AString("ab\0cd", 5).find("c"), -1);
+    EXPECT_DEATH(text.find("", 7), "F/AString");
+    AString numbers;
+    numbers.append(UINT64_MAX);
+    numbers.append(true);
+    numbers.append(1.5f);
+    EXPECT_STREQ(numbers.c_str(), "1844674407370955161511.500000");
+    EXPECT_DEATH(numbers.append(1e10f), "F/AString");
+}
+
+TEST(AMessageTest, findsNeedTheExactTypeOfTheLatestValue) {
+    const sp<AMessage> message = new AMessage;
+    message->setString("narrow", "changes its type");
+    message->setInt32("narrow", 32);
+    message->setInt64("wide", 64);
+    int32_t narrow = -1;
+    int64_t wide = -1;
+    AString text("old");
+    EXPECT_FALSE(message->findInt32("wide", &narrow));
+    EXPECT_FALSE(message->findInt64("narrow", &wide));
+    EXPECT_FALSE(message->findString("narrow", &text));
+    EXPECT_EQ(narrow, -1);
+    EXPECT_EQ(wide, -1);
+    EXPECT_STREQ(text.c_str(), "old");
+    EXPECT_EQ(message->countEntries(), 2u);
+}
+
+/** The standard that a decoder's becomes on its way to the display. */
+int32_t displayed(int32_t standard) {
+    const sp<AMessage> format = new AMessage;
+    format->setInt32("color-standard", standard);
+    ColorAspects aspects;
+    ColorUtils::getColorAspectsFromFormat(format, aspects);
+    ColorUtils::getDataSpaceForColorAspects(aspects, true);
+    int32_t range, result, transfer;
+    EXPECT_EQ(ColorUtils::convertCodecColorAspectsToPlatformAspects(aspects, &range, &result,
+                                                                    &transfer),
+              NO_ERROR);
+    return result;
+}
+
+TEST(ColorUtilsTest, everyStandardBecomesTheNearestPlainOne) {
+    /** Rows are matrix coefficients, columns primaries. */
+    constexpr const char* kNearestStandard[7] = {"0183596", "1183596", "1282496", "1282496",
+                                                 "1183596", "1183596", "1474477"};
+    const test::LogCapture log;
+    for (int32_t plain = 0; plain <= 9; ++plain) EXPECT_EQ(displayed(plain), plain);
+    for (int32_t m = 0; m < 7; ++m) {
+        for (int32_t p = 0; p < 7; ++p) {
+            const int32_t nearest = kNearestStandard[m][p] - '0';
+            EXPECT_EQ(displayed(64 + p + 7 * m), nearest) << p << ", " << m;
+            EXPECT_EQ(displayed(0x10000 + p + 256 * m), nearest) << p << ", " << m;
+        }
+    }
+    for (const int32_t unknown : {10, 63, 113, 0x20000, -1}) EXPECT_EQ(displayed(unknown), 1);
+}
+
+}  // namespace
+}  // namespace android
