@@ -55,28 +55,30 @@ TEST(LatencyLine, stagesAndHistoriesOfALateFrame) {
     last.mRenderTimeMs = 1040;
     last.mRenderCallTimeMs = 1030;
     Vector<AnalyticTsInfo> records;
+    records.push_back(frame(16000, 950));
     records.push_back(frame(33000, 1000));
     records.push_back(frame(66000, 1105));
     Vector<FillBufInfo> fills;
     fills.push_back({1110, 1100, 4});
 
     std::string text = "of the line before";
-    LatencyLine line(text, records[0], last);
-    line.begin("Drop", FrameLatency(records[0], last, 2000), 0, 2);
+    const AnalyticTsInfo& rec = records[1];
+    LatencyLine line(text, rec, last);
+    line.begin("Drop", FrameLatency(rec, last, 2000), 1, 3);
     line.appendDelayHistory(records, fills);
     line.appendDecodeHistory(records);
     line.appendFillHistory(fills);
     EXPECT_EQ(
-            "Drop:33000(1967) TD:33 FARD:82(92) FAD:100(20) AL:878(2000) FL:100(120) 0/2"
-            "$D:-15(2)Q:-12(10)$I:-100(3:0)I:-200(3:-33000)",
+            "Drop:33000(1967) TD:33 FARD:82(92) FAD:100(20) AL:878(2000) FL:100(120) 1/3"
+            "$D:-15(2)Q:-12(10)$I:-100(3:0)I:-150(3:-17)I:-200(3:-33000)",
             text);
 
     // A client that renders by media time, and then nothing rendered at all.
     last.mTimeUs = 1040000;
-    line.begin("Drop", FrameLatency(records[0], last, 2000), 0, 2);
+    line.begin("Drop", FrameLatency(rec, last, 2000), 1, 3);
     EXPECT_NE(std::string::npos, text.find("FARD:(92)"));
     last = AnalyticTsInfo();
-    line.begin("Drop", FrameLatency(records[0], last, 2000), 0, 2);
+    line.begin("Drop", FrameLatency(rec, last, 2000), 1, 3);
     EXPECT_EQ(0u, text.find("Pre-Render Drop:33000(1967) TD:33 FARD:(1122)"));
 }
 
