@@ -2,10 +2,10 @@
 #include "output/PageReport.h"
 
 #include <algorithm>
-#include <string_view>
-#include <tuple>
+#include <optional>
 #include <vector>
 
+#include "model/Severity.h"
 #include "output/JsonReport.h"
 
 namespace android::codecreport {
@@ -35,22 +35,24 @@ double numberOf(const Json& value) {
     return value.is_number() ? value.get<double>() : 0;
 }
 
-/** How bad a verdict is; what was not judged, sound for instance, comes last. */
-int rankOf(const Json& session) {
-    static constexpr std::string_view kBestFirst[] = {"smooth", "cannot tell", "stuttered",
-                                                      "broke off"};
+std::optional<Word> wordOf(const Json& session) {
     const Json& word = valueOf(session, {"verdict", "word"});
-    if (!word.is_string()) return -1;
-    const auto at = std::find(std::begin(kBestFirst), std::end(kBestFirst),
-                              word.get_ref<const std::string&>());
-    return static_cast<int>(at - std::begin(kBestFirst));
+    for (Word each : {Word::SMOOTH, Word::STUTTERED, Word::BROKE_OFF, Word::CANNOT_TELL}) {
+        if (word == toString(each)) return each;
+    }
+    return {};
 }
 
-auto severityOf(const Json& session) {
-    return std::make_tuple(rankOf(session), numberOf(valueOf(session, {"standing", "total_ms"})),
-                           numberOf(valueOf(session, {"counts", "never_shown_count"})),
-                           numberOf(valueOf(session, {"incident_count"})),
-                           numberOf(valueOf(session, {"counts", "error_count"})));
+Severity severityOf(const Json& session) {
+    Severity severity;
+    severity.word = wordOf(session);
+    for (const Json& total : valueOf(session, {"causes"})) {
+        severity.stoodMs += numberOf(valueOf(total, {"stood_ms"}));
+    }
+    severity.neverShown = numberOf(valueOf(session, {"counts", "never_shown_count"}));
+    severity.incidents = numberOf(valueOf(session, {"incident_count"}));
+    severity.errors = numberOf(valueOf(session, {"counts", "error_count"}));
+    return severity;
 }
 
 void keep(const Json& from, std::initializer_list<const char*> keys, Json* to) {
@@ -106,15 +108,11 @@ void enrich(const std::vector<const Json*>& sessions, Json (*more)(const Json&),
 
 }  // namespace
 
-bool isWorse(const Json& session, const Json& other) {
-    return severityOf(session) > severityOf(other);
-}
-
 Json pageReport(const Json& report) {
     std::vector<const Json*> sessions;
     for (const Json& session : report["sessions"]) sessions.push_back(&session);
     std::stable_sort(sessions.begin(), sessions.end(),
-                     [](const Json* a, const Json* b) { return isWorse(*a, *b); });
+                     [](const Json* a, const Json* b) { return severityOf(*a) > severityOf(*b); });
     std::vector<Json> shown;
     size_t bytes = 0;
     for (const Json* session : sessions) {

@@ -5,9 +5,6 @@
 
 namespace android::codecreport {
 
-/** Whether a session of the report comes before another where the worst stands first. */
-bool isWorse(const nlohmann::ordered_json& session, const nlohmann::ordered_json& other);
-
 /**
  * The report as the page carries it: the worst session first, and of bounded size, so that a
  * browser opens a page of thousands of sessions at once. Each session keeps its identity and its

@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "judging/Judge.h"
+#include "model/Severity.h"
 
 namespace android::codecreport {
 
@@ -291,17 +292,23 @@ void SessionBuilder::keep(std::unique_ptr<Session> session) {
         ++mStats.sessionsLeftOut;
         return;
     }
-    // Frames are what a page is made of; without them the numbers stay.
-    if (!session->frames.points().empty() && ++mDetailed > kMaxDetailed) {
-        session->frames = FramePoints();
-        session->renderedRate = RateSeries();
-        session->inputRate = RateSeries();
-        session->bitrateKbps = Series();
-        session->displayBuffers = Series();
-        session->sync.offsetMs = Series();
-        session->detailed = false;
-    }
     mDone.push_back(std::move(session));
+    if (mDone.back()->frames.points().empty()) return;
+    mDetailed.push_back(mDone.back().get());
+    if (mDetailed.size() <= kMaxDetailed) return;
+    // Frames are what a page is made of; without them the numbers stay.
+    const auto least = std::min_element(
+            mDetailed.rbegin(), mDetailed.rend(),
+            [](const Session* a, const Session* b) { return severityOf(*b) > severityOf(*a); });
+    Session& plain = **least;
+    plain.frames = FramePoints();
+    plain.renderedRate = RateSeries();
+    plain.inputRate = RateSeries();
+    plain.bitrateKbps = Series();
+    plain.displayBuffers = Series();
+    plain.sync.offsetMs = Series();
+    plain.detailed = false;
+    mDetailed.erase(std::next(least).base());
 }
 
 void SessionBuilder::close(Open* open) {

@@ -48,7 +48,7 @@ struct ReadStats {
  * timestamp is in flight. A session ends where its codec is configured anew; one whose beginning
  * the log does not hold is opened by its first line.
  *
- * Memory: kMaxSessions sessions, kMaxDetailed of them with frames to draw, kMaxOpen of them open.
+ * Memory: kMaxSessions sessions, the worst kMaxDetailed with frames to draw, kMaxOpen of them open.
  */
 class SessionBuilder {
   public:
@@ -121,8 +121,9 @@ class SessionBuilder {
     std::vector<std::unique_ptr<Open>> mOpen;
     std::unordered_map<uint64_t, Open*> mByThread;
     std::vector<std::unique_ptr<Session>> mDone;
+    /** Those of mDone with frames to draw. */
+    std::vector<Session*> mDetailed;
     uint64_t mTouches = 0;
-    size_t mDetailed = 0;
     int mNextId = 1;
 };
 

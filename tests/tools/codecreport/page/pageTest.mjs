@@ -161,6 +161,8 @@ async function thousandsOfSessionsStayUsable(browser) {
   assert.ok(report.bytes < MOST_BYTES, `${report.bytes} bytes`);
   const page = await open(browser, report);
   assert.equal(await page.locator('details.session').count(), 10);
+  assert.match(await page.textContent('#session-title'), /^Session 5000:/, 'the worst');
+  assert.ok(await page.locator('.plot').count() > 1, 'and its plots');
   await page.fill('#sessions input', '7123');
   assert.equal(await page.textContent('#sessions [role=status]'), '1 of 5,000 sessions');
   await page.click('details.session summary');

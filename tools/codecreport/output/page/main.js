@@ -20,6 +20,7 @@ function detailsOf(session) {
   }
   return [
     timeline.isEmpty ? '' : timeline.section(),
+    session.detailed ? '' : note('Plots are kept of the 50 worst sessions.'),
     session.video ? stages(session) : '',
     identity(session), startup(session),
     ...(session.video ? [drops(session), classes(session)] : []),

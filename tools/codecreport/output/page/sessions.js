@@ -74,10 +74,12 @@ function bodyOf(session) {
   ];
 }
 
+const stoodMs = ({ causes }) => (causes ? Object.values(causes).reduce((sum, { stood_ms: ms }) => sum + ms, 0) : -1);
+
 const SORTS = {
   worst: ['worst first', null],
   start: ['beginning', (a, b) => a.start_us - b.start_us],
-  stood: ['time stood', (a, b) => (b.standing?.total_ms ?? -1) - (a.standing?.total_ms ?? -1)],
+  stood: ['time stood', (a, b) => stoodMs(b) - stoodMs(a)],
   incidents: ['incidents', (a, b) => (b.incident_count ?? -1) - (a.incident_count ?? -1)],
   duration: ['length', (a, b) => b.duration_ms - a.duration_ms],
 };
