@@ -63,6 +63,13 @@ TEST(CodecreportDatabase, sessionComesOutAsItsLogGaveIt) {
     expected["input"]["files"] = {log};
     EXPECT_EQ(expected, database.reportOf(ids.integer(0)));
     const Json& session = expected["sessions"][0];
+    const std::string frames =
+            std::to_string(expected["sessions"][0]["counts"]["output_count"].get<int>());
+    EXPECT_EQ("n,worst\n" + frames + "," + expected["sessions"][0]["lateness"]["max_ms"].dump() +
+                      "\n",
+              queried(db,
+                      "SELECT count(*) AS n, CAST(max(late_ms) AS INTEGER) AS worst FROM "
+                      "frame_timeline"));
     EXPECT_EQ("n,cause,late\n1,application," + session["lateness"]["max_ms"].dump() + "\n",
               queried(db,
                       "SELECT count(*) AS n, cause, CAST(max_ms AS INTEGER) AS late FROM "

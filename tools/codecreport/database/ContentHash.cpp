@@ -10,20 +10,22 @@
 
 namespace android::codecreport {
 
-std::optional<std::string> contentHash(const std::string& path, std::string* error) {
-    LineReader reader;
-    if (!reader.open(path)) {
-        *error = reader.error();
-        return std::nullopt;
-    }
+std::optional<std::string> contentHash(const std::vector<std::string>& files, std::string* error) {
     struct StateFree {
         void operator()(XXH3_state_t* state) const { XXH3_freeState(state); }
     };
     const std::unique_ptr<XXH3_state_t, StateFree> state(XXH3_createState());
     XXH3_128bits_reset(state.get());
-    for (std::string_view line; reader.next(&line);) {
-        XXH3_128bits_update(state.get(), line.data(), line.size());
-        XXH3_128bits_update(state.get(), "\n", 1);
+    for (const std::string& file : files) {
+        LineReader reader;
+        if (!reader.open(file)) {
+            *error = file + ": " + reader.error();
+            return std::nullopt;
+        }
+        for (std::string_view line; reader.next(&line);) {
+            XXH3_128bits_update(state.get(), line.data(), line.size());
+            XXH3_128bits_update(state.get(), "\n", 1);
+        }
     }
     const XXH128_hash_t hash = XXH3_128bits_digest(state.get());
     char text[33];

@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace android::codecreport {
 
@@ -10,8 +11,9 @@ namespace android::codecreport {
  * What tells a log from others, whatever its name and however it is compressed: XXH3 with 128 bits
  * of its lines, each with a line feed, as 32 hexadecimal digits.
  *
- * @param error why it could not be read
+ * @param files of the log, in their order
+ * @param error which could not be read, and why
  */
-std::optional<std::string> contentHash(const std::string& path, std::string* error);
+std::optional<std::string> contentHash(const std::vector<std::string>& files, std::string* error);
 
 }  // namespace android::codecreport

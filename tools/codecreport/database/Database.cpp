@@ -5,6 +5,7 @@
 #include <xxhash.h>
 #include <zstd.h>
 
+#include "database/FrameRows.h"
 #include "database/Schema.h"
 #include "output/JsonReport.h"
 
@@ -201,6 +202,10 @@ bool Database::writeSession(const LogRecord& log, size_t index) {
     for (size_t i = 0; i < tables().size(); ++i) {
         if (tables()[i].expand == nullptr) continue;
         tables()[i].expand(session, [&](const Json& row) { ok = ok && writeRow(i, id, row); });
+    }
+    if (ok && log.frames != nullptr) {
+        Statement& insert = mInserts[indexOf("frame")];
+        ok = writeFrames(*log.frames, *(*log.sessions)[index], id, &insert) || fail();
     }
     Statement report;
     if (!ok || !prepare("INSERT INTO session_report VALUES (?, ?)", &report)) return false;

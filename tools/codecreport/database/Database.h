@@ -4,12 +4,15 @@
 #include <stdint.h>
 
 #include <map>
+#include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "database/Sqlite.h"
+#include "model/FrameStore.h"
+#include "model/Session.h"
 
 namespace android::codecreport {
 
@@ -23,6 +26,9 @@ struct LogRecord {
     std::string hash;
     bool isMetrics = false;
     Labels labels;
+    /** Of the sessions in the report, in its order; null: frames are left out. */
+    const std::vector<std::unique_ptr<Session>>* sessions = nullptr;
+    const FrameStore* frames = nullptr;
     /** The report as toJson() makes it. */
     nlohmann::ordered_json report;
     /** The same, packed: each session's part, and the rest. */

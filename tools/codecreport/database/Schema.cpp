@@ -6,6 +6,7 @@
 
 #include <map>
 
+#include "database/FrameRows.h"
 #include "database/Views.h"
 
 namespace android::codecreport {
@@ -226,6 +227,8 @@ std::vector<Table> makeTables() {
               {"value", "TEXT", nullptr, "Its value; one given later replaces it."}}},
             {"session", "A configuration of a codec, from its first line to its last.",
              "session_id", "sessions[]", once, sessionColumns()},
+            {"frame", "Every frame that the log has lines of.", "session_id, frame_no", "", nullptr,
+             frameColumns()},
             {"incident",
              "What the viewer may have noticed. Of very many in a session the worst are listed; "
              "session.incident_count counts all.",

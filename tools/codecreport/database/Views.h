@@ -28,6 +28,19 @@ SELECT s.session_id, s.log_id, l.path AS log_path, s.session_no, s.verdict, s.ve
   s.first_frame_render_ms, s.content_fps, s.display_hz, s.cadence_even, s.mistimed_count,
   s.sync_measured_ms, s.sync_outside_ms, s.sync_worst_ms
 FROM session s JOIN log l ON l.log_id = s.log_id;
+
+CREATE VIEW frame_timeline AS
+SELECT f.session_id, f.frame_no, f.pts_us, f.jank, f.fate, f.incident_no, i.cause,
+  s.start_us + coalesce(f.shown_us, f.render_call_us) AS end_us,
+  f.due_us / 1000.0 AS due_ms, f.shown_us / 1000.0 AS shown_ms,
+  (f.shown_us - f.due_us) / 1000.0 AS late_ms,
+  (f.queued_us - f.announced_us) / 1000.0 AS decrypt_ms,
+  (f.codec_out_us - f.codec_in_us) / 1000.0 AS codec_ms,
+  (f.output_us - f.codec_out_us) / 1000.0 AS message_ms,
+  (f.render_call_us - f.output_us) / 1000.0 AS app_ms,
+  CASE WHEN f.fate = 'rendered' THEN (f.display_us - f.render_call_us) / 1000.0 END AS lead_ms
+FROM frame f JOIN session s ON s.session_id = f.session_id
+LEFT JOIN incident i ON i.session_id = f.session_id AND i.incident_no = f.incident_no;
 )sql";
 
 }  // namespace android::codecreport

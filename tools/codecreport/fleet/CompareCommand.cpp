@@ -24,7 +24,9 @@ ExitCode openSet(const std::vector<std::string>& operands, const Options& option
     }
     if (fleet.empty()) {
         if (database->open("", Database::Access::CREATE)) {
-            return addLogs(operands, options, database) == BAD_OUTPUT ? BAD_OUTPUT : OK;
+            Options withoutFrames = options;
+            withoutFrames.fleet.noFrames = true;
+            return addLogs(operands, withoutFrames, database) == BAD_OUTPUT ? BAD_OUTPUT : OK;
         }
         say(database->error());
         return BAD_OUTPUT;

@@ -18,15 +18,15 @@ namespace {
 std::vector<LogFile> filesOf(const std::vector<std::string>& paths, const Options& options,
                              std::vector<std::string>* problems) {
     std::vector<LogFile> files = listLogs(paths, problems);
-    if (!options.metrics.empty()) files.push_back({options.metrics, true, {}});
+    if (!options.metrics.empty()) files.push_back({{options.metrics}, true, {}});
     for (LogFile& file : files) {
         file.labels = options.fleet.labels;
         if (options.fleet.labelPattern.empty()) continue;
-        const auto labels = labelsOf(file.path, options.fleet.labelPattern);
+        const auto labels = labelsOf(file.paths.back(), options.fleet.labelPattern);
         if (labels) {
             file.labels.insert(labels->begin(), labels->end());
         } else {
-            say(file.path + ": has no labels, for its name does not fit '" +
+            say(file.paths.back() + ": has no labels, for its name does not fit '" +
                 options.fleet.labelPattern + "'");
         }
     }
@@ -132,7 +132,8 @@ ExitCode addLogs(const std::vector<std::string>& paths, const Options& options,
     const std::vector<LogFile> files = filesOf(paths, options, &problems);
     const bool progress = !options.quiet && isatty(STDERR_FILENO) != 0;
     const Reference reference;
-    const IngestResult result = ingest(reference, files, progress, database);
+    const IngestResult result =
+            ingest(reference, files, !options.fleet.noFrames, progress, database);
     problems.insert(problems.end(), result.problems.begin(), result.problems.end());
     for (const std::string& problem : problems) say(problem);
     if (!result.writeError.empty()) {

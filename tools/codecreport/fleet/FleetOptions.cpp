@@ -53,6 +53,9 @@ options::Section fleetSection(FleetOptions* options) {
                          return isLabelPattern(value);
                      },
                      "a name with {LABEL} and * in it"},
+                    {"no-frames", 0, nullptr,
+                     "leave single frames out of the database, which are most of its size",
+                     [options](const char*) { return options->noFrames = true; }},
                     {"by", 0, "NAMES",
                      "what groups the sessions of a fleet: labels or columns of session_summary, "
                      "such as build,codec; may be given several times",

@@ -22,6 +22,7 @@ struct FleetOptions {
     std::string labelPattern;
     /** Each a list of names with commas between. */
     std::vector<std::string> by;
+    bool noFrames = false;
     RowForm form = RowForm::TABLE;
 };
 

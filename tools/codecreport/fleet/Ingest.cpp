@@ -18,9 +18,13 @@ namespace {
 /** Workers read; whoever has read a log writes it, one at a time. */
 class Ingester {
   public:
-    Ingester(const Reference& reference, const std::vector<LogFile>& files, bool progress,
-             Database* database)
-        : mReference(reference), mFiles(files), mProgress(progress), mDatabase(database) {}
+    Ingester(const Reference& reference, const std::vector<LogFile>& files, bool withFrames,
+             bool progress, Database* database)
+        : mReference(reference),
+          mFiles(files),
+          mWithFrames(withFrames),
+          mProgress(progress),
+          mDatabase(database) {}
 
     IngestResult run() {
         const size_t cores = std::max(1u, std::thread::hardware_concurrency());
@@ -38,10 +42,11 @@ class Ingester {
     void work() {
         while (const LogFile* file = next()) {
             LogRecord log;
-            log.path = file->path;
+            log.path = file->paths.back();
             log.isMetrics = file->isMetrics;
             log.labels = file->labels;
-            if (findAnew(&log) && read(&log)) write(log);
+            Analysis analysis;
+            if (findAnew(*file, &log) && read(*file, &analysis, &log)) write(log);
             const std::lock_guard<std::mutex> lock(mLock);
             ++mDone;
             if (mProgress) {
@@ -58,12 +63,12 @@ class Ingester {
     }
 
     /** False: it cannot be read, or the database holds it; its labels are set then. */
-    bool findAnew(LogRecord* log) {
+    bool findAnew(const LogFile& file, LogRecord* log) {
         std::string error;
-        const auto hash = contentHash(log->path, &error);
+        const auto hash = contentHash(file.paths, &error);
         const std::lock_guard<std::mutex> lock(mLock);
         if (!hash) {
-            mResult.problems.push_back(log->path + ": " + error);
+            mResult.problems.push_back(error);
             ++mResult.unread;
             return false;
         }
@@ -78,16 +83,17 @@ class Ingester {
         return true;
     }
 
-    bool read(LogRecord* log) {
-        Analysis analysis;
-        const bool ok = log->isMetrics ? readMetrics(log->path, &analysis)
-                                       : readLogs(mReference, {log->path}, false, &analysis);
+    bool read(const LogFile& file, Analysis* analysis, LogRecord* log) {
+        const bool ok = file.isMetrics ? readMetrics(log->path, analysis)
+                                       : readLogs(mReference, file.paths, false, analysis);
         if (ok) {
-            log->report = toJson(analysis);
+            log->report = toJson(*analysis);
+            log->sessions = &analysis->sessions;
+            if (mWithFrames) log->frames = &analysis->frames;
             log->pack();
         }
         const std::lock_guard<std::mutex> lock(mLock);
-        for (const std::string& problem : analysis.problems) mResult.problems.push_back(problem);
+        for (const std::string& problem : analysis->problems) mResult.problems.push_back(problem);
         if (!ok) ++mResult.unread;
         return ok;
     }
@@ -106,6 +112,7 @@ class Ingester {
 
     const Reference& mReference;
     const std::vector<LogFile>& mFiles;
+    const bool mWithFrames;
     const bool mProgress;
     std::mutex mLock;
     // Below: guarded by mLock.
@@ -117,9 +124,9 @@ class Ingester {
 
 }  // namespace
 
-IngestResult ingest(const Reference& reference, const std::vector<LogFile>& files, bool progress,
-                    Database* database) {
-    return Ingester(reference, files, progress, database).run();
+IngestResult ingest(const Reference& reference, const std::vector<LogFile>& files, bool withFrames,
+                    bool progress, Database* database) {
+    return Ingester(reference, files, withFrames, progress, database).run();
 }
 
 }  // namespace android::codecreport

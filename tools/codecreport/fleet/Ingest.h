@@ -29,9 +29,10 @@ struct IngestResult {
  * Reads and judges logs on all cores, each log by itself, and adds them to the database. Memory:
  * the logs that are being read, one a core.
  *
+ * @param withFrames also writes single frames
  * @param progress writes a line of progress to standard error
  */
-IngestResult ingest(const Reference& reference, const std::vector<LogFile>& files, bool progress,
-                    Database* database);
+IngestResult ingest(const Reference& reference, const std::vector<LogFile>& files, bool withFrames,
+                    bool progress, Database* database);
 
 }  // namespace android::codecreport

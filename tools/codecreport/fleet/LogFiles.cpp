@@ -7,6 +7,8 @@
 #include <filesystem>
 #include <string_view>
 
+#include "reading/Captures.h"
+
 namespace android::codecreport {
 
 namespace {
@@ -35,7 +37,7 @@ bool matches(std::string_view text, std::string_view pattern, Labels* labels) {
     return false;
 }
 
-void listFolder(const fs::path& folder, std::vector<LogFile>* files,
+void listFolder(const fs::path& folder, std::vector<std::string>* found,
                 std::vector<std::string>* problems) {
     std::error_code error;
     std::vector<std::string> paths;
@@ -48,21 +50,26 @@ void listFolder(const fs::path& folder, std::vector<LogFile>* files,
     }
     if (error) problems->push_back(folder.string() + ": " + error.message());
     std::sort(paths.begin(), paths.end());
-    for (const std::string& path : paths) files->push_back({path, endsWith(path, ".jsonl"), {}});
+    found->insert(found->end(), paths.begin(), paths.end());
 }
 
 }  // namespace
 
 std::vector<LogFile> listLogs(const std::vector<std::string>& paths,
                               std::vector<std::string>* problems) {
-    std::vector<LogFile> files;
+    std::vector<std::string> found;
     for (const std::string& path : paths) {
         std::error_code error;
         if (fs::is_directory(path, error)) {
-            listFolder(path, &files, problems);
+            listFolder(path, &found, problems);
         } else {
-            files.push_back({path, endsWith(path, ".jsonl"), {}});
+            found.push_back(path);
         }
+    }
+    std::vector<LogFile> files;
+    for (Capture& capture : capturesOf(found)) {
+        const bool isMetrics = endsWith(capture.back(), ".jsonl");
+        files.push_back({std::move(capture), isMetrics, {}});
     }
     return files;
 }

@@ -10,14 +10,15 @@
 
 namespace android::codecreport {
 
+/** One log: a file, or what log rotation made of it, oldest first. */
 struct LogFile {
-    std::string path;
+    std::vector<std::string> paths;
     bool isMetrics = false;
     Labels labels;
 };
 
 /**
- * The files that are meant, folders replaced by what is in them and below, in order of their names.
+ * The logs that are meant, folders replaced by what is in them and below, in order of their names.
  * Hidden files in folders are left out. ".jsonl" files are metrics records.
  *
  * @param problems gets what cannot be read

@@ -50,10 +50,12 @@ std::vector<Capture> capturesOf(const std::vector<std::string>& files) {
         if (file.age == 0) bases.insert(file.base);
     }
     std::vector<std::string> order;
-    std::map<std::string, std::multimap<int, std::string, std::greater<>>> series;
+    std::map<std::string, std::map<int, std::string, std::greater<>>> series;
     for (size_t i = 0; i < files.size(); ++i) {
-        const bool isRotated = bases.count(rotated[i].base) != 0;
-        const std::string& name = isRotated ? rotated[i].base : files[i];
+        // Two of one age are the same log twice, such as compressed and not.
+        const bool isRotated = bases.count(rotated[i].base) != 0 &&
+                               series[rotated[i].base].count(rotated[i].age) == 0;
+        const std::string name = isRotated ? rotated[i].base : files[i] + '\n' + std::to_string(i);
         auto& members = series[name];
         if (members.empty()) order.push_back(name);
         members.emplace(isRotated ? rotated[i].age : 0, files[i]);
