@@ -245,8 +245,7 @@ class alignas(64) MediaCodecLogger : public RefBase {
 
     // Start-up, stop and errors
 
-    /** Start-up phase P2 ends: the codec is configured. Registers it with the service; may block.
-     */
+    /** Start-up phase P2 ends. Registers the configured codec with the service; may block. */
     void profileP2End();
     void profileP3Start();
     void profileP3End();
@@ -272,8 +271,7 @@ class alignas(64) MediaCodecLogger : public RefBase {
     bool hasAtmos() { return mIdentity.is(logger::TAG_AUDIO) && isAtmosDetected(); }
     int64_t clientId() const { return reinterpret_cast<int64_t>(mClient.get()); }
     AString embeddedWarnings();
-    /** Where the time of a closed segment goes; null for a codec that is neither video nor audio.
-     */
+    /** Where the time of a closed segment goes; null for what is neither video nor audio. */
     Relaxed<int64_t>* playbackTimeMs();
 
     void noteSeek(int64_t pts);

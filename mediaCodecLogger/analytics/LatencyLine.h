@@ -35,8 +35,7 @@ struct FrameLatency {
  */
 class LatencyLine {
   public:
-    /** @param text where the line goes; a member of the tracker's, so that its memory is used again
-     */
+    /** @param text where the line goes; the tracker's, so that its memory is used again */
     LatencyLine(std::string& text, const AnalyticTsInfo& rec, const AnalyticTsInfo& last)
         : mText(text), mRec(rec), mLast(last) {}
 

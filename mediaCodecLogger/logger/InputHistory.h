@@ -25,8 +25,7 @@ struct InputHistory {
         return occurrences;
     }
 
-    /** A new session writes from the beginning; timestamps of the old one stay until overwritten.
-     */
+    /** A new session writes from the beginning; what the old one left stays until overwritten. */
     void restart() { mInputPtsCount = 0; }
 };
 

@@ -8,8 +8,7 @@
 
 namespace android::logger {
 
-/** Frames put out with the timestamp of the one before: the picture stands, or the stream is off.
- */
+/** Frames put out with the timestamp of the one before: the picture stands, or the stream errs. */
 struct RepeatedTimestamps {
     /** With throttling, from this many repeats on only each such multiple is logged. */
     static constexpr int kLogInterval = 20;

@@ -5,8 +5,7 @@
 
 namespace android {
 
-/** Resolution classes, of a stream as of the display, by width: from 1280 HD, 1920 FHD, 3840 UHD.
- */
+/** Resolution classes of streams and displays, by width: from 1280 HD, 1920 FHD, 3840 UHD. */
 enum ResolutionType { RES_SD = 0, RES_HD, RES_FHD, RES_UHD, MAX_RES_TYPES };
 
 constexpr ResolutionType resolutionOf(uint32_t width) {

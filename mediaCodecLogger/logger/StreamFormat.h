@@ -17,7 +17,7 @@ struct AMessage;
 
 namespace android::logger {
 
-/** The stream's output format, as far as a session starts without it. */
+/** The stream's output format, as far as a new session forgets the last one's. */
 struct StreamFormat {
     Relaxed<int32_t> mResolutionType = RES_SD;
     Relaxed<int32_t> mWidth = 0;
@@ -29,8 +29,7 @@ struct StreamFormat {
     Relaxed<int32_t> mScreenSizeType = RES_SD;
 };
 
-/** The format's texts, which outlive a session, and the lock that all of the format is read under.
- */
+/** The format's texts, which outlive a session, and the lock for reading all of the format. */
 struct StreamFormatTexts {
     StreamFormatTexts() { pthread_rwlock_init(&mLock, nullptr); }
     ~StreamFormatTexts() { pthread_rwlock_destroy(&mLock); }
