@@ -172,6 +172,7 @@ void CodecSession::run() {
 /** When the frame at the front is to be released; INT64_MAX while nothing is. */
 int64_t CodecSession::releaseAtNs() const {
     if (mOutput.empty()) return INT64_MAX;
+    if (mStalledUntilNs > monotonicNs()) return mStalledUntilNs;
     if (mOutput.front().beforeTarget) return 0;
     const int64_t dueNs = mClock->dueNs(mOutput.front().position);
     if (dueNs == MediaClock::kNotStarted || !paced()) return dueNs;

@@ -183,6 +183,9 @@ class CodecSession {
     /** The input that the source keeps waiting, and until when. */
     int64_t mStarvedInput = 0;
     int64_t mStarvedUntilNs = 0;
+    /** The picture that the application is slow with, and until when. */
+    int64_t mStalledFrame = 0;
+    int64_t mStalledUntilNs = 0;
 
     Mutex mLock;
     Condition mChanged;

@@ -198,9 +198,16 @@ void CodecSession::onEnd(int64_t timeUs) {
 }
 
 void CodecSession::releaseFront() {
+    // A busy application keeps neither framework nor component from their work.
+    if (std::exchange(mStalledFrame, mOutput.front().number) != mOutput.front().number) {
+        const int64_t delayNs = mFaults.delayNs(Fault::STALL, mStalledFrame);
+        if (delayNs > 0) {
+            mStalledUntilNs = monotonicNs() + delayNs;
+            return;
+        }
+    }
     const ComponentEvent frame = std::move(mOutput.front());
     mOutput.pop_front();
-    mFaults.hold(Fault::STALL, frame.number);
     const int64_t dueNs = mClock->dueNs(frame.position);
     const Fate fate = fateOf(frame, dueNs);
     count(fate);
