@@ -29,7 +29,6 @@
 #include <tests/support/FakeCodec.h>
 #include <tests/support/LogCapture.h>
 #include <tests/support/LoggerServices.h>
-#include <tests/support/MetricsCapture.h>
 #include <tests/support/RecordingService.h>
 #include <tests/support/ScopedProperties.h>
 
@@ -272,7 +271,6 @@ TEST(StormTest, nothingIsLostOrLeftWhateverHappens) {
     const ScopedProperties properties(
             {{"mediaanalytic.enable", "true"}, {"mediaanalytic.debug", "0x7f"}});
     LogCapture log;
-    MetricsCapture metrics;
     FakeClock clock(1000);
     const sp<StormService> service = new StormService;
     OneServiceManager::instance().setService(service);
@@ -303,7 +301,6 @@ TEST(StormTest, nothingIsLostOrLeftWhateverHappens) {
         const uint64_t kind = random() % 4;
         OneServiceManager::instance().setService(
                 kind == 0 ? nullptr : new MortalRemote(service, random() % 1000));
-        metrics.take();
         for (const LogLine& line : log.take()) {
             ++lines;
             EXPECT_TRUE(line.priority <= ANDROID_LOG_WARN || line.tag == "Parcel") << line;

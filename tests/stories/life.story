@@ -80,37 +80,8 @@ service ; answers oldestAudio=%s%n%d
 ~configure c2.%s%n%1000000d video/%s%n%1000000d ; profileP2End ; frame 0 ; after 501 ; play 160 33333 ; drop 10 ; render 0
 client getClientCodecFormat ; getStatus
     = %s%n%1000000d | \tCodec Type: VIDEO\n\tHW: YES\n\tFormat: %s%n%1000000d\n\tSecure: NO\n\tIs Secure Memory Used: NO\n\tInput Bitrate: 217\n\tResolution: 0x0\n\tStream Framerate (fps): 30.000\n\tFramesDropped: 10\n
-updateVendorMetrics "%s%n CodecNonFatalErrorCount=3 %s%n" ; uploadDecoderError 1
-    I 99999999.HW.c2.video.%s%n%1000000d.DecoderErrorTrans = 1
-    I 99999999.HW.c2.video.%s%n%1000000d.TotalVideoPlaybackTimeMs = 5333
-    metric j2w8/2/02330410 VideoCodec 5333 ms [HW_%s%n%1000000d] 0
-    metric qkuh/2/02330410 TotalVideoPlaybackTimeMs 5333 ms [HW_%s%n%1000000d] 0
-    I 99999999.HW.c2.video.%s%n%1000000d.StreamAvgFramerate = 30.002
-    metric 21qt/2/02330410 StreamAvgFramerate 30 fps [%s%n%1000000d] fps=30 1
-    I 99999999.HW.c2.video.%s%n%1000000d.videoResolution.SD = 5333
-    metric k29r/2/02330410 videoResolution 5333 ms [SD.30] 0
-    I 99999999.HW.c2.video.%s%n%1000000d.StreamFramerate = 0.000
-    I 99999999.HW.c2.video.%s%n%1000000d.AspectRatio = nan
-    I 99999999.HW.c2.video.%s%n%1000000d.TenConsecutiveFramesDropped = 1
-    metric lxcd/2/02330410 FramedropType 1 frames [HW_%s%n%1000000d] ConsecFD=10 1
-    I 99999999.HW.c2.video.%s%n%1000000d.TotalFramesDropped = 10
-    metric w9lq/2/02330410 TotalFramesDropped 10 frames [HW_%s%n%1000000d] 1
+/FrameDrops / updateVendorMetrics "%s%n CodecNonFatalErrorCount=3 %s%n" ; logMetrics
     metric x28y/2/02330470 TotalFrameDrops 10 frames [HW] audioCodec=%s%n%d videoCodec=%s%n%1000000d displayFormat= framerate=24 duration=0-5 1
-    I 99999999.HW.c2.video.%s%n%1000000d.MaxConsecutiveFramesDropped = 10
-    metric lxcd/2/02330410 FramedropType 10 frames [HW_%s%n%1000000d] ConsecFD=max 1
-    I 99999999.HW.c2.video.%s%n%1000000d.BRISK-P5Ms = 0
-    metric csyv/2/02330410 FirstFrameReadyMs 0 ms [HW_%s%n%1000000d] 0
-    metric pb8a/2/02330410 FirstFrameRenderMs 0 ms [HW_%s%n%1000000d] 0
-    I 99999999.HW.c2.video.%s%n%1000000d.BRISK-P2Ms = 0
-    I 99999999.HW.c2.video.%s%n%1000000d.BRISK-P3Ms = 0
-    I 99999999.HW.c2.video.%s%n%1000000d.FirstFrameReadyMs = 0
-    I 99999999.HW.c2.video.%s%n%1000000d.CodecNonFatalErrorCount = 3
-    metric 6snt/2/02330410 CodecNonFatalErrorCount 3 frames [HW_%s%n%1000000d] media=video 1
-    I 99999999.HW.c2.video.%s%n%1000000d..DecoderErrorFatal = 1
-    metric 68pc/2/03330470 .DecoderErrorFatal 1 errors [HW_%s%n%1000000d] media=video 1
-    I 99999999.HW.c2.video.%s%n%1000000d.StreamAvgBitrateInKbps = 217
-    metric jn5x/2/02330410 AvgBitrate 217 kbps [HW_%s%n%1000000d] media=video 1
-    -> unregisterClient(client)
 
 story atTheEndOfP2_theClientIsRegistered: catches lines, calls and the look-up out of order
 service

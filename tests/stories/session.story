@@ -95,13 +95,9 @@ story playback_countsFrom5001MsToADay: catches either bound of what counts as pl
     metric csyv/2/02330410 FirstFrameReadyMs 0 ms [HW_avc] 0
     metric pb8a/2/02330410 FirstFrameRenderMs 0 ms [HW_avc] 0
 ~configure ; frame 0 ; times 17279 { output +5000000 } ; output +4999000
-/metric/ logMetrics
-    metric j2w8/2/02330410 VideoCodec 86399999 ms [HW_avc] 0
+/Playback/ logMetrics
+    I 99999999.HW.c2.video.avc.TotalVideoPlaybackTimeMs = 86399999
     metric qkuh/2/02330410 TotalVideoPlaybackTimeMs 86399999 ms [HW_avc] 0
-    metric 21qt/2/02330410 StreamAvgFramerate 0 fps [avc] fps=15 1
-    metric k29r/2/02330410 videoResolution 86399999 ms [SD.15] 0
-    metric csyv/2/02330410 FirstFrameReadyMs 0 ms [HW_avc] 0
-    metric pb8a/2/02330410 FirstFrameRenderMs 0 ms [HW_avc] 0
 ~configure ; frame 0 ; times 17280 { output +5000000 }
 /metric/ logMetrics
     metric csyv/2/02330410 FirstFrameReadyMs 0 ms [HW_avc] 0
@@ -113,26 +109,18 @@ story playback_countsFrom5001MsToADay: catches either bound of what counts as pl
     metric v8xh/2/02330410 TotalAudioPlaybackTimeMs 5001 ms [VND_mp4a] 0
     metric 20fc/2/02330410 AudioCodec 5001 ms [VND_mp4a] 0
 ~configure c2.v audio/mp4a-latm ; frame 0 ; times 17279 { output +5000000 } ; output +4999000
-/metric/ logMetrics
-    metric v8xh/2/02330410 TotalAudioPlaybackTimeMs 86399999 ms [VND_mp4a] 0
-    metric 20fc/2/02330410 AudioCodec 86399999 ms [VND_mp4a] 0
+/=/ logMetrics
+    I 99999999.VND.c2.audio.mp4a.TotalAudioPlaybackTimeMs = 86399999
+    = com.android.mediaplayer.VND.c2.audio.mp4a:TotalAudioPlaybackTimeMs=86399999
 ~configure c2.v audio/mp4a-latm ; frame 0 ; times 17280 { output +5000000 }
 /metric/ logMetrics
 # The classes of a session of a day are reported one by one. The rate is then unknown.
 ~configure ; frame 0 ; times 17279 { output +5000000 } ; size 1920 1080 ; output +2000000 ; output +3001000
-logMetrics
+/Resolution/ logMetrics
     I 99999999.HW.c2.video.avc.videoResolution.SD = 86395000
     metric k29r/2/02330410 videoResolution 86395000 ms [SD.0] 0
     I 99999999.HW.c2.video.avc.videoResolution.FHD = 5001
     metric k29r/2/02330410 videoResolution 5001 ms [FHD.0] 0
-    I 99999999.HW.c2.video.avc.StreamFramerate = 0.000
-    I 99999999.HW.c2.video.avc.AspectRatio = 1.778
-    I 99999999.HW.c2.video.avc.BRISK-P5Ms = 0
-    metric csyv/2/02330410 FirstFrameReadyMs 0 ms [HW_avc] 0
-    metric pb8a/2/02330410 FirstFrameRenderMs 0 ms [HW_avc] 0
-    I 99999999.HW.c2.video.avc.BRISK-P2Ms = -1000
-    I 99999999.HW.c2.video.avc.BRISK-P3Ms = 0
-    I 99999999.HW.c2.video.avc.FirstFrameReadyMs = 0
     = com.android.mediaplayer.HW.c2.video.avc:videoResolution.SD=86395000:videoResolution.FHD=5001:BRISK-P5Ms=0:BRISK-P2Ms=18446744073709550616:BRISK-P3Ms=0:FirstFrameReadyMs=0
 
 story tunneledVideo: catches renders of a tunneled codec that do not count as outputs or count once instead of renderCount times
@@ -308,25 +296,17 @@ story rates_haveClasses: catches a bound of a class of frame rates, and rates th
 define rate = logFramerateToPulse $*
 /^=/ rate 17 ; rate 17.1 ; rate 26 ; rate 26.1 ; rate 32 ; rate 32.1 ; rate 52 ; rate 52.1
     = 15 | 24 | 24 | 30 | 30 | 50 | 50 | 60
-rate null 30 ; rate nullCodec 30 ; rate -1 ; rate nan ; rate 29.97 ; rate 1 ; rate 0.99
+rate null 30 ; rate nullCodec 30
     = 0 | 0
+/metric/ rate -1 ; rate nan ; rate 29.97 ; rate 1 ; rate 0.99
     metric 21qt/2/02330410 StreamAvgFramerate 0 fps [avc] fps=15 1
-    = 15
     metric 21qt/2/02330410 StreamAvgFramerate 0 fps [avc] fps=60 1
-    = 60
     metric 21qt/2/02330410 StreamAvgFramerate 29 fps [avc] fps=30 1
-    = 30
     metric 21qt/2/02330410 StreamAvgFramerate 1 fps [avc] fps=15 1
-    = 15
     metric 21qt/2/02330410 StreamAvgFramerate 0 fps [avc] fps=15 1
-    = 15
-rate 4294967040 ; rate 4294967296 ; rate inf
+/metric/ rate 4294967040 ; rate 4294967296 ; rate inf
     metric 21qt/2/02330410 StreamAvgFramerate 4.29496704e+09 fps [avc] fps=60 1
-    = 60
-    metric 21qt/2/02330410 StreamAvgFramerate 4.2949673e+09 fps [avc] fps=60 1
-    = 60
-    metric 21qt/2/02330410 StreamAvgFramerate 4.2949673e+09 fps [avc] fps=60 1
-    = 60
+    metric 21qt/2/02330410 StreamAvgFramerate 4.2949673e+09 fps [avc] fps=60 1 (2 times)
 # The spread of a sample of 240 timestamps is that of 239 frames.
 define spread = configure ; input 0 ; times 239 { input $1 } ; getFramerate
 /^=/ spread 9759086 ; spread 9755102 ; spread 8692308 ; spread 8690909 ; spread 7468750 ; spread 5975000

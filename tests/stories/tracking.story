@@ -368,18 +368,10 @@ threeBytes one ; threeBytes two
     write dumpdecrypted_1_<pid>_<pid>.raw two
     write dumpoutput_video_<pid>_<pid>.raw two
     I/ZMediaAnalyticV write output size:3
-removeCodec ; debug 0x380000 ; audioCodec ; threeBytes one
-    I/ZMediaAnalyticV aud input:0 output:0 minUndequeue:0 video:0 decoder:1
-    fopen /data/tmp/dumpinput_audio_<pid>_<pid>.raw wb
-    I/ZMediaAnalyticV fopen /data/tmp/dumpinput_audio_<pid>_<pid>.raw
+/^write/ removeCodec ; debug 0x380000 ; audioCodec ; threeBytes one
     write dumpinput_audio_<pid>_<pid>.raw one
-    fopen /data/tmp/dumpdecrypted_0_<pid>_<pid>.raw wb
-    I/ZMediaAnalyticV fopen /data/tmp/dumpdecrypted_0_<pid>_<pid>.raw
     write dumpdecrypted_0_<pid>_<pid>.raw one
-    fopen /data/tmp/dumpoutput_audio_<pid>_<pid>.raw wb
-    I/ZMediaAnalyticV fopen /data/tmp/dumpoutput_audio_<pid>_<pid>.raw
     write dumpoutput_audio_<pid>_<pid>.raw one
-    I/ZMediaAnalyticV write output size:3
 
 story whenADumpFails_analysisGoesOn: catches a file that is written on after it failed, and one that is never tried again
 ~begin ; debug 0x80 ; omx

@@ -1,22 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <stdint.h>
-
 #include <memory>
-#include <mutex>
-#include <vector>
 
 #include <media/stagefright/CodecBase.h>
 #include <media/stagefright/foundation/AMessage.h>
 
 namespace android::test {
 
-/** A codec that does nothing but keep the parameters that it is sent. Thread-safe. */
+/** A codec that does nothing. */
 struct FakeCodec : public CodecBase {
-    /** The messages of signalSetParameters(), oldest first. */
-    std::vector<sp<AMessage>> parameters() const;
-
     std::shared_ptr<BufferChannelBase> getBufferChannel() override { return nullptr; }
     void initiateAllocateComponent(const sp<AMessage>&) override {}
     void initiateConfigureComponent(const sp<AMessage>&) override {}
@@ -28,12 +21,8 @@ struct FakeCodec : public CodecBase {
     void signalFlush() override {}
     void signalResume() override {}
     void signalRequestIDRFrame() override {}
-    void signalSetParameters(const sp<AMessage>& msg) override;
+    void signalSetParameters(const sp<AMessage>&) override {}
     void signalEndOfInputStream() override {}
-
-  private:
-    mutable std::mutex mLock;
-    std::vector<sp<AMessage>> mParameters;
 };
 
 }  // namespace android::test

@@ -117,11 +117,4 @@ std::vector<LogLine> LogCapture::take() {
     return std::exchange(log().lines, {});
 }
 
-std::vector<std::string> LogCapture::texts() const {
-    std::lock_guard<std::mutex> guard(log().lock);
-    std::vector<std::string> texts;
-    for (const LogLine& line : log().lines) texts.push_back(line.text);
-    return texts;
-}
-
 }  // namespace android::test

@@ -44,8 +44,6 @@ class LogCapture {
     std::vector<LogLine> lines() const;
     /** The same, without keeping them. */
     std::vector<LogLine> take();
-    /** The texts of lines(). */
-    std::vector<std::string> texts() const;
 };
 
 }  // namespace android::test

@@ -1,21 +1,35 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <stdio.h>
+#include <stdlib.h>
+
 #include <initializer_list>
 #include <utility>
+
+#include <cutils/properties.h>
+#include <hostplatform/Properties.h>
 
 namespace android::test {
 
 /** Sets properties, and clears all properties of the process when it goes. */
 class ScopedProperties {
   public:
-    ScopedProperties(std::initializer_list<std::pair<const char*, const char*>> properties = {});
-    ~ScopedProperties();
-
+    ScopedProperties(std::initializer_list<std::pair<const char*, const char*>> properties = {}) {
+        for (const auto& [key, value] : properties) set(key, value);
+    }
+    ~ScopedProperties() {
+        hostplatform::failPropertySet(false);
+        hostplatform::clearProperties();
+    }
     ScopedProperties(const ScopedProperties&) = delete;
     ScopedProperties& operator=(const ScopedProperties&) = delete;
 
-    void set(const char* key, const char* value);
+    void set(const char* key, const char* value) {
+        if (property_set(key, value) == 0) return;
+        fprintf(stderr, "property %s cannot be set\n", key);
+        abort();
+    }
 };
 
 }  // namespace android::test
