@@ -220,6 +220,30 @@ TEST(Session, interleavedCodecsStayApart) {
     EXPECT_EQ(99, report["sessions"][2]["counts"]["rendered_count"]);
 }
 
+TEST(Session, codecsOfOneKindAreToldApartWithoutThreads) {
+    // Two players of the same kind in one process, one of them in the middle of its film.
+    Playback first = troubled();
+    Playback second = troubled();
+    second.startMs = first.startMs + 3'333;
+    second.drops = {7};
+    second.firstPtsUs = 600'000'000;
+    std::vector<LogMessage> messages = messagesOf(first);
+    for (const LogMessage& message : messagesOf(second)) messages.push_back(message);
+    for (LogFormat format :
+         {LogFormat::BRIEF, LogFormat::TIME, LogFormat::PROCESS, LogFormat::TAG, LogFormat::RAW}) {
+        const Json report = reportOf(writeLog(messages, format));
+        ASSERT_EQ(2u, report["sessions"].size()) << toString(format);
+        int i = 0;
+        for (const Playback& playback : {first, second}) {
+            const Json alone = reportOf(writeLog(messagesOf(playback), format))["sessions"][0];
+            const Json& session = report["sessions"][i++];
+            for (const char* key : {"counts", "startup", "report", "stages", "drops"}) {
+                EXPECT_EQ(alone[key], session[key]) << toString(format) << " " << key;
+            }
+        }
+    }
+}
+
 TEST(Session, eachConfigurationIsASession) {
     std::vector<LogMessage> messages;
     for (int64_t start : {100'000, 120'000}) {

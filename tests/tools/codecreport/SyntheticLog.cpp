@@ -65,7 +65,8 @@ class Writer {
         add(at + 25, kLogger, text("[BRISK] %s P3 + %ld", tag, at + 25));
         add(at + 55, kLogger, text("[BRISK] %s P3 - %ld", tag, at + 55));
         add(firstInput, kLogger,
-            text("[BRISK] %s Got First Input Frame %ld pts:0", tag, firstInput));
+            text("[BRISK] %s Got First Input Frame %ld pts:%ld", tag, firstInput,
+                 mPlayback.firstPtsUs));
         add(firstInput + 5, kLogger,
             "updateFormatChanged width = 1920 height = 1080, hdrType = 1, scanType = 0, bitDepth = "
             "10, colorStandard = 6");
@@ -73,7 +74,7 @@ class Writer {
 
     void frame(int i, int64_t* shiftMs) {
         Times t = {};
-        t.ptsUs = i * mPlayback.intervalMs * 1000;
+        t.ptsUs = mPlayback.firstPtsUs + i * mPlayback.intervalMs * 1000;
         const int64_t stall = delay(mPlayback.stalls, i);
         const int64_t due =
                 mPlayback.startMs + 60 + kAnnouncedMs + i * mPlayback.intervalMs + *shiftMs;
@@ -146,7 +147,7 @@ class Writer {
     void report() {
         const std::string key = std::to_string(mPlayback.pid) + "." + mPlayback.tag + ".";
         const int64_t at = mLast.call + 50;
-        const int64_t played = mLast.ptsUs / 1000;
+        const int64_t played = (mLast.ptsUs - mPlayback.firstPtsUs) / 1000;
         add(at, kLogger,
             text("MC Stop Time(start: %ld, stop:%ld :40 <profileMCStopEnd 1462>", at - 40, at));
         add(at, kLogger, key + text("TotalVideoPlaybackTimeMs = %ld", played));

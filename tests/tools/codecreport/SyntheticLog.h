@@ -42,6 +42,7 @@ struct Playback {
     std::string format = "avc";
     int64_t startMs = 100'000;
     int frames = 300;
+    int64_t firstPtsUs = 0;
     /** Whole, so that every time in the log is. */
     int64_t intervalMs = 40;
     std::set<int> drops;

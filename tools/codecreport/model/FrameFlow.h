@@ -23,6 +23,7 @@ class FrameFlow {
 
     /** The frame in flight with this timestamp, or nullptr. The oldest wins, as in the library. */
     Frame* find(int64_t ptsUs);
+    size_t inFlight() const { return mInFlight.size(); }
     /** As find(), or a new one; with `announcing`, a new one too if that frame left the codec. */
     Frame& get(int64_t ptsUs, bool announcing = false);
 

@@ -53,7 +53,7 @@ SessionBuilder::Route SessionBuilder::routeOf(const ReferenceEntry& entry,
     route.begins = entry.id == "p2_begin";
     route.video = analytics;
     route.hasPts = contains(line, "{pts_us:");
-    route.announces = entry.id == "frame_queued" || entry.id == "frame_decrypted";
+    route.hint = route.reportKey.empty() ? hintOf(entry.id) : Hint::REPORT;
     if (!route.reportKey.empty() || contains(line, "{prefix:")) {
         route.owner = Owner::BY_PREFIX;
     } else if (contains(line, "{tag:")) {
@@ -110,7 +110,8 @@ void SessionBuilder::onRecognised(const LogLine& line, const ReferenceEntry& ent
     mStats.firstUs = mStats.firstUs == kNoTime ? timeUs : std::min(mStats.firstUs, timeUs);
     mStats.lastUs = std::max(mStats.lastUs, timeUs);
     if (route.begins) beginAnew(line, fields.text("tag"));
-    Open* open = ownerOf(route, line, fields, timeUs);
+    const LineHint hint = {route.hint, fields, route.reportKey, mClock.fromMonotonic(0)};
+    Open* open = ownerOf(route, line, hint, timeUs);
     if (open == nullptr) {
         if (route.handler.handle != nullptr) ++mStats.unattributed;
         return;
@@ -122,6 +123,10 @@ void SessionBuilder::onRecognised(const LogLine& line, const ReferenceEntry& ent
     }
     open->touched = ++mTouches;
     open->lastTid = line.tid;
+    if (route.hasPts) {
+        const bool isInput = route.hint == Hint::INPUT || route.hint == Hint::FIRST_INPUT;
+        (isInput ? open->lastInputPtsUs : open->lastOutputPtsUs) = fields.number("pts_us");
+    }
     if (route.owner == Owner::BY_TAG || route.owner == Owner::BY_PREFIX) {
         if (mByThread.size() >= kMaxThreads) mByThread.clear();
         mByThread[threadOf(line)] = open;
@@ -146,21 +151,21 @@ void SessionBuilder::onReportLine(const LogLine& line, const Event& event, const
 }
 
 SessionBuilder::Open* SessionBuilder::ownerOf(const Route& route, const LogLine& line,
-                                              const Fields& fields, int64_t timeUs) {
+                                              const LineHint& hint, int64_t timeUs) {
     switch (route.owner) {
         case Owner::BY_TAG:
-            return byTag(line, fields.text("tag"), timeUs);
+            return byTag(line, hint, hint.fields.text("tag"), timeUs);
         case Owner::BY_PREFIX: {
             LinePrefix prefix;
-            if (!parseLinePrefix(fields.text("prefix"), &prefix)) return nullptr;
-            Open* open = byTag(line, prefix.tag, timeUs);
+            if (!parseLinePrefix(hint.fields.text("prefix"), &prefix)) return nullptr;
+            Open* open = byTag(line, hint, prefix.tag, timeUs);
             if (open != nullptr) learnPrefix(open->session.get(), prefix);
             return open;
         }
         case Owner::BY_LABEL:
-            return byLabel(line, route, fields, timeUs);
+            return byLabel(line, route, hint, timeUs);
         default:
-            return byThread(line, route.video);
+            return byThread(line, hint, route.video);
     }
 }
 
@@ -175,32 +180,41 @@ SessionBuilder::Open* SessionBuilder::ofThread(const LogLine& line) const {
 }
 
 /**
- * Of the sessions that are accepted: the thread's, else the one written to last. Where there is but
- * one, the thread is its thread from now on, unless it is known for another.
+ * Of the sessions that are accepted: the thread's, else the one that the line fits best, else the
+ * one written to last. Where there is but one, the thread is its thread from now on, unless it is
+ * known for another.
  */
 template <typename Predicate>
-SessionBuilder::Open* SessionBuilder::choose(const LogLine& line, Predicate accepts) {
-    Open* known = ofThread(line);
-    if (known != nullptr && accepts(*known)) return known;
-    Open* last = nullptr;
+SessionBuilder::Open* SessionBuilder::choose(const LogLine& line, const LineHint& hint,
+                                             Predicate accepts) {
+    const bool hasThread = line.tid >= 0;
+    Open* known = hasThread ? ofThread(line) : nullptr;
+    if (known != nullptr && accepts(*known) && fitOf(hint, *known) != kContradicts) return known;
+    Open* best = nullptr;
+    std::pair<int, uint64_t> bestFit;
     int count = 0;
     for (const auto& open : mOpen) {
         if (open->session->pid != line.pid || !accepts(*open)) continue;
         ++count;
-        if (last == nullptr || open->touched > last->touched) last = open.get();
+        const std::pair<int, uint64_t> fit = {fitOf(hint, *open), open->touched};
+        if (best != nullptr && fit < bestFit) continue;
+        best = open.get();
+        bestFit = fit;
     }
-    if (count == 1 && mByThread.size() < kMaxThreads) mByThread.emplace(threadOf(line), last);
-    return last;
+    if (count == 1 && hasThread && mByThread.size() < kMaxThreads) {
+        mByThread.emplace(threadOf(line), best);
+    }
+    return best;
 }
 
-SessionBuilder::Open* SessionBuilder::byTag(const LogLine& line, std::string_view tag,
-                                            int64_t timeUs) {
+SessionBuilder::Open* SessionBuilder::byTag(const LogLine& line, const LineHint& hint,
+                                            std::string_view tag, int64_t timeUs) {
     CodecTag parts;
     if (!parseCodecTag(tag, &parts)) return nullptr;
-    Open* open = choose(line, [tag](const Open& o) { return o.session->tagText == tag; });
+    Open* open = choose(line, hint, [tag](const Open& o) { return o.session->tagText == tag; });
     if (open != nullptr) return open;
     // A session that only frame lines told of until now.
-    open = choose(line, [&parts](const Open& o) {
+    open = choose(line, hint, [&parts](const Open& o) {
         return o.session->tagText.empty() && o.session->tag.format == parts.format;
     });
     if (open == nullptr) return begin(line, tag, timeUs, true);
@@ -210,28 +224,29 @@ SessionBuilder::Open* SessionBuilder::byTag(const LogLine& line, std::string_vie
 }
 
 SessionBuilder::Open* SessionBuilder::byLabel(const LogLine& line, const Route& route,
-                                              const Fields& fields, int64_t timeUs) {
-    const std::string_view label = fields.text("label");
-    const bool isEvent =
-            label == "Drop" || label == "OWD" || label == "FBD" || fields.text("label").empty();
+                                              const LineHint& hint, int64_t timeUs) {
+    const std::string_view label = hint.fields.text("label");
+    const bool isEvent = label == "Drop" || label == "OWD" || label == "FBD" || label.empty();
     const auto accepts = [&](const Open& open) {
         return isEvent ? open.session->isVideo() : open.session->tag.format == label;
     };
-    if (route.hasPts && !route.announces) {
-        const int64_t pts = fields.number("pts_us");
-        Open* open = choose(
-                line, [&](const Open& o) { return accepts(o) && o.flow->find(pts) != nullptr; });
+    if (route.hasPts && route.hint != Hint::INPUT) {
+        const int64_t pts = hint.fields.number("pts_us");
+        Open* open = choose(line, hint, [&](const Open& o) {
+            return accepts(o) && o.flow->find(pts) != nullptr;
+        });
         if (open != nullptr) return open;
     }
-    Open* open = choose(line, accepts);
+    Open* open = choose(line, hint, accepts);
     if (open != nullptr || isEvent) return open;
     // Before its first input a tracker goes by the name of its component.
-    if (contains(label, ".")) return ofThread(line) ? ofThread(line) : byThread(line, true);
-    return route.announces ? begin(line, label, timeUs, true) : nullptr;
+    if (contains(label, ".")) return ofThread(line) ? ofThread(line) : byThread(line, hint, true);
+    return route.hint == Hint::INPUT ? begin(line, label, timeUs, true) : nullptr;
 }
 
-SessionBuilder::Open* SessionBuilder::byThread(const LogLine& line, bool video) {
-    return choose(line, [video](const Open& o) { return !video || o.session->isVideo(); });
+SessionBuilder::Open* SessionBuilder::byThread(const LogLine& line, const LineHint& hint,
+                                               bool video) {
+    return choose(line, hint, [video](const Open& o) { return !video || o.session->isVideo(); });
 }
 
 /** A configuration ends the session that the same codec had before. */
@@ -241,8 +256,8 @@ void SessionBuilder::beginAnew(const LogLine& line, std::string_view tag) {
         const Session& session = *open->session;
         if (session.pid != line.pid || session.tagText != tag) continue;
         const bool isOver = session.reported || session.startup.stopEndUs != kNoTime;
-        // Without threads in the log only one of a kind can be told at a time.
-        if (isOver || open->lastTid == line.tid) over.push_back(open.get());
+        const bool isOfThread = line.tid >= 0 && open->lastTid == line.tid;
+        if (isOver || isOfThread) over.push_back(open.get());
     }
     for (Open* open : over) close(open);
     begin(line, tag, mClock.place(line), false);

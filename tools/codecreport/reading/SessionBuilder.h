@@ -9,6 +9,7 @@
 
 #include "model/FrameFlow.h"
 #include "model/Session.h"
+#include "reading/Fit.h"
 #include "reading/LineHandlers.h"
 #include "reading/LogClock.h"
 #include "reading/LogLine.h"
@@ -44,9 +45,11 @@ struct ReadStats {
  *
  * Lines that show a codec tag belong to the open session with that tag in their process. Of
  * several, and for lines that show none, the thread decides: the session that it last wrote a line
- * with a tag for; else the only one, else the one written to last. Frame lines go where their
- * timestamp is in flight. A session ends where its codec is configured anew; one whose beginning
- * the log does not hold is opened by its first line.
+ * with a tag for; else the only one. Where the log shows no threads, or what the line says cannot
+ * be of the thread's session, that decides how well it goes on with what a session said before, and
+ * at last the order of the lines. Frame lines go where their timestamp is in flight. A session ends
+ * where its codec is configured anew; one whose beginning the log does not hold is opened by its
+ * first line.
  *
  * Memory: kMaxSessions sessions, the worst kMaxDetailed with frames to draw, kMaxOpen of them open.
  */
@@ -70,12 +73,7 @@ class SessionBuilder {
     std::vector<std::unique_ptr<Session>> finish();
 
   private:
-    struct Open {
-        std::unique_ptr<Session> session;
-        std::unique_ptr<FrameFlow> flow;
-        int lastTid = -1;
-        uint64_t touched = 0;
-    };
+    using Open = OpenSession;
     enum class Owner { BY_TAG, BY_PREFIX, BY_LABEL, BY_THREAD };
     struct Route {
         LineHandler handler;
@@ -83,8 +81,7 @@ class SessionBuilder {
         bool video = false;
         bool begins = false;
         bool hasPts = false;
-        /** The frame of the line enters the codec: no session has it in flight yet. */
-        bool announces = false;
+        Hint hint = Hint::NONE;
         /** The JSON key of a report line. */
         std::string reportKey;
     };
@@ -96,14 +93,14 @@ class SessionBuilder {
     bool isPlausible(const Fields& fields) const;
     void addExample(std::string_view text);
 
-    Open* ownerOf(const Route& route, const LogLine& line, const Fields& fields, int64_t timeUs);
-    Open* byTag(const LogLine& line, std::string_view tag, int64_t timeUs);
-    Open* byLabel(const LogLine& line, const Route& route, const Fields& fields, int64_t timeUs);
-    Open* byThread(const LogLine& line, bool video);
+    Open* ownerOf(const Route& route, const LogLine& line, const LineHint& hint, int64_t timeUs);
+    Open* byTag(const LogLine& line, const LineHint& hint, std::string_view tag, int64_t timeUs);
+    Open* byLabel(const LogLine& line, const Route& route, const LineHint& hint, int64_t timeUs);
+    Open* byThread(const LogLine& line, const LineHint& hint, bool video);
     /** The session that a thread is known to write for, or nullptr. */
     Open* ofThread(const LogLine& line) const;
     template <typename Predicate>
-    Open* choose(const LogLine& line, Predicate accepts);
+    Open* choose(const LogLine& line, const LineHint& hint, Predicate accepts);
     Open* begin(const LogLine& line, std::string_view tag, int64_t timeUs, bool startedBefore);
     void beginAnew(const LogLine& line, std::string_view tag);
     void close(Open* open);
