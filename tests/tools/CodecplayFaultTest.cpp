@@ -155,6 +155,16 @@ void renameVideoCodec(std::string* bytes) {
     bytes->replace(bytes->rfind("avc1"), 4, "zzzz");
 }
 
+/** All elementary streams of ffmpeg's transport streams: their packet identifiers begin at 256. */
+void scramble(std::string* bytes) {
+    for (size_t at = 0; at + 188 <= bytes->size(); at += 188) {
+        if (((*bytes)[at + 1] & 0x1F) != 1) continue;
+        (*bytes)[at + 3] = static_cast<char>((*bytes)[at + 3] | 0x80);
+        for (size_t i = at + 4; i < at + 188; ++i)
+            (*bytes)[i] = static_cast<char>((*bytes)[i] ^ 0x5A);
+    }
+}
+
 struct BadFile {
     const char* name;
     void (*change)(std::string*);
@@ -169,6 +179,7 @@ constexpr BadFile kBadFiles[] = {
         {"damaged.mp4", damageTheMiddle, 3, "damaged frames: "},
         {"damaged.ts", damageTheMiddle, 3, "damaged"},
         {"renamed.mp4", renameVideoCodec, 5, "stream 0: unknown codec zzzz"},
+        {"scrambled.ts", scramble, 1, "stream 0: is encrypted"},
         {"headless.mp4", [](std::string* bytes) { bytes->erase(0, 6000); }, 1, "is no media file"},
         {"empty.mp4", [](std::string* bytes) { bytes->clear(); }, 1, "is no media file"},
         {"text.txt", [](std::string* bytes) { *bytes = std::string(5000, 'a'); }, 1, "media"},

@@ -47,6 +47,18 @@ bool isMedia(const AVStream& stream) {
            !(stream.disposition & AV_DISPOSITION_ATTACHED_PIC);
 }
 
+/** Whether packets of a transport stream's stream say that they are scrambled. */
+bool isScrambled(const std::vector<uint8_t>& bytes, int id) {
+    constexpr size_t kPacketSize = 188;
+    constexpr uint8_t kSyncByte = 0x47;
+    for (size_t at = 0; at + kPacketSize <= bytes.size(); at += kPacketSize) {
+        const uint8_t* packet = &bytes[at];
+        if (packet[0] != kSyncByte) return false;
+        if (((packet[1] & 0x1F) << 8 | packet[2]) == id && (packet[3] & 0xC0)) return true;
+    }
+    return false;
+}
+
 /** Why the stream cannot be played; empty if it can. */
 std::string hindrance(const AVStream& stream, bool encrypted) {
     const AVCodecParameters& parameters = *stream.codecpar;
@@ -85,7 +97,8 @@ bool Demuxer::open(const std::string& file, std::string* error) {
     if (!mInput.open(file, error) || !openFormat(error)) return false;
     mPositions.assign(mFormat->nb_streams, kNone);
     const std::vector<FirstPackets> first = lookAtFirstPackets();
-    for (unsigned i = 0; i < mFormat->nb_streams; ++i) {
+    // The packets may have brought more streams, which are not played.
+    for (size_t i = 0; i < first.size(); ++i) {
         const AVStream& stream = *mFormat->streams[i];
         if (!isMedia(stream)) continue;
         const std::string reason = hindrance(stream, first[i].encrypted);
@@ -150,6 +163,12 @@ std::vector<Demuxer::FirstPackets> Demuxer::lookAtFirstPackets() {
             }
         }
         mUnstamped.push_back(std::move(data));
+    }
+    if (strcmp(mFormat->iformat->name, "mpegts") == 0) {
+        const std::vector<uint8_t> bytes = mInput.firstBytes(1 << 20);
+        for (size_t i = 0; i < found.size(); ++i) {
+            if (isScrambled(bytes, mFormat->streams[i]->id)) found[i].encrypted = true;
+        }
     }
     return found;
 }

@@ -8,6 +8,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+
 namespace android::codecplay {
 
 MediaInput::~MediaInput() {
@@ -40,6 +42,13 @@ AVIOContext* MediaInput::begin() {
     mContext = avio_alloc_context(static_cast<unsigned char*>(av_malloc(kBufferSize)), kBufferSize,
                                   0, this, onRead, nullptr, mSeekable ? onSeek : nullptr);
     return mContext;
+}
+
+std::vector<uint8_t> MediaInput::firstBytes(size_t count) const {
+    std::vector<uint8_t> bytes(count);
+    const ssize_t got = mSeekable ? pread(mFd, bytes.data(), count, 0) : 0;
+    bytes.resize(static_cast<size_t>(std::max<ssize_t>(got, 0)));
+    return bytes;
 }
 
 bool MediaInput::waitForBytes() const {

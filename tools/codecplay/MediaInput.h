@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <string>
+#include <vector>
 
 #include "Ffmpeg.h"
 
@@ -25,6 +26,8 @@ class MediaInput {
     bool open(const std::string& file, std::string* error);
     /** Whether it can be read again from any place. */
     bool seekable() const { return mSeekable; }
+    /** The first bytes, whatever was read by now; nothing of a pipe. */
+    std::vector<uint8_t> firstBytes(size_t count) const;
     /** Goes to the beginning; what was read so far must not be in use any more. */
     AVIOContext* begin();
 
