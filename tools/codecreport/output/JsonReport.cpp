@@ -79,14 +79,33 @@ Json startupOf(const Session& session) {
     };
 }
 
+/** Counts lines that only some settings write: none may be because nobody asked for them. */
+Json logged(uint64_t lines) {
+    return lines > 0 ? Json(lines) : Json(nullptr);
+}
+
+Json renderedOf(const Session& session) {
+    return logged(session.rendered > 0 ? session.rendered : session.syncFrames);
+}
+
+/** The frame analytics log every drop; without them the library's report tells, of all but 0. */
+Json droppedOf(const Session& session) {
+    const bool analysed =
+            session.inputs + session.outputs + session.rendered + session.syncFrames > 0;
+    if (session.dropped > 0 || analysed) return session.dropped;
+    const auto total = session.report.find("total_frames_dropped");
+    if (total != session.report.end()) return static_cast<uint64_t>(total->second);
+    return session.report.count("total_video_playback_ms") > 0 ? Json(0) : Json(nullptr);
+}
+
 Json countsOf(const Session& session) {
     const Judgement& judgement = session.judgement;
     return {
-            {"input_count", session.inputs},
-            {"input_bytes", session.inputBytes},
-            {"output_count", session.outputs},
-            {"rendered_count", session.rendered > 0 ? session.rendered : session.syncFrames},
-            {"dropped_count", session.dropped},
+            {"input_count", logged(session.inputs)},
+            {"input_bytes", logged(session.inputBytes)},
+            {"output_count", logged(session.outputs)},
+            {"rendered_count", renderedOf(session)},
+            {"dropped_count", droppedOf(session)},
             {"shown_count", judgement.shown ? Json(*judgement.shown) : Json(nullptr)},
             {"never_shown_count",
              judgement.neverShown ? Json(*judgement.neverShown) : Json(nullptr)},

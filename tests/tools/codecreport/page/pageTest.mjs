@@ -151,6 +151,7 @@ async function unknownIsADash(browser) {
   const facts = Object.fromEntries(await page.evaluate(() =>
     [...document.querySelectorAll('#facts div')].map((fact) => [fact.firstChild.textContent, fact.lastChild.textContent])));
   assert.equal(facts['Shown (frames)'], '–');
+  assert.equal(facts['Rendered (frames)'], '–');
   assert.equal(await page.locator('#plot-late').count(), 0);
   await close(page);
 }

@@ -44,6 +44,7 @@ export function lasting(ms) {
 /** A figure of the session by its path in the report; of part of which was logged, "at least". */
 export function figureOf(session, path, write = count) {
   const value = path.split('.').reduce((at, key) => (isKnown(at) ? at[key] : at), session);
-  if (!isKnown(value)) return UNKNOWN;
-  return (session.at_least || []).includes(path) ? `at least ${write(value)}` : write(value);
+  const inPart = (session.at_least || []).includes(path);
+  if (!isKnown(value) || (inPart && value === 0)) return UNKNOWN;
+  return inPart ? `at least ${write(value)}` : write(value);
 }

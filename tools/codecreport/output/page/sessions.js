@@ -29,7 +29,7 @@ function sentenceOf(session) {
     return errors > 0 ? `${judged}; ${count(errors)} errors` : judged;
   }
   const { sentence, missing } = session.verdict;
-  return missing ? `${sentence} To tell, the log needs ${missing}.` : sentence;
+  return missing ? `${sentence}; the log lacks ${missing}` : sentence;
 }
 
 function cadenceOf(session) {
