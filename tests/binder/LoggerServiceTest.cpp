@@ -91,25 +91,6 @@ TEST_F(CodecLoggerService, queries_areAnsweredByTheClientOrRefused) {
     EXPECT_STREQ(service->getOldestAudioClientCodec(), "ac3");
 }
 
-TEST_F(CodecLoggerService, listeners_hearEventsUntilTheyLeave) {
-    const sp<FakeListener> listener = new FakeListener;
-    int64_t listenerId = 0;
-    ASSERT_TRUE(service->registerListener(listener, &listenerId).isOk());
-    addVideo(100);
-    addAudio(200, "aac");
-    service->onFirstFrameRendered(100);
-    service->onOutBufferAvailableAfterDelay(100, 1200);
-    service->unregisterClient(200);
-    service->unregisterClient(100);
-    // Of the one that left it is the handle, not the id.
-    EXPECT_THAT(listener->takeCalls(), ElementsAre("notifyFirstFrameRendered 100",
-                                                   "notifyOutBufferAvailableAfterDelay 100 1200",
-                                                   "notifyVideoClientUnregistered 1"));
-    EXPECT_TRUE(service->unregisterListener(listenerId).isOk());
-    service->onFirstFrameRendered(100);
-    EXPECT_THAT(listener->takeCalls(), testing::IsEmpty());
-}
-
 TEST(ClientTable, sameIdInTwoProcesses_isToldApartByTheCaller) {
     codecloggerd::ClientTable table;
     table.add(entryOf(10, 0x7f00));

@@ -24,7 +24,7 @@ using media::IMediaCodecLoggerListener;
 
 namespace {
 
-/** The process that called; 0 on a device for one-way calls. */
+/** The process that called; 0 for one-way calls. */
 pid_t callingPid() {
     return IPCThreadState::self()->getCallingPid();
 }

@@ -90,21 +90,6 @@ TEST(ObjectsTest, aParcelOwnsWhatItHolds) {
     EXPECT_EQ(before, TestService::alive());
 }
 
-TEST(ObjectsTest, aCallWithinTheProcessIsDirect) {
-    const sp<IBinder> local = new TestService();
-    Parcel reply;
-    EXPECT_EQ(OK, callTest(local, kIdentify, &reply));
-    EXPECT_EQ(0u, reply.dataPosition());
-    reply.setDataPosition(12);
-    EXPECT_EQ(0, reply.readInt32()) << "no flags";
-    EXPECT_EQ(UNKNOWN_TRANSACTION, callTest(local, 999, nullptr));
-    EXPECT_EQ(OK, callTest(local, IBinder::PING_TRANSACTION, nullptr));
-    Parcel descriptor;
-    EXPECT_EQ(OK, callTest(local, IBinder::INTERFACE_TRANSACTION, &descriptor));
-    EXPECT_EQ(String16("test.ITestService"), descriptor.readString16());
-    EXPECT_EQ(INVALID_OPERATION, local->linkToDeath(nullptr));
-}
-
 TEST(ServiceManagerTest, namesAreThoseOfADevice) {
     const sp<IServiceManager> manager = defaultServiceManager();
     const sp<IBinder> service = new TestService();
