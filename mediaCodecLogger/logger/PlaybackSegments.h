@@ -3,6 +3,8 @@
 
 #include <stdint.h>
 
+#include <array>
+
 #include <mediaCodecLogger/base/Relaxed.h>
 #include <mediaCodecLogger/base/WrappingArithmetic.h>
 #include <mediaCodecLogger/logger/Resolution.h>
@@ -28,7 +30,7 @@ struct PlaybackSegments {
     Relaxed<uint64_t> mSegmentFrameCount = 0;
     Relaxed<uint64_t> mPrevSegmentsFrameCount = 0;
     Relaxed<int64_t> mAudioPlaybackTimeMs = 0;
-    Relaxed<int64_t> mPlaybackTimeMsByRes[MAX_RES_TYPES];
+    std::array<Relaxed<int64_t>, MAX_RES_TYPES> mPlaybackTimeMsByRes;
 
     /**
      * Says what a timestamp is to the open segment, opens the first one and counts the frames of
