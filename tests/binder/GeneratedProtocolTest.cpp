@@ -19,7 +19,9 @@ using testing::IsEmpty;
 #define FORM(name, space)                                                                    \
     struct name {                                                                            \
         using Service = space::IMediaCodecLoggerService;                                     \
+        using ServiceDefault = space::IMediaCodecLoggerServiceDefault;                       \
         using Listener = space::IMediaCodecLoggerListener;                                   \
+        using ListenerDefault = space::IMediaCodecLoggerListenerDefault;                     \
         using ListenerProxy = space::BpMediaCodecLoggerListener;                             \
         using FakeService = FakeObserverService<space::BnMediaCodecLoggerService, Listener>; \
         using FakeListener = FakeListenerOf<space::BnMediaCodecLoggerListener>;              \
@@ -175,6 +177,18 @@ TYPED_TEST(GeneratedProtocol, serviceThatPredatesACall_isReplacedByTheDefault) {
         EXPECT_THAT(service->takeCalls(), ElementsAre(received));
         call.call(*dead);
         EXPECT_THAT(service->takeCalls(), IsEmpty());
+    }
+}
+
+// Who derives a default from them and implements one call leaves the others as they were.
+TYPED_TEST(GeneratedProtocol, basesOfDefaults_knowNoCall) {
+    const sp<typename TypeParam::Service> service = new typename TypeParam::ServiceDefault;
+    for (const auto& call : serviceCalls<TypeParam>()) {
+        EXPECT_THAT(call.call(*service), testing::StartsWith("failed -74")) << call.received;
+    }
+    const sp<typename TypeParam::Listener> listener = new typename TypeParam::ListenerDefault;
+    for (const auto& call : listenerCalls<TypeParam>()) {
+        EXPECT_EQ(call.call(*listener).transactionError(), UNKNOWN_TRANSACTION) << call.received;
     }
 }
 
