@@ -129,6 +129,30 @@ INSTANTIATE_TEST_SUITE_P(Formats, CodecplayFormatTest, testing::ValuesIn(kFormat
                              return std::string(info.param.name) + "_" + info.param.extension;
                          });
 
+TEST(CodecplayFormatPacketTest, framesOfOnePacketHaveTimesOfTheirOwn) {
+    // Packets of three AC-3 frames, 256 bytes and 32 ms each, out of those of one.
+    const auto joinFrames = [](std::string* bytes) {
+        const size_t packetBytes = bytes->find("desc") + 12 + 16;
+        bytes->replace(packetBytes, 8, std::string("\0\0\3\0\0\0\x12\0", 8));
+        bytes->replace(bytes->find("pakt"), 4, "free");
+    };
+    const std::string file = changedClip(clip("single.caf", tone(3) + "-c:a ac3 -b:a 64k"),
+                                         "joined.caf", joinFrames);
+    for (const char* speed : {"0", "8"}) {
+        const Played played =
+                play(analysis("0x20000") + std::vector<std::string>{"--speed", speed, file});
+        EXPECT_EQ(played.session(0)["packets"], 31);
+        long expectedUs = 0;
+        for (const std::string& line : played.log) {
+            if (line.find(" f:0") == std::string::npos) continue;
+            const long timeUs = numberBehind({line}, " C2 OWD mediaTs:");
+            EXPECT_EQ(timeUs, expectedUs);
+            expectedUs += 32'000;
+        }
+        EXPECT_EQ(expectedUs, 93 * 32'000);
+    }
+}
+
 // Two passes, because only these make VP8 hide pictures in packets of their own.
 TEST(CodecplayFormatHiddenTest, hiddenFramesLeaveTheTrackerAtOnce) {
     const std::string pass = picture(3) +

@@ -133,13 +133,13 @@ std::vector<FileResult> playFile(const Options& options, const std::string& file
 
 int run(const Options& options) {
     Outputs& outputs = *new Outputs;
+    handleSignals();
     if (!setProperties(options)) return EXIT_USAGE;
     if (options.displayWidth > 0) {
         hostplatform::setDisplaySize(options.displayWidth, options.displayHeight);
     }
     if (!openOutputs(options, &outputs)) return EXIT_CANNOT_WRITE;
     startLog(&outputs.log);
-    handleSignals();
     ProcessState::self()->startThreadPool();
 
     std::vector<FileResult> results;
