@@ -96,7 +96,10 @@ bool readLogs(const Reference& reference, const std::vector<std::string>& files,
         }
     }
     analysis->sessions = builder.finish();
-    if (!analysis->frames.error().empty()) analysis->problems.push_back(analysis->frames.error());
+    if (!analysis->frames.error().empty()) {
+        analysis->problems.push_back(analysis->frames.error());
+        analysis->endsEarly = true;
+    }
     analysis->stats = builder.stats();
     return allOpened;
 }

@@ -44,10 +44,7 @@ TEST(Codecreport, writesPageTraceAndJson) {
     EXPECT_THAT(result.err, HasSubstr("1 sessions"));
     EXPECT_THAT(readFile(page), StartsWith("<!DOCTYPE html>"));
     EXPECT_EQ(1, Json::parse(readFile(json))["schema_version"]);
-    // protoc knows the trace's messages by their numbers only.
-    const ProcessResult decoded = runProcess({"sh", "-c", "protoc --decode_raw < " + trace});
-    EXPECT_EQ(0, decoded.exitCode) << decoded.err;
-    EXPECT_THAT(decoded.out, HasSubstr("HW.c2.video.avc #1"));
+    EXPECT_THAT(readFile(trace), HasSubstr("HW.c2.video.avc #1"));
 }
 
 TEST(Codecreport, readsStandardInputPlainAndCompressed) {

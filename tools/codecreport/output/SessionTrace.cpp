@@ -24,13 +24,13 @@ std::string sharesInWords(const Incident& incident) {
     return text;
 }
 
-}  // namespace
-
-struct SessionTrace::GroupName {
+struct GroupName {
     const char* name;
     /** Of counters. */
     const char* unit;
 };
+
+}  // namespace
 
 SessionTrace::SessionTrace(TraceStream* stream, uint64_t process, int64_t originUs,
                            const Session& session)

@@ -3,7 +3,6 @@
 
 #include <array>
 #include <functional>
-#include <map>
 #include <queue>
 #include <string>
 #include <vector>
@@ -47,7 +46,6 @@ class SessionTrace {
         DISPLAY_BUFFERS,
         GROUP_COUNT,
     };
-    struct GroupName;
     struct Lane {
         uint64_t track;
         int64_t busyUntilUs;

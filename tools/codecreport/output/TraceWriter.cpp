@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "output/TraceWriter.h"
 
-#include <algorithm>
-#include <queue>
+#include <map>
+#include <utility>
 
 #include "judging/Judge.h"
 #include "output/SessionTrace.h"
