@@ -253,14 +253,17 @@ void CodecSession::count(Fate fate) {
 }
 
 void CodecSession::renderOrDrop(const ComponentEvent& frame, Fate fate, int64_t dueNs) {
-    // An application that sets no time of its own has its pictures rendered by media time.
-    const int64_t renderTimeNs = paced() ? mDisplay.nearestVsync(dueNs) : frame.timeUs * 1000;
+    const bool rendered = fate == Fate::RENDER;
+    // An application that sets no time of its own has its pictures rendered by media time. What is
+    // dropped on the way to a seek's target is due at no time.
+    const int64_t renderTimeNs = !rendered ? 0
+                                 : paced() ? mDisplay.nearestVsync(dueNs)
+                                           : frame.timeUs * 1000;
     if (tunneled()) {
         reportTunneled(frame, fate, renderTimeNs);
         mDisplay.cancel(frame.buffer);
         return;
     }
-    const bool rendered = fate == Fate::RENDER;
     recordEvent(mCodec.get(), "updateFrameDropCounters %" PRId64 "%s", frame.timeUs,
                 rendered ? "" : " dropped");
     mLogger->updateFrameDropCounters(frame.timeUs, rendered);
