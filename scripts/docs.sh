@@ -25,7 +25,7 @@ rewrite() {
 
 status=0
 for table in logger fields report status service metrics settings debug analytics analysis history \
-    verdicts causes json; do
+    verdicts causes json database; do
     grep -qx "<!-- codecreport explain --markdown $table -->" docs/*.md ||
         { echo "docs.sh: no document shows the table '$table'" >&2 && status=1; }
 done

@@ -11,7 +11,6 @@
 #include <tools/options/OptionTable.h>
 
 #include "fleet/FleetCommand.h"
-#include "fleet/Rows.h"
 
 namespace android::codecreport {
 

@@ -162,6 +162,7 @@ TEST(CodecreportDatabase, fleetSumsUpGroupsAndLeadsToTheWorst) {
     const std::string worst = "fleet.db-sessions/" + std::to_string(figures->worst[0].id) + ".html";
     EXPECT_THAT(html, HasSubstr("href=\"" + worst + "\""));
     EXPECT_THAT(readFile(db.substr(0, db.size() - 8) + worst), HasSubstr("<!DOCTYPE html>"));
+    EXPECT_EQ(2, codecreport({"fleet", db, "-o", db}).exitCode) << "over its own input";
     EXPECT_THAT(codecreport({"fleet", db, "-o", page, "--by", "bild"}).err, HasSubstr("'bild'"));
 }
 

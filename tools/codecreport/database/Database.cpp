@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "database/Database.h"
 
+#include <stdio.h>
 #include <stdlib.h>
+#include <string.h>
 #include <xxhash.h>
 #include <zstd.h>
 
@@ -78,6 +80,16 @@ void LogRecord::pack() {
     packedRest = codecreport::pack({{"schema_version", report["schema_version"]},
                                     {"input", report["input"]},
                                     {"metrics", report["metrics"]}});
+}
+
+bool isDatabase(const std::string& path) {
+    static constexpr char kMagic[] = "SQLite format 3";
+    char begin[sizeof(kMagic)] = {};
+    FILE* file = fopen(path.c_str(), "re");
+    if (file == nullptr) return false;
+    const size_t size = fread(begin, 1, sizeof(begin), file);
+    fclose(file);
+    return size == sizeof(begin) && memcmp(begin, kMagic, sizeof(begin)) == 0;
 }
 
 int64_t logId(const std::string& hash) {

@@ -39,6 +39,9 @@ struct LogRecord {
     void pack();
 };
 
+/** Does the file begin as an SQLite database does? */
+bool isDatabase(const std::string& path);
+
 /** Ids that are the same in every database, so that rows of many databases can be put together. */
 int64_t logId(const std::string& hash);
 int64_t sessionId(const std::string& hash, int64_t sessionNo);

@@ -399,7 +399,7 @@ std::string schemaMarkdown(const Reference& reference) {
         if (table.name != "json") continue;
         for (const ReferenceEntry& entry : table.entries) keys[entry.id] = &entry;
     }
-    std::string text = "\n";
+    std::string text;
     for (const Table& table : tables()) {
         text += std::string("### `") + table.name + "`\n\n" + table.meaning;
         if (table.key[0] != '\0') text += std::string(" Key: ") + table.key + ".";

@@ -2,7 +2,6 @@
 #include "ExitCode.h"
 #include "fleet/FleetCommands.h"
 #include "fleet/Grouping.h"
-#include "fleet/Rows.h"
 #include "fleet/SetCompare.h"
 #include "output/JsonReport.h"
 

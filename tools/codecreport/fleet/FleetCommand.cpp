@@ -9,6 +9,7 @@
 #include "fleet/Ingest.h"
 #include "fleet/Rows.h"
 #include "output/HtmlPage.h"
+#include "output/OutputFile.h"
 
 namespace android::codecreport {
 
@@ -162,6 +163,11 @@ std::string checkFleetCommand(const Options& options) {
 }
 
 int runFleetCommand(const Options& options) {
+    const std::string conflict = outputConflict(options.arguments, {options.page, options.json});
+    if (!conflict.empty()) {
+        say(conflict);
+        return USAGE;
+    }
     const FleetCommand* command = commandNamed(options.fleet.command);
     return command == nullptr ? addCommand(options.arguments, options)
                               : command->run(options.arguments, options);

@@ -46,7 +46,8 @@ void listFolder(const fs::path& folder, std::vector<std::string>* found,
         std::error_code ignored;
         const bool isHidden = it->path().filename().string()[0] == '.';
         if (isHidden && it->is_directory(ignored)) it.disable_recursion_pending();
-        if (!isHidden && it->is_regular_file(ignored)) paths.push_back(it->path().string());
+        const bool isLog = !isHidden && it->is_regular_file(ignored);
+        if (isLog && !isDatabase(it->path().string())) paths.push_back(it->path().string());
     }
     if (error) problems->push_back(folder.string() + ": " + error.message());
     std::sort(paths.begin(), paths.end());

@@ -19,7 +19,7 @@ struct LogFile {
 
 /**
  * The logs that are meant, folders replaced by what is in them and below, in order of their names.
- * Hidden files in folders are left out. ".jsonl" files are metrics records.
+ * Hidden files and databases in folders are left out. ".jsonl" files are metrics records.
  *
  * @param problems gets what cannot be read
  */

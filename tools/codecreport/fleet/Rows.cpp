@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "fleet/Rows.h"
 
-#include <stdio.h>
-#include <string.h>
-
 #include <filesystem>
 
 #include "database/Query.h"
@@ -11,16 +8,6 @@
 #include "output/OutputFile.h"
 
 namespace android::codecreport {
-
-bool isDatabase(const std::string& path) {
-    static constexpr char kMagic[] = "SQLite format 3";
-    char begin[sizeof(kMagic)] = {};
-    FILE* file = fopen(path.c_str(), "re");
-    if (file == nullptr) return false;
-    const size_t size = fread(begin, 1, sizeof(begin), file);
-    fclose(file);
-    return size == sizeof(begin) && memcmp(begin, kMagic, sizeof(begin)) == 0;
-}
 
 bool writeRows(Database* database, const std::string& folder, std::string* error) {
     std::error_code failure;

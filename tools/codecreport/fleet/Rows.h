@@ -7,9 +7,6 @@
 
 namespace android::codecreport {
 
-/** Does the file begin as an SQLite database does? */
-bool isDatabase(const std::string& path);
-
 /**
  * Writes each table as FOLDER/TABLE.jsonl, a JSON object a line, all columns in each, and the SQL
  * that makes the tables in another engine as FOLDER/tables.sql. The folder is made if it is not
