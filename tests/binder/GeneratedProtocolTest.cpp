@@ -180,6 +180,20 @@ TYPED_TEST(GeneratedProtocol, serviceThatPredatesACall_isReplacedByTheDefault) {
     }
 }
 
+TYPED_TEST(GeneratedProtocol, listenerThatPredatesACall_isReplacedByTheDefault) {
+    using Listener = typename TypeParam::Listener;
+    EXPECT_FALSE(Listener::setDefaultImpl(nullptr));
+    EXPECT_EQ(Listener::asInterface(nullptr), nullptr);
+    const sp<Listener> old = Listener::asInterface(new CannedPeer(UNKNOWN_TRANSACTION));
+    auto implementation = std::make_unique<AsDefault<typename TypeParam::FakeListener>>();
+    typename TypeParam::FakeListener* const listener = implementation.get();
+    ASSERT_TRUE(Listener::setDefaultImpl(std::move(implementation)));
+    for (const auto& call : listenerCalls<TypeParam>()) {
+        EXPECT_TRUE(call.call(*old).isOk()) << call.received;
+        EXPECT_THAT(listener->takeCalls(), ElementsAre(call.received));
+    }
+}
+
 // Who derives a default from them and implements one call leaves the others as they were.
 TYPED_TEST(GeneratedProtocol, basesOfDefaults_knowNoCall) {
     const sp<typename TypeParam::Service> service = new typename TypeParam::ServiceDefault;
