@@ -2,6 +2,8 @@
 #include "database/ContentHash.h"
 
 #include <inttypes.h>
+#include <stdio.h>
+#include <sys/stat.h>
 #include <xxhash.h>
 
 #include <memory>
@@ -9,6 +11,16 @@
 #include "reading/LineReader.h"
 
 namespace android::codecreport {
+
+namespace {
+
+/** Logs are read twice, to know and then to judge them. */
+bool canBeReadAgain(const std::string& path) {
+    struct stat status = {};
+    return path != "-" && (stat(path.c_str(), &status) != 0 || S_ISREG(status.st_mode));
+}
+
+}  // namespace
 
 std::optional<std::string> contentHash(const std::vector<std::string>& files, std::string* error) {
     struct StateFree {
@@ -18,6 +30,10 @@ std::optional<std::string> contentHash(const std::vector<std::string>& files, st
     XXH3_128bits_reset(state.get());
     for (const std::string& file : files) {
         LineReader reader;
+        if (!canBeReadAgain(file)) {
+            *error = file + ": is a pipe or a device, of which a database cannot be filled";
+            return std::nullopt;
+        }
         if (!reader.open(file)) {
             *error = file + ": " + reader.error();
             return std::nullopt;
