@@ -192,6 +192,10 @@ noCodec ; subscribe c2.mtk.avc.decoder video/avc
     I [BRISK] HW.c2.video.avc P2 - 1000
     W zephra_media_codec_logger Service unavailable!
 
+story times_areWholeMilliseconds: catches nanoseconds that are rounded or divided by another number
+after 999999us ; configure
+    I [BRISK] HW.c2.video.avc P2 + 1999
+
 story aStop_isTimed_butNotOfAudio: catches a stop of audio, and one that never began
 ~configure
 after 15 ; profileMCStopEnd ; profileMCStopBegin ; after 3 ; profileMCStopEnd
