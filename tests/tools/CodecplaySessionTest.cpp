@@ -108,22 +108,24 @@ constexpr char kHevc[] =
         "-c:v libx265 -preset ultrafast -g 30 -x265-params log-level=none:bframes=2 ";
 
 struct Container {
+    const char* name;
     const char* extension;
     const char* codecs;
 };
 
 constexpr Container kContainers[] = {
-        {"mp4", kOpenGop},
-        {"mkv", kOpenGop},
-        {"webm", "-c:v libvpx -deadline realtime -g 30 -c:a libopus "},
-        {"ts", kOpenGop},
-        {"avi", kOpenGop},
-        {"flv", kOpenGop},
-        {"ogg", "-c:v libtheora -g 30 -c:a libvorbis "},
-        {"h264", kOpenGop},
-        {"hevc", kHevc},
+        {"Mp4", "mp4", kOpenGop},
+        {"Matroska", "mkv", kOpenGop},
+        {"WebM", "webm", "-c:v libvpx -deadline realtime -g 30 -c:a libopus "},
+        {"TransportStream", "ts", kOpenGop},
+        {"Avi", "avi", kOpenGop},
+        {"Flv", "flv", kOpenGop},
+        {"Ogg", "ogg", "-c:v libtheora -g 30 -c:a libvorbis "},
+        {"H264", "h264", kOpenGop},
+        {"Hevc", "hevc", kHevc},
         // One sync frame, at the beginning; the clock starts high.
-        {"ts", "-c:v libx264 -preset ultrafast -bf 2 -g 999 -output_ts_offset 95000 "},
+        {"OneSyncFrame", "ts",
+         "-c:v libx264 -preset ultrafast -bf 2 -g 999 -output_ts_offset 95000 "},
 };
 
 /** Media times of the pictures in the order in which they were shown, or were too late for it. */
@@ -139,43 +141,46 @@ std::vector<long> releasedTimes(const Played& played) {
 
 }  // namespace
 
-TEST(CodecplaySessionTest, whatWasInterruptedGoesOnWithTheSamePictures) {
-    for (const Container& container : kContainers) {
-        const bool elementary = container.extension[0] == 'h';
-        const std::string file = clip(std::string("interrupted.") + container.extension,
-                                      picture(4) + (elementary ? "" : tone(4)) + container.codecs);
-        const auto played = [&](const std::vector<std::string>& more) {
-            const Played result = play(analysis("0x4") + more + std::vector<std::string>{file});
-            EXPECT_EQ(result.process.exitCode, 0) << result.process.err;
-            EXPECT_EQ(accountedFrames(result.video()), result.video()["packets"]);
-            return releasedTimes(result);
-        };
-        const std::vector<long> whole = played({"--speed", "0"});
-        EXPECT_GT(whole.size(), 60U);
-        // At the end from 1.3 s on, and all once more. The end of each part before is flushed.
-        const std::vector<long> expected =
-                std::vector<long>(std::lower_bound(whole.begin(), whole.end(), 1'300'000),
-                                  whole.end()) +
-                whole;
-        for (const std::vector<std::string>& last :
-             std::vector<std::vector<std::string>>{{"0", "--seek", "1.3@2.8"},
-                                                   {"0", "--flush", "1.3"},
-                                                   {"8", "--reconfigure", "1.3"}}) {
-            SCOPED_TRACE(file + ' ' + last[1]);
-            std::vector<long> shown = played(std::vector<std::string>{"--vsync", "480", "--speed"} +
-                                             last + std::vector<std::string>{"--loop", "2"});
-            // Pictures on the way to the place are given up when they cannot come any more.
-            const auto lastRound = shown.end() - static_cast<long>(whole.size());
-            shown.erase(std::remove_if(shown.begin(), lastRound,
-                                       [](long timeUs) { return timeUs < 1'300'000; }),
-                        lastRound);
-            ASSERT_GT(shown.size(), expected.size());
-            EXPECT_EQ(std::vector<long>(shown.end() - static_cast<long>(expected.size()),
-                                        shown.end()),
-                      expected);
-        }
+class CodecplayContainerTest : public testing::TestWithParam<Container> {};
+
+TEST_P(CodecplayContainerTest, whatWasInterruptedGoesOnWithTheSamePictures) {
+    const Container& container = GetParam();
+    const bool elementary = container.extension[0] == 'h';
+    const std::string file = clip(std::string("interrupted.") + container.extension,
+                                  picture(4) + (elementary ? "" : tone(4)) + container.codecs);
+    const auto played = [&](const std::vector<std::string>& more) {
+        const Played result = play(analysis("0x4") + more + std::vector<std::string>{file});
+        EXPECT_EQ(result.process.exitCode, 0) << result.process.err;
+        EXPECT_EQ(accountedFrames(result.video()), result.video()["packets"]);
+        return releasedTimes(result);
+    };
+    const std::vector<long> whole = played({"--speed", "0"});
+    EXPECT_GT(whole.size(), 60U);
+    // At the end from 1.3 s on, and all once more. The end of each part before is flushed.
+    const std::vector<long> expected =
+            std::vector<long>(std::lower_bound(whole.begin(), whole.end(), 1'300'000),
+                              whole.end()) +
+            whole;
+    for (const std::vector<std::string>& last :
+         std::vector<std::vector<std::string>>{{"0", "--seek", "1.3@2.8"},
+                                               {"0", "--flush", "1.3"},
+                                               {"8", "--reconfigure", "1.3"}}) {
+        SCOPED_TRACE(file + ' ' + last[1]);
+        std::vector<long> shown = played(std::vector<std::string>{"--vsync", "480", "--speed"} +
+                                         last + std::vector<std::string>{"--loop", "2"});
+        // Pictures on the way to the place are given up when they cannot come any more.
+        const auto lastRound = shown.end() - static_cast<long>(whole.size());
+        shown.erase(std::remove_if(shown.begin(), lastRound,
+                                   [](long timeUs) { return timeUs < 1'300'000; }),
+                    lastRound);
+        ASSERT_GT(shown.size(), expected.size());
+        EXPECT_EQ(std::vector<long>(shown.end() - static_cast<long>(expected.size()), shown.end()),
+                  expected);
     }
 }
+
+INSTANTIATE_TEST_SUITE_P(Containers, CodecplayContainerTest, testing::ValuesIn(kContainers),
+                         [](const auto& info) { return info.param.name; });
 
 TEST(CodecplaySessionTest, reconfigurationGivesAReportEach) {
     const Played played = play({"--speed", "0", "--reconfigure", "2", ordinaryClip()});
