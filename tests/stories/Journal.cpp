@@ -35,6 +35,7 @@ ssize_t writeDump(void* path, const char* data, size_t size) {
 }
 
 int closeDump(void* path) {
+    Journal::instance().outcome("close " + std::string(static_cast<char*>(path)));
     free(path);
     return 0;
 }

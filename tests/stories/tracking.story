@@ -368,7 +368,11 @@ threeBytes one ; threeBytes two
     write dumpdecrypted_1_<pid>_<pid>.raw two
     write dumpoutput_video_<pid>_<pid>.raw two
     I/ZMediaAnalyticV write output size:3
-/^write/ removeCodec ; debug 0x380000 ; audioCodec ; threeBytes one
+removeCodec
+    close dumpdecrypted_1_<pid>_<pid>.raw
+    close dumpoutput_video_<pid>_<pid>.raw
+    close dumpinput_video_<pid>_<pid>.raw
+/^write/ debug 0x380000 ; audioCodec ; threeBytes one
     write dumpinput_audio_<pid>_<pid>.raw one
     write dumpdecrypted_0_<pid>_<pid>.raw one
     write dumpoutput_audio_<pid>_<pid>.raw one
@@ -381,6 +385,7 @@ dumps closed ; updateInputFrame_pre 0 data="abc" ; dumps full ; updateInputFrame
     fopen /data/tmp/dumpinput_video_<pid>_<pid>.raw wb
     I/ZMediaAnalyticV fopen /data/tmp/dumpinput_video_<pid>_<pid>.raw
     W/ZMediaAnalyticV fwrite fail 28 ret:0 size:3
+    close dumpinput_video_<pid>_<pid>.raw
 dumps work ; updateInputFrame_pre 0 data="fresh" ; dropIt 0
     fopen /data/tmp/dumpinput_video_<pid>_<pid>.raw wb
     I/ZMediaAnalyticV fopen /data/tmp/dumpinput_video_<pid>_<pid>.raw
