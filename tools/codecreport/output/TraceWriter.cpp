@@ -2,6 +2,7 @@
 #include "output/TraceWriter.h"
 
 #include <map>
+#include <set>
 #include <utility>
 
 #include "judging/Judge.h"
@@ -23,13 +24,15 @@ int64_t originOf(const Analysis& analysis) {
     return first == nullptr ? kNoTime : first->monotonicOffsetUs;
 }
 
-/** The package of any codec of the process, or empty. */
+/** The package of any codec of the process, or the one that all metrics are of, or empty. */
 std::string packageOf(const Analysis& analysis, const Session& session) {
     for (const auto& other : analysis.sessions) {
         const bool isSame = other->capture == session.capture && other->pid == session.pid;
         if (isSame && !other->package.empty()) return other->package;
     }
-    return {};
+    std::set<std::string> packages;
+    for (const auto& [key, row] : analysis.metrics.rows()) packages.insert(row.package);
+    return packages.size() == 1 ? *packages.begin() : std::string();
 }
 
 }  // namespace
