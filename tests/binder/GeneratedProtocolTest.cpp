@@ -118,9 +118,14 @@ TYPED_TEST(GeneratedProtocol, badRequest_reachesNoMethod) {
             {service, 14, SERVICE_TOKEN " ffffffff ffffffff 00000000", OK, EX_NULL_POINTER_REPLY},
             {service, 14, SERVICE_TOKEN " ffffffff 01000000 ffffffff 00000000", OK,
              EX_NULL_POINTER_REPLY},
+            {service, 8, SERVICE_TOKEN, NOT_ENOUGH_DATA, ""},
             {service, 6, SERVICE_TOKEN ID, UNKNOWN_TRANSACTION, ""},
+            {service, 15, SERVICE_TOKEN ID, UNKNOWN_TRANSACTION, ""},
             {listener, 1, SERVICE_TOKEN ID, BAD_TYPE, ""},
             {listener, 1, LISTENER_TOKEN, NOT_ENOUGH_DATA, ""},
+            {listener, 2, LISTENER_TOKEN ID, NOT_ENOUGH_DATA, ""},
+            {listener, 3, LISTENER_TOKEN, NOT_ENOUGH_DATA, ""},
+            {listener, 0, LISTENER_TOKEN ID, UNKNOWN_TRANSACTION, ""},
             {listener, 4, LISTENER_TOKEN ID, UNKNOWN_TRANSACTION, ""},
     };
     for (const auto& [stub, code, request, result, reply] : kRequests) {

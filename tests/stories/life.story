@@ -74,6 +74,10 @@ Create ; replacePkgNameWithPid ; replacePkgNameWithPid com.android.mediaplayer:s
 # The text is not compared, only measured.
 replacePkgNameWithPid com.android.mediaplayer ; replacePkgNameWithPid short
     = 99999999com.android.mediaplayer | 99999999short
+# The service is told the package without the process.
+~service ; Create process=com.app:svc ; configure c2.v video/avc ; profileP2End
+client getPackageName
+    = com.app
 
 story namesAreNoFormats: catches a text of others that is read as a format or shown by one
 service ; answers oldestAudio=%s%n%d

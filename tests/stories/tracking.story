@@ -151,7 +151,7 @@ property mediaanalytic.enable true ; isEnabled ; c2 ; isEnabled ; announce 0
 codec omx ; announce 0
     = false
 # Switched off, all codecs fall silent and stay registered: removing while off leaves the entry.
-codec c2 ; queue 1000 ; property mediaanalytic.enable false ; codec other ; addCodec ; codec c2 ; queue 1000 ; updateC2Output 1000 ; removeCodec
+codec c2 ; queue 1000 ; property mediaanalytic.enable false ; codec other ; addCodec ; codec c2 ; queue 1000 ; updateC2Output 1000 ; updateOmxOutput 1000 key=1 ; removeCodec
     W/ZMediaAnalyticV c2 Not found when updateInputFrame ts:1000
 property mediaanalytic.enable true ; codec other ; addCodec ; codec c2 ; announce 1000
 
@@ -376,6 +376,8 @@ removeCodec
     write dumpinput_audio_<pid>_<pid>.raw one
     write dumpdecrypted_0_<pid>_<pid>.raw one
     write dumpoutput_audio_<pid>_<pid>.raw one
+/fail/ dumps closed ; removeCodec ; debug 0x300 ; omx ; updateOmxInput 0 data=one ; updateACodecOutput data=one
+    W/ZMediaAnalyticV fopen fail 13 (2 times)
 
 story whenADumpFails_analysisGoesOn: catches a file that is written on after it failed, and one that is never tried again
 ~begin ; debug 0x80 ; omx
