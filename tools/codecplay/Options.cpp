@@ -206,7 +206,7 @@ Option delayOption(const char* name, Fault fault, const char* help, Options* opt
 }
 
 Section playback(Options* o) {
-    constexpr char kTime[] = "a time such as 12.5 or 1:02:03";
+    static constexpr char kTime[] = "a time such as 12.5 or 1:02:03";
     const auto interruption = [o](Interruption::Kind kind) {
         return [=](const char* text) { return parseInterruption(text, kind, o); };
     };

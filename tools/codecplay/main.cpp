@@ -132,7 +132,7 @@ std::vector<FileResult> playFile(const Options& options, const std::string& file
 }
 
 int run(const Options& options) {
-    Outputs& outputs = *new Outputs;
+    static Outputs& outputs = *new Outputs;
     handleSignals();
     if (!setProperties(options)) return EXIT_USAGE;
     if (options.displayWidth > 0) {
