@@ -28,6 +28,12 @@ std::string realText(double value) {
     return text;
 }
 
+std::vector<std::string> namesOf(const Statement& row) {
+    std::vector<std::string> names(row.columnCount());
+    for (size_t i = 0; i < names.size(); ++i) names[i] = row.name(static_cast<int>(i));
+    return names;
+}
+
 /** What a person reads; nothing for null. */
 std::string cellText(const Statement& row, int column) {
     switch (row.type(column)) {
@@ -85,9 +91,7 @@ size_t widthOf(const std::string& text) {
 class TableText {
   public:
     explicit TableText(const Statement& row) : mWidths(row.columnCount()) {
-        std::vector<std::string> names;
-        for (int i = 0; i < row.columnCount(); ++i) names.emplace_back(row.name(i));
-        hold(std::move(names), std::vector<bool>(mWidths.size()));
+        hold(namesOf(row), std::vector<bool>(mWidths.size()));
     }
 
     /** Lines that are complete now. */
@@ -160,8 +164,7 @@ bool writeQuery(Database* database, const std::string& sql, RowForm form, Output
         return false;
     }
     TableText table(query);
-    std::vector<std::string> cells;
-    for (int i = 0; i < query.columnCount(); ++i) cells.emplace_back(query.name(i));
+    std::vector<std::string> cells = namesOf(query);
     bool ok = form != RowForm::CSV || output->write(csvLine(cells));
     while (ok && query.step()) {
         if (form == RowForm::JSON_LINES) {

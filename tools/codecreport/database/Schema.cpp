@@ -364,8 +364,9 @@ std::string createStatements() {
         sql += isClustered ? ") WITHOUT ROWID;\n" : ");\n";
         if (table.key[0] == '\0') {
             const std::string first = table.columns[0].name;
-            sql += "CREATE INDEX " + std::string(table.name) + "_" + first + " ON " + table.name +
-                   " (" + first + ");\n";
+            const std::string name = table.name;
+            sql.append("CREATE INDEX ").append(name).append("_").append(first);
+            sql.append(" ON ").append(name).append(" (").append(first).append(");\n");
         }
     }
     return sql + "CREATE INDEX session_log_id ON session (log_id);\n" + kReportTables + kViews;

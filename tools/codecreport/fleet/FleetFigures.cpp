@@ -100,7 +100,7 @@ bool readGroups(Database* database, const std::string& key,
     return isComplete(database, causes, error);
 }
 
-std::vector<FleetGroup> largestFirst(std::map<std::string, FleetGroup> groups) {
+std::vector<FleetGroup> largestFirst(std::map<std::string, FleetGroup>&& groups) {
     std::vector<FleetGroup> sorted;
     for (auto& [name, group] : groups) {
         group.name = name;

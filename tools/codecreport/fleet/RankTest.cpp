@@ -30,6 +30,7 @@ struct Ranks {
 
 Ranks rank(const std::vector<double>& base, const std::vector<double>& now) {
     std::vector<std::pair<double, bool>> all;
+    all.reserve(base.size() + now.size());
     for (const double value : base) all.emplace_back(value, false);
     for (const double value : now) all.emplace_back(value, true);
     std::sort(all.begin(), all.end());
