@@ -1,32 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 // IMediaCodecLoggerClient on the wire: every request and reply, failing peers, defaults.
-#include "WireTest.h"
-
 #include <functional>
 
-#include <mediaCodecLogger/binder/IMediaCodecLoggerClient.h>
+#include <tests/binder/FakeServices.h>
 #include <tests/support/LogCapture.h>
 
 namespace android::test {
 
 namespace {
 
-/** A client that overrides only what it must. */
-class PlainClient : public BnMediaCodecLoggerClient {
-  public:
-    String8 getStatus() override { return String8("\tHW: YES\n"); }
-    String8 getPackageName() override { return String8("a.bc"); }
-    bool isVideoClient() override { return true; }
-    int32_t getPid() override { return 4711; }
-    void initialize(int, bool, String8) override {}
-    void getClientResolution(int& width, int& height) override {
-        width = 1920;
-        height = 1080;
-    }
-    void getClientColorProperties(int& value) override { value = -2; }
-};
-
-class FullClient : public PlainClient {
+class FullClient : public FakeClient {
   public:
     String8 getClientHDRType() override { return String8("HDR10+"); }
     int32_t getClientBitDepth() override { return 10; }
@@ -42,7 +25,7 @@ struct Call {
     uint32_t code;
     const char* reply;  // of a FullClient
     const char* full;   // what a proxy of a FullClient reads from it
-    const char* plain;  // what a proxy of a PlainClient reads
+    const char* plain;  // what a proxy of a FakeClient reads
     const char* dead;   // what a proxy reads whose peer is dead
     std::function<std::string(IMediaCodecLoggerClient&)> call;
 };
@@ -99,7 +82,7 @@ sp<IMediaCodecLoggerClient> proxyOf(const sp<IBinder>& binder) {
 
 TEST(ClientProtocol, everyCall_hasTheseBytes) {
     const sp<Boundary> boundary = new Boundary(new FullClient);
-    const sp<Boundary> plain = new Boundary(new PlainClient);
+    const sp<Boundary> plain = new Boundary(new FakeClient);
     for (const Call& call : kCalls) {
         SCOPED_TRACE(call.code);
         EXPECT_EQ(call.call(*proxyOf(boundary)), call.full);

@@ -5,7 +5,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <tools/codeclogger/ViewRequest.h>
+#include <tools/codeclogger/Views.h>
 #include <tools/codecloggerctl/CodecProgress.h>
 
 #include <nlohmann/json.hpp>
@@ -103,26 +103,6 @@ TEST(ControlViews, json_holdsWhatIsKnownAndAlwaysParses) {
     EXPECT_FALSE(video.contains("first_frame_ms"));
     EXPECT_EQ(parsed["codecs"][1]["answer"], "stopped");
     EXPECT_FALSE(parsed["codecs"][1].contains("bitrate_kbps"));
-}
-
-TEST(ControlViews, wordsOfADump_areThoseOfTheCommandLine) {
-    const auto parse = [](const std::vector<std::string>& words) {
-        ViewRequest request;
-        const std::string wrong = parseWords(words, &request);
-        if (!wrong.empty()) return wrong;
-        std::string text = std::to_string(static_cast<int>(request.subject)) +
-                           std::to_string(static_cast<int>(request.format));
-        for (const int64_t id : request.ids) text += " " + std::to_string(id);
-        return text;
-    };
-    EXPECT_EQ(parse({}), "00");
-    EXPECT_EQ(parse({"--json", "status", "#3", "0x10"}), "11 3 16");
-    EXPECT_EQ(parse({"allowlist"}), "20");
-    EXPECT_EQ(parse({"status", "x"}), "x: not a codec's number or client id");
-    EXPECT_EQ(parse({"list", "1"}), "1: not expected");
-    EXPECT_EQ(parse({"-h"}), "-h: not expected");
-    EXPECT_EQ(parse({"allowlist", "--openmetrics"}),
-              "--openmetrics goes with list and status only");
 }
 
 TEST(ControlViews, openMetrics_leavesOutWhatIsUnknown) {

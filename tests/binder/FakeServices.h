@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-// Implementations of the interfaces that write down what reaches them and answer fixed values.
+// Implementations of the interfaces that write down what reaches them and answer fixed values, and
+// the calls that every form of the service interface has, with their bytes.
 #pragma once
 
 #include <limits>
 #include <memory>
 
+#include <functional>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -60,30 +62,30 @@ class FakeObserverService : public Stub, public CallLog {
         return status;
     }
     binder::Status getTimeSinceLastFrameRendered(int64_t clientId, int64_t* result) override {
-        received("getTimeSinceLastFrameRendered", clientId, *result);
-        *result = 44;
-        return status;
+        return answer("getTimeSinceLastFrameRendered", clientId, result, 44);
     }
     binder::Status getUid(int64_t clientId, int32_t* result) override {
-        received("getUid", clientId, *result);
-        *result = 45;
-        return status;
+        return answer("getUid", clientId, result, 45);
     }
     binder::Status getBufferCountSinceLastFlush(int64_t clientId, int64_t* result) override {
-        received("getBufferCountSinceLastFlush", clientId, *result);
-        *result = 46;
-        return status;
+        return answer("getBufferCountSinceLastFlush", clientId, result, 46);
     }
     binder::Status isVideoClientUsingSecureMem(int64_t clientId, bool* result) override {
-        received("isVideoClientUsingSecureMem", clientId, *result);
-        *result = true;
-        return status;
+        return answer("isVideoClientUsingSecureMem", clientId, result, 1);
     }
     binder::Status setMitigateFrameDropAllowlist(const std::unique_ptr<std::string>& text,
                                                  const std::vector<std::string>& listA,
                                                  const std::vector<std::string>& listB) override {
         received("setMitigateFrameDropAllowlist", quoted(text ? text->c_str() : nullptr),
                  listOf(listA), listOf(listB));
+        return status;
+    }
+
+  private:
+    template <typename T>
+    binder::Status answer(const char* call, int64_t clientId, T* result, int value) {
+        received(call, clientId, *result);
+        *result = static_cast<T>(value);
         return status;
     }
 };
@@ -108,15 +110,19 @@ class FakeListenerOf : public Stub, public CallLog {
 };
 using FakeListener = FakeListenerOf<media::BnMediaCodecLoggerListener>;
 
+/** A client that overrides only what it must. */
 class FakeClient : public BnMediaCodecLoggerClient {
   public:
-    String8 getStatus() override { return String8("status"); }
+    String8 getStatus() override { return String8("\tHW: YES\n"); }
     String8 getPackageName() override { return String8("a.bc"); }
     bool isVideoClient() override { return true; }
-    int32_t getPid() override { return 1; }
+    int32_t getPid() override { return 4711; }
     void initialize(int, bool, String8) override {}
-    void getClientResolution(int&, int&) override {}
-    void getClientColorProperties(int&) override {}
+    void getClientResolution(int& width, int& height) override {
+        width = 1920;
+        height = 1080;
+    }
+    void getClientColorProperties(int& value) override { value = -2; }
 };
 
 /** The whole service as codecs see it. */
@@ -152,5 +158,76 @@ class FakeCodecService
         return String8("aac");
     }
 };
+
+constexpr int64_t kId = 0x7f00'0000'1234;
+#define ID " 34120000 007f0000"
+
+template <typename Service>
+struct ServiceCall {
+    uint32_t code;
+    uint32_t flags;
+    const char* arguments;
+    const char* reply;
+    const char* received;
+    const char* result;
+    /** The caller's out-value starts as 5 or false and is part of the text. */
+    std::function<std::string(Service&)> call;
+};
+
+template <typename T, typename Service>
+std::string about(Service& service, binder::Status (Service::*method)(int64_t, T*)) {
+    T value{};
+    if constexpr (!std::is_same_v<T, bool>) value = 5;
+    const binder::Status status = (service.*method)(kId, &value);
+    return textOf(status) + " " + std::to_string(value);
+}
+
+template <typename Form>
+std::vector<ServiceCall<typename Form::Service>> serviceCalls() {
+    using Service = typename Form::Service;
+    return {
+            {7, 0, " " LOCAL_BINDER, "00000000 2b000000 00000000", "registerListener 0", "ok 43",
+             [](auto& service) {
+                 // Either form's stub must see a foreign binder, as from another process.
+                 const sp<typename Form::Listener> listener = new typename Form::ListenerProxy(
+                         new Boundary(new typename Form::FakeListener));
+                 int64_t id = 5;
+                 const auto status = service.registerListener(listener, &id);
+                 return textOf(status) + " " + std::to_string(id);
+             }},
+            {8, 1, " 2b000000 00000000", "", "unregisterListener 43", "ok",
+             [](auto& service) { return textOf(service.unregisterListener(43)); }},
+            {9, 0, "", "00000000 02000000 01000000 00000000 ffffffff ffffffff",
+             "getActiveVideoClients", "ok {1 -1}",
+             [](auto& service) {
+                 std::vector<int64_t> ids{5};
+                 const auto status = service.getActiveVideoClients(&ids);
+                 return textOf(status) + " " + listOf(ids);
+             }},
+            {10, 0, ID, "00000000 2c000000 00000000",
+             "getTimeSinceLastFrameRendered 139637976732212 0", "ok 44",
+             [](auto& service) { return about(service, &Service::getTimeSinceLastFrameRendered); }},
+            {11, 0, ID, "00000000 2d000000", "getUid 139637976732212 0", "ok 45",
+             [](auto& service) { return about(service, &Service::getUid); }},
+            {12, 0, ID, "00000000 2e000000 00000000",
+             "getBufferCountSinceLastFlush 139637976732212 0", "ok 46",
+             [](auto& service) { return about(service, &Service::getBufferCountSinceLastFlush); }},
+            {13, 0, ID, "00000000 01000000", "isVideoClientUsingSecureMem 139637976732212 0",
+             "ok 1",
+             [](auto& service) { return about(service, &Service::isVideoClientUsingSecureMem); }},
+            {14, 0,
+             " 03000000 e9003dd8 00de0000 02000000 01000000 61000000 00000000 00000000 00000000",
+             "00000000", "setMitigateFrameDropAllowlist 'é😀' {a } {}", "ok",
+             [](auto& service) {
+                 return textOf(service.setMitigateFrameDropAllowlist(
+                         std::make_unique<std::string>("é😀"), {"a", ""}, {}));
+             }},
+            {14, 0, " ffffffff 00000000 01000000 02000000 62006300 00000000", "00000000",
+             "setMitigateFrameDropAllowlist null {} {bc}", "ok",
+             [](auto& service) {
+                 return textOf(service.setMitigateFrameDropAllowlist(nullptr, {}, {"bc"}));
+             }},
+    };
+}
 
 }  // namespace android::test

@@ -1,12 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 // The interfaces of observers: our form and the generator's exchange every call in all four
 // combinations, with the same bytes; and both keep the generator's rules when a call fails.
-#include "WireTest.h"
-
-#include <mediaCodecLogger/binder/media/IMediaCodecLoggerListener.h>
 #include <mediaCodecLogger/binder/media/IMediaCodecLoggerService.h>
-#include <tests/binder/GeneratedInterfaces.h>
-#include <tests/binder/ObserverCalls.h>
+#include <tests/binder/FakeServices.h>
+
+// As android::generated instead of android::media, so that it can stand beside ours.
+#define media generated
+#include <android/media/BnMediaCodecLoggerListener.h>
+#include <android/media/BnMediaCodecLoggerService.h>
+#include <android/media/BpMediaCodecLoggerListener.h>
+#include <android/media/BpMediaCodecLoggerService.h>
+#undef media
 
 namespace android::test {
 
@@ -219,6 +223,9 @@ TEST(HandWrittenProtocol, listThatAnnouncesMoreThanThereIs_isTooShort) {
             media::IMediaCodecLoggerService::asInterface(peer);
     EXPECT_EQ(textOf(service->getActiveVideoClients(&ids)), "failed -61");
     EXPECT_EQ(listOf(ids), "{5}");
+    const sp<IBinder> stub = new ByHand::FakeService;
+    EXPECT_EQ(sendRaw(stub, 14, SERVICE_TOKEN " ffffffff ffff0f00 ffffffff").result,
+              NOT_ENOUGH_DATA);
 }
 
 }  // namespace android::test

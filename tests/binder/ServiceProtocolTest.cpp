@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The service interface of the codecs on the wire: every request and reply, and failing peers.
-#include "WireTest.h"
-
 #include <mediaCodecLogger/binder/IMediaCodecLoggerService.h>
-#include <tests/binder/ObserverCalls.h>
+#include <tests/binder/FakeServices.h>
 #include <tests/support/LogCapture.h>
 
 namespace android::test {

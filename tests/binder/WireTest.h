@@ -5,6 +5,8 @@
 #include <limits>
 #include <memory>
 
+#include <stdio.h>
+
 #include <string>
 #include <vector>
 
@@ -13,9 +15,32 @@
 #include <binder/Status.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <tests/hostPlatform/libbinder/ParcelHex.h>
 
 namespace android::test {
+
+/** The bytes of `parcel` as hexadecimal words of four bytes, in memory order. */
+inline std::string hexOf(const Parcel& parcel) {
+    std::string hex;
+    for (size_t i = 0; i < parcel.dataSize(); i++) {
+        char digits[3];
+        snprintf(digits, sizeof(digits), "%02x", parcel.data()[i]);
+        if (i > 0 && i % 4 == 0) hex += ' ';
+        hex += digits;
+    }
+    return hex;
+}
+
+/** Fills `parcel` with the bytes that `hex` (blanks ignored) stands for, position 0. */
+inline void setHex(Parcel* parcel, const std::string& hex) {
+    std::vector<uint8_t> bytes;
+    uint8_t byte;
+    int used;
+    for (const char* c = hex.c_str(); sscanf(c, " %2hhx%n", &byte, &used) == 1; c += used) {
+        bytes.push_back(byte);
+    }
+    parcel->setData(bytes.data(), bytes.size());
+    parcel->setDataPosition(0);
+}
 
 // How every request starts, by interface: strict-mode word, work source, 'SYST', descriptor.
 #define CLIENT_TOKEN                                                                    \
@@ -89,11 +114,9 @@ class Boundary : public BBinder {
 class CannedPeer : public BBinder {
   public:
     CannedPeer(status_t result, const std::string& reply = "") : mResult(result), mReply(reply) {}
-    Transaction last;
 
   protected:
-    status_t onTransact(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags) override {
-        last = {code, flags, hexOf(data), mResult, mReply};
+    status_t onTransact(uint32_t, const Parcel&, Parcel* reply, uint32_t) override {
         Parcel answer;
         setHex(&answer, mReply);
         reply->appendFrom(&answer, 0, answer.dataSize());

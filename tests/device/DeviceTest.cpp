@@ -12,31 +12,14 @@
 #include <gtest/gtest.h>
 
 #include <cutils/properties.h>
-#include <media/stagefright/CodecBase.h>
 #include <media/stagefright/foundation/AMessage.h>
 #include <mediaCodecLogger/MediaCodecLogger.h>
 #include <mediaCodecLogger/ZephraMediaAnalytic.h>
+#include <tests/support/FakeCodec.h>
 
 namespace android {
 
 namespace {
-
-/** Only its address matters. */
-struct IdleCodec : public CodecBase {
-    std::shared_ptr<BufferChannelBase> getBufferChannel() override { return nullptr; }
-    void initiateAllocateComponent(const sp<AMessage>&) override {}
-    void initiateConfigureComponent(const sp<AMessage>&) override {}
-    void initiateCreateInputSurface() override {}
-    void initiateSetInputSurface(const sp<PersistentSurface>&) override {}
-    void initiateStart() override {}
-    void initiateShutdown(bool) override {}
-    void onMessageReceived(const sp<AMessage>&) override {}
-    void signalFlush() override {}
-    void signalResume() override {}
-    void signalRequestIDRFrame() override {}
-    void signalSetParameters(const sp<AMessage>&) override {}
-    void signalEndOfInputStream() override {}
-};
 
 class DeviceTest : public ::testing::Test {
   protected:
@@ -57,7 +40,7 @@ class DeviceTest : public ::testing::Test {
         }
     }
 
-    const sp<IdleCodec> codec = new IdleCodec;
+    const sp<test::FakeCodec> codec = new test::FakeCodec;
     sp<MediaCodecLogger> logger = MediaCodecLogger::Create(-1, getuid());
     long pts = 0;
 };

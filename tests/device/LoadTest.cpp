@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // The library as a plug-in would bring it into a process. Not linked to it.
-#include <dirent.h>
 #include <dlfcn.h>
 #include <malloc.h>
 
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
@@ -18,12 +18,8 @@ bool isMapped() {
     return text.find("libmediacodeclogger.so") != std::string::npos;
 }
 
-size_t entriesOf(const char* folder) {
-    size_t count = 0;
-    DIR* const dir = opendir(folder);
-    while (readdir(dir) != nullptr) ++count;
-    closedir(dir);
-    return count;
+auto entriesOf(const char* folder) {
+    return std::distance(std::filesystem::directory_iterator(folder), {});
 }
 
 void loadAndUnload() {
@@ -38,8 +34,8 @@ void loadAndUnload() {
 TEST(LoadTest, unloadingLeavesNothingBehind) {
     // The loader's own bookkeeping grows for some rounds, with any library, and then no more.
     for (int i = 0; i < 10; ++i) loadAndUnload();
-    const size_t files = entriesOf("/proc/self/fd");
-    const size_t threads = entriesOf("/proc/self/task");
+    const auto files = entriesOf("/proc/self/fd");
+    const auto threads = entriesOf("/proc/self/task");
     const size_t bytes = mallinfo2().uordblks;
     for (int i = 0; i < 10; ++i) loadAndUnload();
     EXPECT_EQ(entriesOf("/proc/self/fd"), files);
