@@ -137,7 +137,7 @@ TEST(Session, framesGiveStagesFreezesDropsAndSync) {
     // The slow frame was shown 43 ms late together with the one behind it; the stall took 400.
     const Json& incidents = session["incidents"];
     ASSERT_EQ(4u, incidents.size());
-    EXPECT_EQ("140 ms in the component (usually 20) with 1 frame waiting, 1 picture never shown",
+    EXPECT_EQ("140 ms at work on a frame (usually 20) with 1 frame waiting, 1 picture never shown",
               incidents[0]["evidence"]);
     EXPECT_EQ("released 467 ms after it was ready (usually 67)", incidents[1]["evidence"]);
     EXPECT_EQ(160 + 150 * 40, incidents[1]["start_ms"]);

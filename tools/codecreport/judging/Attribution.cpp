@@ -6,6 +6,7 @@
 #include <string.h>
 
 #include <algorithm>
+#include <vector>
 
 namespace android::codecreport {
 
@@ -15,8 +16,6 @@ namespace {
 constexpr size_t kReach = 48;
 // Below this a stage's times are noise.
 constexpr int64_t kNoiseUs = 4000;
-// A component with less than this part of what it usually has is out of input.
-constexpr double kStarvedPart = 0.6;
 
 int64_t& of(Lost* lost, Cause cause) {
     return (*lost)[static_cast<size_t>(cause)];
@@ -28,105 +27,131 @@ int64_t excessUs(const Frame& frame, const Usual& usual, Stage stage) {
     return std::max<int64_t>(0, ms * 1000 - usual.stageUs[static_cast<size_t>(stage)]);
 }
 
-/** How much later than usual for its due time a frame's input came. */
-int64_t inputLateUs(const LateFrame& late, const Frame& frame, const Usual& usual) {
-    const int64_t beganUs = inputUs(frame);
-    if (beganUs == kNoTime) return 0;
-    const int64_t dueUs = frame.ptsUs + late.scheduleUs;
-    if (late.begins) return std::max<int64_t>(0, beganUs - dueUs);
-    return std::max<int64_t>(0, beganUs - dueUs + usual.inputLeadUs);
-}
-
-bool isFull(const Frame& frame, const Usual& usual) {
-    return usual.inside >= 2 && frame.inside >= kStarvedPart * usual.inside;
-}
-
-/** What the component was without: the latest input of the frame and those that it had to see. */
-int64_t starvedUs(const LateFrame& late, const Usual& usual) {
-    const Frame& frame = late.frame();
-    int64_t starved = inputLateUs(late, frame, usual);
-    if (late.begins || usual.inside < 2 || frame.inside < 0) return starved;
-    if (isFull(frame, usual)) return 0;
-    const size_t end = std::min(late.frames.size(), late.at + usual.inside + 1);
-    for (size_t i = late.at + 1; i < end; ++i) {
-        starved = std::max(starved, inputLateUs(late, late.frames[i], usual));
+/**
+ * When the component had all that it needs to be done with a frame. That may be input behind it:
+ * what came while less than usual was inside was waited for, and where there is never more than
+ * one frame inside, the next one.
+ */
+int64_t neededUs(const LateFrame& late, const Frame& frame, const Usual& usual) {
+    int64_t neededUs = frame.queuedUs;
+    if (neededUs == kNoTime || usual.insideBefore <= 0) return neededUs;
+    for (const Frame& other : late.frames) {
+        if (other.queuedUs <= neededUs || other.queuedUs > frame.codecOutUs) continue;
+        const bool awaited = usual.insideBefore == 1 ||
+                             (other.insideBefore >= 0 && other.insideBefore < usual.insideBefore);
+        if (awaited) neededUs = other.queuedUs;
     }
-    return starved;
+    return neededUs;
 }
 
-/** The part of late input that decrypting took. */
-int64_t decryptedUs(const LateFrame& late, const Usual& usual) {
-    if (!usual.hasDecrypt) return 0;
-    const size_t ahead = std::max<int64_t>(usual.inside, 0) + 2;
-    const size_t end = std::min(late.frames.size(), late.at + ahead);
-    const size_t begin = late.at > kReach ? late.at - kReach : 0;
-    int64_t sum = 0;
-    for (size_t i = end; i > begin; --i) {
+/** What the component did while frames came out of it later and later. */
+struct Component {
+    /** Beyond what is usual: at work, and without input. */
+    int64_t workUs = 0;
+    int64_t idleUs = 0;
+    /** Part of the first in which it waited for buffers of the display. */
+    int64_t waitUs = 0;
+    /** Part of the second in which input was decrypted. */
+    int64_t decryptUs = 0;
+    /** Its longest work on one frame, how many it had besides, and the latest of its input. */
+    int64_t longestUs = 0;
+    int64_t inside = -1;
+};
+
+/** From the last frame that came out in time to this one. */
+Component componentOf(const LateFrame& late, const Usual& usual) {
+    Component sum;
+    int64_t sinceUs = kNoTime;
+    for (size_t i = late.at + 1; i > 0 && late.at + 1 - i < kReach; --i) {
         const Frame& frame = late.frames[i - 1];
-        // Its decryption comes behind its announcement, which may have been in time.
-        const int64_t excess = excessUs(frame, usual, Stage::DECRYPT);
-        if (i <= late.at && excess == 0 && inputLateUs(late, frame, usual) < kNoiseUs) break;
-        sum += excess;
+        if (frame.codecOutUs == kNoTime) continue;
+        const Frame* before = nullptr;
+        for (size_t k = i - 1; k > 0 && before == nullptr; --k) {
+            if (late.frames[k - 1].codecOutUs != kNoTime) before = &late.frames[k - 1];
+        }
+        const bool begins = before == nullptr || before->codecOutUs > frame.codecOutUs ||
+                            frame.begins != Place::PLAYBACK;
+        const int64_t needed = neededUs(late, frame, usual);
+        const int64_t fromUs = begins ? std::min(needed, late.dueUs()) : before->codecOutUs;
+        const int64_t startUs = std::clamp(needed, fromUs, std::max(fromUs, frame.codecOutUs));
+        const int64_t workUs = frame.codecOutUs - startUs - usual.workUs;
+        sum.workUs += workUs;
+        sum.idleUs += startUs - fromUs - (begins ? 0 : usual.idleUs);
+        sum.waitUs += std::max<int64_t>(0, frame.dequeueWaitUs - usual.dequeueWaitUs);
+        sinceUs = fromUs;
+        if (workUs > sum.longestUs) {
+            sum.longestUs = workUs;
+            sum.inside = frame.inside;
+        }
+        // In time, seen from where this one was to be shown.
+        const int64_t dueUs = frame.ptsUs + late.scheduleUs;
+        if (begins || before->codecOutUs - before->ptsUs <= dueUs - frame.ptsUs - usual.outLeadUs) {
+            break;
+        }
     }
-    return sum;
-}
-
-/** How long the client's thread decrypted other frames from one time to another. */
-int64_t decryptingUs(const LateFrame& late, const Usual& usual, int64_t fromUs, int64_t toUs) {
-    int64_t sum = 0;
-    const size_t end = std::min(late.frames.size(), late.at + kReach);
-    for (size_t i = late.at > kReach ? late.at - kReach : 0; usual.hasDecrypt && i < end; ++i) {
-        const Frame& frame = late.frames[i];
-        if (excessUs(frame, usual, Stage::DECRYPT) < kNoiseUs) continue;
-        sum += std::max<int64_t>(
-                0, std::min(toUs, frame.queuedUs) - std::max(fromUs, frame.announcedUs));
+    for (const Frame& frame : late.frames) {
+        if (frame.queuedUs == kNoTime || frame.queuedUs < sinceUs) continue;
+        if (frame.queuedUs > late.frame().codecOutUs) continue;
+        sum.decryptUs += excessUs(frame, usual, Stage::DECRYPT);
     }
     return sum;
 }
 
 /** What the client is late by: it, or what its thread had to wait for. */
-void attributeClient(const LateFrame& late, const Usual& usual, int64_t lostUs, Lost* lost) {
-    const Frame& frame = late.frame();
-    const int64_t toUs = frame.renderCallUs;
-    const int64_t fromUs = std::max(frame.outputUs, toUs - late.lateUs);
+void attributeClient(const Frame& frame, int64_t lostUs, Lost* lost) {
     const int64_t display = std::min(lostUs, frame.queueWaitUs);
-    const int64_t decrypt = std::min(lostUs - display, decryptingUs(late, usual, fromUs, toUs));
+    const int64_t decrypt = std::min(lostUs - display, frame.decryptWaitUs);
     of(lost, Cause::DISPLAY_QUEUE) += display;
     of(lost, Cause::DECRYPTION) += decrypt;
     of(lost, Cause::APPLICATION) += lostUs - display - decrypt;
 }
 
+/** What reached the client late: on the way, or while its thread did something else. */
+void attributeMessage(const Frame& frame, int64_t lostUs, Lost* lost) {
+    const int64_t display = std::min(lostUs, frame.messageQueueWaitUs);
+    const int64_t decrypt = std::min(lostUs - display, frame.messageDecryptWaitUs);
+    of(lost, Cause::DISPLAY_QUEUE) += display;
+    of(lost, Cause::DECRYPTION) += decrypt;
+    of(lost, Cause::MESSAGE_DELAY) += lostUs - display - decrypt;
+}
+
 /** What came out of the component too late: by its own doing, for want of input or of buffers. */
-void attributeCodec(const LateFrame& late, const Usual& usual, int64_t lostUs, Lost* lost) {
-    const Frame& frame = late.frame();
-    const int64_t starved = starvedUs(late, usual);
-    // A component that waits for input keeps its frames for as long.
-    const int64_t alone = inputLateUs(late, frame, usual);
-    const int64_t slow = std::max<int64_t>(
-            0, excessUs(frame, usual, Stage::CODEC) - std::max<int64_t>(0, starved - alone));
-    if (starved < kNoiseUs && slow < kNoiseUs && !isFull(frame, usual)) {
-        of(lost, Cause::UNKNOWN) += lostUs;
-        return;
-    }
-    const bool onlyCodec = starved < kNoiseUs;
-    const double part = onlyCodec ? 0 : static_cast<double>(starved) / (starved + slow);
-    const int64_t input =
-            slow < kNoiseUs && !onlyCodec ? lostUs : static_cast<int64_t>(part * lostUs);
-    const int64_t decrypted = decryptedUs(late, usual);
-    const int64_t decrypt =
-            decrypted < kNoiseUs
-                    ? 0
-                    : std::min(input, input * decrypted / std::max<int64_t>(1, starved));
+void attributeCodec(const Component& component, int64_t lostUs, Lost* lost) {
+    const int64_t work = component.workUs;
+    const int64_t idle = component.idleUs;
+    const int64_t input = static_cast<int64_t>(static_cast<double>(idle) / (work + idle) * lostUs);
+    const int64_t decrypted = std::min(component.decryptUs, idle);
+    const int64_t decrypt = decrypted < kNoiseUs ? 0 : input * decrypted / idle;
     of(lost, Cause::DECRYPTION) += decrypt;
     of(lost, Cause::INPUT_STARVED) += input - decrypt;
     const int64_t codec = lostUs - input;
-    const int64_t waited = std::max<int64_t>(0, frame.dequeueWaitUs - usual.dequeueWaitUs);
     // Its wait for a buffer is part of its time; what little is left of that is rounding.
-    const int64_t display = waited >= kNoiseUs && waited * 5 >= slow * 4 ? codec
-                            : slow > 0 ? std::min(codec, codec * waited / slow)
-                                       : 0;
+    const int64_t waited = component.waitUs * 5 >= work * 4 ? work : component.waitUs;
+    const int64_t display = waited < kNoiseUs ? 0 : codec * waited / work;
     of(lost, Cause::DISPLAY_QUEUE) += display;
     of(lost, Cause::CODEC) += codec - display;
+}
+
+/** What was late when it reached the client, by how long the stages before took too long. */
+void attributeUpstream(const LateFrame& late, const Usual& usual, int64_t lostUs, Lost* lost) {
+    const auto beyondNoise = [](int64_t us) { return us < kNoiseUs ? 0 : us; };
+    Component component = componentOf(late, usual);
+    component.workUs = beyondNoise(component.workUs);
+    component.idleUs = beyondNoise(component.idleUs);
+    const int64_t message = beyondNoise(excessUs(late.frame(), usual, Stage::MESSAGE));
+    if (late.frame().messageDecryptWaitUs >= kNoiseUs) {
+        // The thread that decrypts is the client's: what the component had to wait for, it did too.
+        component.idleUs += std::min(component.workUs, component.decryptUs);
+        component.workUs = beyondNoise(component.workUs - component.decryptUs);
+    }
+    const int64_t codec = component.workUs + component.idleUs;
+    if (message + codec == 0) {
+        of(lost, Cause::UNKNOWN) += lostUs;
+        return;
+    }
+    const int64_t delayed = lostUs * message / (message + codec);
+    attributeMessage(late.frame(), delayed, lost);
+    if (lostUs > delayed) attributeCodec(component, lostUs - delayed, lost);
 }
 
 int64_t ms(int64_t us) {
@@ -144,14 +169,17 @@ Lost attribute(const LateFrame& late, const Usual& usual) {
         of(&lost, Cause::UNKNOWN) = fresh;
         return lost;
     }
-    const int64_t readyLate = std::clamp<int64_t>(readyUs - late.dueUs(), 0, late.lateUs);
+    // From its call on a frame only waits for a refresh: that is nobody's doing but of those
+    // before.
+    const int64_t callUs = std::max(frame.renderCallUs, readyUs);
+    const int64_t upstream = std::max<int64_t>(0, readyUs - late.dueUs());
+    int64_t client = std::max<int64_t>(0, callUs - std::max(readyUs, late.dueUs()));
+    if (upstream > kNoiseUs && client < kNoiseUs) client = 0;
+    const int64_t sum = upstream + client;
+    const int64_t readyLate = sum == 0 ? 0 : late.lateUs * upstream / sum;
     const int64_t before = std::max<int64_t>(0, readyLate - late.inheritedUs);
-    if (fresh > before) attributeClient(late, usual, fresh - before, &lost);
-    if (before == 0) return lost;
-    const int64_t message = excessUs(frame, usual, Stage::MESSAGE);
-    const int64_t delayed = message < kNoiseUs ? 0 : std::min(before, message);
-    of(&lost, Cause::MESSAGE_DELAY) += delayed;
-    if (before > delayed) attributeCodec(late, usual, before - delayed, &lost);
+    if (fresh > before) attributeClient(frame, fresh - before, &lost);
+    if (before > 0) attributeUpstream(late, usual, before, &lost);
     return lost;
 }
 
@@ -172,34 +200,34 @@ std::string evidence(Cause cause, const LateFrame& late, const Usual& usual) {
                      "%" PRId64 " ms from the component to the client (usually %" PRId64 ")",
                      stage(Stage::MESSAGE), usually(Stage::MESSAGE));
             break;
-        case Cause::CODEC:
-            snprintf(text, sizeof(text), "%" PRId64 " ms in the component (usually %" PRId64 ")",
-                     stage(Stage::CODEC), usually(Stage::CODEC));
-            if (frame.inside >= 0) {
+        case Cause::CODEC: {
+            const Component component = componentOf(late, usual);
+            snprintf(text, sizeof(text), "%" PRId64 " ms at work on a frame (usually %" PRId64 ")",
+                     ms(component.longestUs + usual.workUs), ms(usual.workUs));
+            if (component.inside >= 0) {
                 snprintf(text + strlen(text), sizeof(text) - strlen(text),
-                         " with %" PRId64 " %s waiting", frame.inside,
-                         frame.inside == 1 ? "frame" : "frames");
+                         " with %" PRId64 " %s waiting", component.inside,
+                         component.inside == 1 ? "frame" : "frames");
             }
             break;
+        }
         case Cause::INPUT_STARVED:
-            snprintf(text, sizeof(text), "input came %" PRId64 " ms later than usual",
-                     ms(starvedUs(late, usual)));
-            if (frame.inside >= 0 && usual.inside >= 2) {
-                snprintf(text + strlen(text), sizeof(text) - strlen(text),
-                         ", %" PRId64 " frames were left in the component (usually %" PRId64 ")",
-                         frame.inside, usual.inside);
-            }
+            snprintf(text, sizeof(text),
+                     "the component was without input for %" PRId64 " ms (usually %" PRId64 ")",
+                     ms(componentOf(late, usual).idleUs + usual.idleUs), ms(usual.idleUs));
             break;
         case Cause::DECRYPTION: {
-            const int64_t client = decryptingUs(late, usual, late.dueUs(), frame.renderCallUs);
+            const int64_t client = std::max(frame.decryptWaitUs, frame.messageDecryptWaitUs);
             snprintf(text, sizeof(text),
                      "decryption took %" PRId64 " ms longer than usual (%" PRId64 ")",
-                     ms(std::max(client, decryptedUs(late, usual))), usually(Stage::DECRYPT));
+                     ms(std::max(client, componentOf(late, usual).decryptUs)),
+                     usually(Stage::DECRYPT));
             break;
         }
         case Cause::DISPLAY_QUEUE:
             snprintf(text, sizeof(text), "%" PRId64 " ms of waiting for the display's queue",
-                     ms(std::max(frame.queueWaitUs, frame.dequeueWaitUs - usual.dequeueWaitUs)));
+                     ms(std::max({frame.queueWaitUs, frame.messageQueueWaitUs,
+                                  componentOf(late, usual).waitUs})));
             break;
         case Cause::DISPLAY_RATE:
             snprintf(text, sizeof(text), "%.3g pictures a second on a display of %.3g Hz",

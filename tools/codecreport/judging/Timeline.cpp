@@ -190,9 +190,10 @@ void Timeline::onRendered(const Frame& frame, JudgedFrame* judged) {
             return;
         }
         mLostSincePicture = true;
-        judged->incident = blame(dueUs, shownUs, lateUs, false);
+        const bool byRate = tooFast && lateUs <= mUsual.toleranceUs;
+        judged->incident = blame(dueUs, shownUs, byRate ? 0 : lateUs, false);
         ++mIncidents.open().neverShown;
-        if (!tooFast || lateUs > mUsual.toleranceUs) return;
+        if (!byRate) return;
         Lost lost{};
         lost[static_cast<size_t>(Cause::DISPLAY_RATE)] = mUsual.stepUs;
         mIncidents.lose(lost, lateFrame(lateUs, 0, false));
@@ -264,7 +265,13 @@ bool Timeline::isPause(const Frame& frame, int64_t stoodUs) const {
     if (stoodUs < kPauseUs || mLostSincePicture) return false;
     const int64_t overUs = shownAt(frame) - stoodUs;
     if (frame.outputUs != kNoTime && frame.outputUs > overUs) return false;
-    if (frame.queueWaitUs > stoodUs / 2) return false;
+    // The client did nothing else meanwhile.
+    LateFrame late = lateFrame(stoodUs, 0, false);
+    late.scheduleUs = overUs - frame.ptsUs;
+    const Lost lost = attribute(late, mUsual);
+    const int64_t ownUs = lost[static_cast<size_t>(Cause::APPLICATION)] +
+                          lost[static_cast<size_t>(Cause::UNKNOWN)];
+    if (ownUs < stoodUs * 3 / 4) return false;
     size_t seen = 0;
     for (size_t i = mAt + 1; i < mFrames.size() && seen < kPausePictures; ++i, ++seen) {
         const Frame& next = mFrames[i];
@@ -375,7 +382,7 @@ Cause Timeline::causeOfEnd(int64_t dueUs, bool orderly) const {
         return orderly ? Cause::COUNT : Cause::APPLICATION;
     }
     if (next->codecOutUs != kNoTime) return Cause::MESSAGE_DELAY;
-    const bool isFull = mUsual.inside >= 2 ? inside >= 0.6 * mUsual.inside : inside > 0;
+    const bool isFull = mUsual.insideBefore >= 2 ? inside >= 0.6 * mUsual.insideBefore : inside > 0;
     return isFull ? Cause::CODEC : Cause::INPUT_STARVED;
 }
 

@@ -54,7 +54,7 @@ class GridFit {
     }
 
   private:
-    static constexpr double kRatesHz[] = {24, 25, 30, 50, 60, 72, 90, 120};
+    static constexpr double kRatesHz[] = {24, 25, 30, 48, 50, 60, 72, 90, 120};
     // Displays are faster; pictures that come in such a rhythm show their own.
     static constexpr double kSlowUs = 21'000;
     static constexpr size_t kCount = sizeof(kRatesHz) / sizeof(kRatesHz[0]);
@@ -94,10 +94,6 @@ class StepFit {
 
 }  // namespace
 
-int64_t inputUs(const Frame& frame) {
-    return frame.announcedUs != kNoTime ? frame.announcedUs : frame.queuedUs;
-}
-
 int64_t asSoonAsUs(const Frame& frame) {
     return std::max(frame.displayUs, frame.renderCallUs);
 }
@@ -105,8 +101,10 @@ int64_t asSoonAsUs(const Frame& frame) {
 Usual usualOf(const Session& session, const FrameStore& store) {
     StepFit steps;
     GridFit grid;
-    Histogram leadMs;
+    Histogram outLeadMs;
     Histogram inside;
+    Histogram workMs;
+    Histogram idleMs;
     Histogram waitMs;
     Histogram unevenMs;
     const auto onFrame = [&, last = Frame(), lastRendered = Frame()](const Frame& frame) mutable {
@@ -114,9 +112,15 @@ Usual usualOf(const Session& session, const FrameStore& store) {
         const int64_t stepUs = frame.ptsUs - last.ptsUs;
         const bool follows = last.hasFate() && stepUs > 0 && stepUs <= kMaxStepUs;
         if (follows) steps.add(stepUs);
+        if (frame.insideBefore >= 0) inside.add(frame.insideBefore);
+        if (follows && frame.codecOutUs != kNoTime && last.codecOutUs != kNoTime) {
+            // Of what more it had to wait for, only that is known when all is.
+            const int64_t startUs = std::max(last.codecOutUs, frame.queuedUs);
+            workMs.add((frame.codecOutUs - startUs) / 1000);
+            idleMs.add((startUs - last.codecOutUs) / 1000);
+            waitMs.add(frame.dequeueWaitUs / 1000);
+        }
         last = frame;
-        if (frame.inside >= 0) inside.add(frame.inside);
-        if (frame.codecOutUs != kNoTime) waitMs.add(frame.dequeueWaitUs / 1000);
         if (!frame.rendered) return;
         // A render time that had passed already was not the one that counted.
         const bool isClock = frame.displayUs > frame.renderCallUs;
@@ -126,7 +130,9 @@ Usual usualOf(const Session& session, const FrameStore& store) {
             const int64_t shown = asSoonAsUs(frame) - asSoonAsUs(lastRendered);
             unevenMs.add(llabs(shown - stepUs) / 1000);
         }
-        if (inputUs(frame) != kNoTime) leadMs.add((asSoonAsUs(frame) - inputUs(frame)) / 1000);
+        if (frame.codecOutUs != kNoTime) {
+            outLeadMs.add((asSoonAsUs(frame) - frame.codecOutUs) / 1000);
+        }
         lastRendered = frame;
     };
     store.read(session.id, onFrame);
@@ -138,8 +144,10 @@ Usual usualOf(const Session& session, const FrameStore& store) {
     }
     usual.hasStages = session.stages[static_cast<size_t>(Stage::APP)].count() > 0;
     usual.hasDecrypt = session.stages[static_cast<size_t>(Stage::DECRYPT)].count() > 0;
-    if (leadMs.count() > 0) usual.inputLeadUs = leadMs.percentile(0.5) * 1000;
-    if (inside.count() > 0) usual.inside = inside.percentile(0.5);
+    usual.outLeadUs = outLeadMs.percentile(0.5) * 1000;
+    usual.workUs = workMs.percentile(0.5) * 1000;
+    usual.idleUs = idleMs.percentile(0.5) * 1000;
+    if (inside.count() > 0) usual.insideBefore = inside.percentile(0.5);
     usual.dequeueWaitUs = waitMs.percentile(0.5) * 1000;
     usual.grid = grid.best(usual.stepUs);
     // Without a grid applications are as even as their threads are.

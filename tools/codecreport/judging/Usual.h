@@ -26,18 +26,20 @@ struct Usual {
     std::array<int64_t, kStageCount> stageUs{};
     bool hasStages = false;
     bool hasDecrypt = false;
-    /** From the beginning of a frame's input to its display. */
-    int64_t inputLeadUs = kNoTime;
-    /** Frames that the component has besides when it is done with one; -1: not known. */
-    int64_t inside = -1;
+    /** How long before its display the component is done with a frame. */
+    int64_t outLeadUs = 0;
+    /** Between two frames the component works, and then waits for input. */
+    int64_t workUs = 0;
+    int64_t idleUs = 0;
+    /** Frames that the component has when another one is queued; -1: not known. */
+    int64_t insideBefore = -1;
+    /** Within its work, for buffers of the display. */
     int64_t dequeueWaitUs = 0;
     Grid grid;
     /** How much longer than its time a picture may stand in steady playback. */
     int64_t toleranceUs = 0;
 };
 
-/** When its input began. */
-int64_t inputUs(const Frame& frame);
 /** When the display shows it, were there no other frame. */
 int64_t asSoonAsUs(const Frame& frame);
 

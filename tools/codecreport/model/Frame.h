@@ -35,12 +35,20 @@ struct Frame {
     /** At most one is set; neither: it was on its way when the log ended. */
     bool rendered = false;
     bool dropped = false;
-    /** Frames that the component had besides when it was done with this one; -1: not known. */
+    /** Frames that the component had when this one was queued, and besides when it was done with
+     * it; -1: not known. */
+    int64_t insideBefore = -1;
     int64_t inside = -1;
-    /** What the component waited for buffers of the display while it had the frame. */
+    /** What the component waited for a buffer of the display to put it into. */
     int64_t dequeueWaitUs = 0;
-    /** What queueing to the display took while the client had the frame. */
+    /**
+     * What queueing others to the display and decrypting others took while the client, or the
+     * message to it, had the frame.
+     */
     int64_t queueWaitUs = 0;
+    int64_t decryptWaitUs = 0;
+    int64_t messageQueueWaitUs = 0;
+    int64_t messageDecryptWaitUs = 0;
     /** It is the first since playback began elsewhere: START, SEEK or FLUSH; and since when. */
     Place begins = Place::PLAYBACK;
     int64_t begunUs = kNoTime;

@@ -16,6 +16,8 @@ constexpr int64_t kPtsGrainUs = 1500;
 // Shorter waits at the display hold nobody up; more of them than a frame can meet are forgotten.
 constexpr int64_t kLeastWaitUs = 5000;
 constexpr size_t kMaxWaits = 64;
+// More than any device takes.
+constexpr int64_t kLongDecryptUs = 20'000;
 
 }  // namespace
 
@@ -48,6 +50,20 @@ Frame FrameFlow::take(int64_t ptsUs) {
     mInFlight.erase(std::find_if(mInFlight.begin(), mInFlight.end(),
                                  [ptsUs](const Frame& f) { return f.ptsUs == ptsUs; }));
     return frame;
+}
+
+void FrameFlow::onRecords(int64_t records, int64_t timeUs) {
+    // Not every flush has a line, but none leaves a frame in flight.
+    if (records == 1 && mInFlight.size() > 1) onFlush(timeUs);
+}
+
+void FrameFlow::onQueued(Frame* frame) {
+    frame->insideBefore = 0;
+    for (const Frame& other : mInFlight) {
+        if (&other != frame && other.queuedUs != kNoTime && other.codecOutUs == kNoTime) {
+            ++frame->insideBefore;
+        }
+    }
 }
 
 void FrameFlow::onDecoded(Frame* frame, int64_t records) {
@@ -111,7 +127,7 @@ void FrameFlow::onSyncLine(int64_t timeUs, int64_t behindMs, int64_t elapsedMs) 
     mSync.onSyncLine(timeUs, behindMs, elapsedMs);
 }
 
-void FrameFlow::onQueued(int64_t ptsUs, int64_t endUs, int64_t tookUs) {
+void FrameFlow::onDisplayQueued(int64_t ptsUs, int64_t endUs, int64_t tookUs) {
     // The call began when the render was reported.
     if (tookUs < 0 && mHasLast && ptsUs == mLastPtsUs) tookUs = endUs - mLastCallUs;
     remember(&mQueueWaits, {endUs - tookUs, endUs});
@@ -119,6 +135,10 @@ void FrameFlow::onQueued(int64_t ptsUs, int64_t endUs, int64_t tookUs) {
 
 void FrameFlow::onDequeued(int64_t endUs, int64_t tookUs) {
     remember(&mDequeueWaits, {endUs - tookUs, endUs});
+}
+
+void FrameFlow::onDecrypted(int64_t endUs, int64_t tookUs) {
+    if (tookUs >= kLongDecryptUs) remember(&mDecrypts, {endUs - tookUs, endUs});
 }
 
 void FrameFlow::remember(std::deque<Wait>* waits, Wait wait) {
@@ -160,7 +180,12 @@ void FrameFlow::retire(Frame frame) {
         // Frames on the way to where a seek goes are dropped before the first that is shown.
         if (frame.rendered) mBegins = Place::PLAYBACK;
     }
-    frame.dequeueWaitUs = overlapUs(mDequeueWaits, frame.codecInUs, frame.codecOutUs);
+    frame.dequeueWaitUs =
+            overlapUs(mDequeueWaits, std::max(frame.codecInUs, mLastOutUs), frame.codecOutUs);
+    frame.messageQueueWaitUs = overlapUs(mQueueWaits, frame.codecOutUs, frame.outputUs);
+    frame.messageDecryptWaitUs = overlapUs(mDecrypts, frame.codecOutUs, frame.outputUs);
+    frame.decryptWaitUs = overlapUs(mDecrypts, frame.outputUs, frame.renderCallUs);
+    if (frame.codecOutUs != kNoTime) mLastOutUs = frame.codecOutUs;
     frame.queueWaitUs = overlapUs(mQueueWaits, frame.outputUs, frame.renderCallUs);
     for (size_t i = 0; i < kStageCount; ++i) {
         const int64_t ms = frame.stageMs(static_cast<Stage>(i));

@@ -27,6 +27,10 @@ class FrameFlow {
     /** As find(), or a new one; with `announcing`, a new one too if that frame left the codec. */
     Frame& get(int64_t ptsUs, bool announcing = false);
 
+    /** So many frames are in flight, with the one that is being queued. */
+    void onRecords(int64_t records, int64_t timeUs);
+    /** It went to the component. */
+    void onQueued(Frame* frame);
     /** The component is done with a frame. `records`: frames in flight by its line, -1: no word. */
     void onDecoded(Frame* frame, int64_t records);
     /** Ends the frame's life. `displayUs` is kNoTime where the client gave no clock time. */
@@ -39,9 +43,12 @@ class FrameFlow {
     void onSyncLine(int64_t timeUs, int64_t behindMs, int64_t elapsedMs);
 
     /** A frame was queued to the display, which ended now and took so long if the line tells. */
-    void onQueued(int64_t ptsUs, int64_t endUs, int64_t tookUs);
+    void onDisplayQueued(int64_t ptsUs, int64_t endUs, int64_t tookUs);
     /** The component waited for a buffer of the display until now. */
     void onDequeued(int64_t endUs, int64_t tookUs);
+
+    /** The client's input was decrypted until now. */
+    void onDecrypted(int64_t endUs, int64_t tookUs);
 
     /** Playback went on after a pause: its schedule is a new one. */
     void onResume() { mSync.onResume(); }
@@ -81,12 +88,16 @@ class FrameFlow {
     Place mBegins = Place::START;
     int64_t mBegunUs = kNoTime;
 
+    /** When the component was done with the frame before. */
+    int64_t mLastOutUs = kNoTime;
+
     int64_t mDropRun = 0;
     int64_t mDropRunLastPtsUs = 0;
 
-    /** The latest waits at the display, for frames that they held up. */
+    /** The latest waits at the display and for input, for frames that they held up. */
     std::deque<Wait> mQueueWaits;
     std::deque<Wait> mDequeueWaits;
+    std::deque<Wait> mDecrypts;
 };
 
 }  // namespace android::codecreport

@@ -7,20 +7,38 @@ namespace android::codecreport {
 
 namespace {
 
-constexpr int64_t Frame::*kColumns[] = {
-        &Frame::ptsUs,       &Frame::number,       &Frame::sizeBytes,  &Frame::announcedUs,
-        &Frame::queuedUs,    &Frame::codecInUs,    &Frame::codecOutUs, &Frame::outputUs,
-        &Frame::displayUs,   &Frame::renderCallUs, &Frame::inside,     &Frame::dequeueWaitUs,
-        &Frame::queueWaitUs, &Frame::begunUs,      &Frame::dueUs};
+constexpr int64_t Frame::*kColumns[] = {&Frame::ptsUs,
+                                        &Frame::number,
+                                        &Frame::sizeBytes,
+                                        &Frame::announcedUs,
+                                        &Frame::queuedUs,
+                                        &Frame::codecInUs,
+                                        &Frame::codecOutUs,
+                                        &Frame::outputUs,
+                                        &Frame::displayUs,
+                                        &Frame::renderCallUs,
+                                        &Frame::insideBefore,
+                                        &Frame::inside,
+                                        &Frame::dequeueWaitUs,
+                                        &Frame::queueWaitUs,
+                                        &Frame::decryptWaitUs,
+                                        &Frame::messageQueueWaitUs,
+                                        &Frame::messageDecryptWaitUs,
+                                        &Frame::begunUs,
+                                        &Frame::dueUs};
 constexpr int kColumnCount = sizeof(kColumns) / sizeof(kColumns[0]);
 
 constexpr char kCreate[] =
         "CREATE TABLE frame(session INTEGER, place INTEGER, rendered INTEGER, dropped INTEGER, "
         "begins INTEGER, pts_us, number, size_bytes, announced_us, queued_us, codec_in_us, "
-        "codec_out_us, output_us, display_us, render_call_us, inside, dequeue_wait_us, "
-        "queue_wait_us, begun_us, due_us, PRIMARY KEY(session, place)) WITHOUT ROWID";
+        "codec_out_us, output_us, display_us, render_call_us, inside_before, inside, "
+        "dequeue_wait_us, "
+        "queue_wait_us, decrypt_wait_us, message_queue_wait_us, "
+        "message_decrypt_wait_us, begun_us, due_us, PRIMARY KEY(session, place)) WITHOUT "
+        "ROWID";
 constexpr char kInsert[] =
-        "INSERT INTO frame VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)";
+        "INSERT INTO frame VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, "
+        "?, ?, ?)";
 constexpr char kSelect[] = "SELECT * FROM frame WHERE session = ? ORDER BY place";
 constexpr int kFirstColumn = 5;
 

@@ -24,6 +24,7 @@ Frame& onInput(const Event& event) {
     Frame& frame = event.flow.get(event.fields.number("pts_us"), true);
     if (frame.queuedUs != kNoTime) return frame;
     frame.queuedUs = event.timeUs;
+    event.flow.onQueued(&frame);
     frame.sizeBytes = event.fields.number("size_bytes");
     ++event.session.inputs;
     event.session.inputBytes += frame.sizeBytes;
@@ -32,6 +33,7 @@ Frame& onInput(const Event& event) {
 }
 
 void onQueued(const Event& event) {
+    event.flow.onRecords(event.fields.number("records"), event.timeUs);
     Frame& frame = onInput(event);
     if (event.fields.text("input_event") == "queue") frame.codecInUs = event.timeUs;
 }
@@ -39,7 +41,9 @@ void onQueued(const Event& event) {
 void onDecrypted(const Event& event) {
     Frame& frame = onInput(event);
     frame.number = event.fields.number("frame_no");
-    frame.announcedUs = frame.queuedUs - event.fields.number("decrypt_ms") * 1000;
+    const int64_t tookUs = event.fields.number("decrypt_ms") * 1000;
+    frame.announcedUs = frame.queuedUs - tookUs;
+    event.flow.onDecrypted(event.timeUs, tookUs);
 }
 
 void onPlainInput(const Event& event) {
@@ -145,8 +149,8 @@ void onBuffers(const Event& event) {
 }
 
 void onQueueCost(const Event& event) {
-    event.flow.onQueued(event.fields.number("pts_us"), event.timeUs,
-                        event.fields.number("cost_ms") * 1000);
+    event.flow.onDisplayQueued(event.fields.number("pts_us"), event.timeUs,
+                               event.fields.number("cost_ms") * 1000);
 }
 
 void onDequeue(const Event& event) {
@@ -154,7 +158,7 @@ void onDequeue(const Event& event) {
 }
 
 void onQueueBuffer(const Event& event) {
-    event.flow.onQueued(event.fields.number("pts_us"), event.timeUs, -1);
+    event.flow.onDisplayQueued(event.fields.number("pts_us"), event.timeUs, -1);
     event.session.displayBuffers.add(event.timeUs, event.fields.number("queued"));
 }
 

@@ -52,7 +52,8 @@ void onFirstPts(const Event& event) {
     // A flush logs itself only where it ends a segment of video.
     if (session.sawFirstPts && !session.flushPending) {
         ++session.flushes;
-        event.flow.onDiscontinuity(Place::FLUSH, event.timeUs);
+        // When that was, no line tells.
+        event.flow.onDiscontinuity(Place::FLUSH, kNoTime);
         event.moment("flush", format("output goes on at %.3f s", pts / 1e6));
     }
     session.sawFirstPts = true;

@@ -15,6 +15,7 @@ namespace {
 constexpr size_t kMaxExamples = 10;
 constexpr size_t kMaxExampleLength = 160;
 constexpr size_t kMaxThreads = 100'000;
+constexpr size_t kMaxProcesses = 40'000;
 // No time or timestamp comes near: 30 years in microseconds. More is damage, and would overflow.
 constexpr int64_t kLargest = 1'000'000'000'000'000;
 
@@ -69,15 +70,22 @@ void SessionBuilder::onLine(const LogLine& line) {
     const auto match = mReference.recognise(line.tag, line.text, &entry, &mFields);
     if (match == Reference::Match::NO) {
         ++mStats.otherTags;
-        mClock.place(line);
+        place(line);
     } else if (match == Reference::Match::YES && isPlausible(mFields)) {
         ++mStats.understood;
         onRecognised(line, *entry, mFields);
     } else {
         ++(match == Reference::Match::CUT_OFF ? mStats.cutOff : mStats.unknown);
         addExample(line.text);
-        mClock.place(line);
+        place(line);
     }
+}
+
+int64_t SessionBuilder::place(const LogLine& line) {
+    const int64_t timeUs = mClock.place(line);
+    if (mLastOfPidUs.size() >= kMaxProcesses) mLastOfPidUs.clear();
+    mLastOfPidUs[line.pid] = timeUs;
+    return timeUs;
 }
 
 bool SessionBuilder::isPlausible(const Fields& fields) const {
@@ -101,7 +109,7 @@ void SessionBuilder::addExample(std::string_view text) {
 void SessionBuilder::onRecognised(const LogLine& line, const ReferenceEntry& entry,
                                   const Fields& fields) {
     const Route& route = mRoutes[&entry];
-    int64_t timeUs = mClock.place(line);
+    int64_t timeUs = place(line);
     if (route.handler.nowMs != nullptr) {
         timeUs = mClock.anchor(route.handler.nowMs(fields));
     } else if (route.begins && !mClock.isAnchored()) {
@@ -260,7 +268,7 @@ void SessionBuilder::beginAnew(const LogLine& line, std::string_view tag) {
         if (isOver || isOfThread) over.push_back(open.get());
     }
     for (Open* open : over) close(open);
-    begin(line, tag, mClock.place(line), false);
+    begin(line, tag, place(line), false);
 }
 
 SessionBuilder::Open* SessionBuilder::begin(const LogLine& line, std::string_view tag,
@@ -328,6 +336,8 @@ void SessionBuilder::keep(std::unique_ptr<Session> session) {
 
 void SessionBuilder::close(Open* open) {
     open->flow->finish();
+    const auto last = mLastOfPidUs.find(open->session->pid);
+    if (last != mLastOfPidUs.end()) open->session->logEndUs = last->second;
     judge(*mStore, open->session.get());
     keep(std::move(open->session));
     for (auto it = mByThread.begin(); it != mByThread.end();) {
@@ -344,6 +354,7 @@ void SessionBuilder::beginCapture() {
     mStats.hasMonotonicClock |= mClock.isAnchored();
     mClock = LogClock();
     ++mCapture;
+    mLastOfPidUs.clear();
 }
 
 std::vector<std::unique_ptr<Session>> SessionBuilder::finish() {

@@ -92,6 +92,8 @@ class SessionBuilder {
     void onReportLine(const LogLine& line, const Event& event, const std::string& key);
     bool isPlausible(const Fields& fields) const;
     void addExample(std::string_view text);
+    /** Where the line stands on the timeline. */
+    int64_t place(const LogLine& line);
 
     Open* ownerOf(const Route& route, const LogLine& line, const LineHint& hint, int64_t timeUs);
     Open* byTag(const LogLine& line, const LineHint& hint, std::string_view tag, int64_t timeUs);
@@ -120,6 +122,8 @@ class SessionBuilder {
     std::vector<std::unique_ptr<Session>> mDone;
     /** Those of mDone with frames to draw. */
     std::vector<Session*> mDetailed;
+    /** When each process wrote its last line of any kind. */
+    std::unordered_map<int, int64_t> mLastOfPidUs;
     uint64_t mTouches = 0;
     int mNextId = 1;
 };
