@@ -157,7 +157,7 @@ Scenario faultyScenario(std::mt19937& random) {
 std::unique_ptr<Session> judged(const Simulated& simulated) {
     static const codecreport::Reference& reference = *new codecreport::Reference;
     codecreport::FrameStore store;
-    codecreport::SessionBuilder builder(reference, &store, nullptr);
+    codecreport::SessionBuilder builder(reference, &store);
     for (const Simulated::Line& logged : simulated.log) {
         codecreport::LogLine line;
         line.hasTime = true;

@@ -16,6 +16,8 @@ namespace {
 constexpr size_t kReach = 48;
 // Below this a stage's times are noise.
 constexpr int64_t kNoiseUs = 4000;
+// A component with no more than this part of what it usually has is short of input.
+constexpr double kStarvedPart = 0.7;
 
 int64_t& of(Lost* lost, Cause cause) {
     return (*lost)[static_cast<size_t>(cause)];
@@ -37,8 +39,10 @@ int64_t neededUs(const LateFrame& late, const Frame& frame, const Usual& usual) 
     if (neededUs == kNoTime || usual.insideBefore <= 0) return neededUs;
     for (const Frame& other : late.frames) {
         if (other.queuedUs <= neededUs || other.queuedUs > frame.codecOutUs) continue;
-        const bool awaited = usual.insideBefore == 1 ||
-                             (other.insideBefore >= 0 && other.insideBefore < usual.insideBefore);
+        // Where the order of decoding is another one, one more or less is no sign.
+        const bool few =
+                other.insideBefore >= 0 && other.insideBefore <= kStarvedPart * usual.insideBefore;
+        const bool awaited = usual.insideBefore == 1 || few;
         if (awaited) neededUs = other.queuedUs;
     }
     return neededUs;

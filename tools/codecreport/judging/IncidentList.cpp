@@ -68,7 +68,10 @@ void IncidentList::close() {
         if (counted > 0) mOpen.shares[i] = static_cast<double>(mLost[i]) / counted;
         if (mLost[i] > mLost[main]) main = i;
     }
-    if (counted == 0) mOpen.shares[main] = 1;
+    if (counted == 0) {
+        mOpen.shares[main] = 1;
+        mEvidence[main] = "nothing unusual in any stage that was logged";
+    }
     mOpen.cause = static_cast<Cause>(main);
     mOpen.evidence = mEvidence[main];
     for (size_t i = 0; i < kCauseCount; ++i) {
