@@ -170,7 +170,7 @@ removeCodec ; references ; codec more ; addCodec ; announce 0 ; references ; rem
 
 story whenRegisteredAgain_theCodecStartsAfresh: catches the old key, the old records, and a registration too many
 ~property mediaanalytic.enable true ; debug 2 ; omx ; feed 1000
-addCodec again key=77 bufferKey=88 ; updateOmxOutput 1000 key=2 ; updateBuffers 0 0 ; updateOmxOutput 1000 key=77
+addCodec again key=77 bufferKey=88 ; updateBuffers 0 0 ; updateOmxOutput 1000 key=2 ; updateOmxOutput 1000 key=77
     W/ZMediaAnalyticV again not found ts:1000 size:500 infos Size:0 flag:0 when updateOmxOutput
 removeCodec ; references
     = 0
