@@ -174,6 +174,20 @@ struct ServiceCall {
     std::function<std::string(Service&)> call;
 };
 
+/** Makes a call through `boundary` and compares what travels and what `service` receives. */
+template <typename Caller, typename Callee>
+void expectBytes(const ServiceCall<Caller>& call, Caller& proxy, const Boundary& boundary,
+                 Callee& service) {
+    SCOPED_TRACE(call.received);
+    EXPECT_EQ(call.call(proxy), call.result);
+    const Transaction& sent = boundary.last();
+    EXPECT_EQ(sent.code, call.code);
+    EXPECT_EQ(sent.flags, call.flags);
+    EXPECT_THAT(sent.request, HasBytes(std::string(SERVICE_TOKEN) + call.arguments));
+    EXPECT_THAT(sent.reply, HasBytes(call.reply));
+    EXPECT_THAT(service.takeCalls(), testing::ElementsAre(call.received));
+}
+
 template <typename T, typename Service>
 std::string about(Service& service, binder::Status (Service::*method)(int64_t, T*)) {
     T value{};

@@ -59,14 +59,7 @@ void exchangeServiceCalls() {
     const sp<Boundary> boundary = new Boundary(service);
     const sp<typename Caller::Service> proxy = Caller::Service::asInterface(boundary);
     for (const auto& call : serviceCalls<Caller>()) {
-        SCOPED_TRACE(call.received);
-        EXPECT_EQ(call.call(*proxy), call.result);
-        EXPECT_EQ(boundary->last().code, call.code);
-        EXPECT_EQ(boundary->last().flags, call.flags);
-        EXPECT_THAT(boundary->last().request,
-                    HasBytes(std::string(SERVICE_TOKEN) + call.arguments));
-        EXPECT_EQ(boundary->last().reply, call.reply);
-        EXPECT_THAT(service->takeCalls(), ElementsAre(call.received));
+        expectBytes(call, *proxy, *boundary, *service);
     }
     // The listener that was registered is one that can be called.
     ASSERT_NE(service->lastListener, nullptr);

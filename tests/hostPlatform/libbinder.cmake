@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 mcl_add_test(host_binder_test
     SOURCES libbinder/CrossProcessTest.cpp libbinder/DeadPeerTest.cpp
-        libbinder/MessageTest.cpp libbinder/RuntimeDirTest.cpp ../support/Process.cpp
+        libbinder/TransportTest.cpp ../support/Process.cpp
     LIBS test_support hostPlatform)
 
 # The other process, which the tests start.
