@@ -153,7 +153,7 @@ int compareReports(const Options& options) {
     if (!options.json.empty())
         written &= writeFile(options.json, dump(toJson(result), true) + "\n");
     if (!written) return BAD_OUTPUT;
-    return result.exceeds ? WORSE : OK;
+    return exitCode(result.outcome);
 }
 
 int explainKeys(const Options& options) {

@@ -19,6 +19,7 @@ namespace {
 using codecreport::compare;
 using codecreport::CompareResult;
 using codecreport::LogFormat;
+using codecreport::Outcome;
 using codecreport::parseThreshold;
 using codecreport::Reference;
 using testing::HasSubstr;
@@ -138,10 +139,21 @@ TEST(Compare, thresholdsAreHeld) {
         // The other way round everything got better.
         EXPECT_EQ(c.goodExceeds, compare(bad, good, {*threshold}).exceeds) << c.threshold;
     }
+    // Without one, what a viewer notices counts; so does what is not there any more.
+    EXPECT_EQ(Outcome::SAME, compare(good, good, {}).outcome);
+    EXPECT_EQ(Outcome::WORSE, compare(good, bad, {}).outcome);
+    EXPECT_EQ(Outcome::BETTER, compare(bad, good, {}).outcome);
+    Json silent = good;
+    silent["sessions"][0]["counts"]["shown_count"] = nullptr;
+    EXPECT_EQ(Outcome::WORSE, compare(good, silent, {}).outcome);
+    EXPECT_EQ(Outcome::WORSE, compare(good, {{"sessions", Json::array()}}, {}).outcome);
     // A threshold of its own comes before the one for all.
     EXPECT_FALSE(compare(good, playedWith({}, {50, 51}),
                          {*parseThreshold("0"), *parseThreshold("counts.dropped_count=1"),
                           *parseThreshold("report.total_frames_dropped=1"),
+                          *parseThreshold("counts.rendered_count=1"),
+                          *parseThreshold("counts.shown_count=1"),
+                          *parseThreshold("counts.never_shown_count=1"),
                           *parseThreshold("drops.longest_run_frames=1"),
                           *parseThreshold("frame_interval.p99_ms=100%")})
                          .exceeds);

@@ -33,6 +33,10 @@ constexpr Measure kMeasures[] = {
         {"report.max_consecutive_frames_dropped", "frames", Better::LOWER, true},
         {"report.stream_avg_framerate_fps", "fps", Better::HIGHER, false},
         {"report.codec_non_fatal_error_count", "errors", Better::LOWER, true},
+        {"counts.rendered_count", "frames", Better::HIGHER, false},
+        {"counts.shown_count", "frames", Better::HIGHER, false},
+        {"counts.never_shown_count", "frames", Better::LOWER, false},
+        {"counts.display_dropped_count", "frames", Better::LOWER, false},
         {"counts.dropped_count", "frames", Better::LOWER, false},
         {"counts.error_count", "errors", Better::LOWER, false},
         {"counts.delayed_output_count", "stalls", Better::LOWER, false},
@@ -56,6 +60,16 @@ constexpr Measure kMeasures[] = {
         {"stages.app.p50_ms", "ms", Better::LOWER, false},
         {"stages.app.p99_ms", "ms", Better::LOWER, false},
 };
+
+/** What holds without a threshold: what viewers notice, with room for chance. */
+std::vector<Threshold> defaultLimits() {
+    return {{"counts.rendered_count", 5, true},
+            {"counts.shown_count", 5, true},
+            {"counts.never_shown_count", 10},
+            {"incident_count", 1},
+            {"standing.count", 0},
+            {"standing.total_ms", 250}};
+}
 
 std::optional<double> valueOf(const Json& session, const Measure& measure) {
     const Json* at = &session;
@@ -84,8 +98,9 @@ double worsening(const Measure& measure, double base, double now) {
     }
 }
 
-bool exceeds(const Measure& measure, const Comparison& value,
-             const std::vector<Threshold>& thresholds) {
+/** By how much a value may become worse; nothing: by any. */
+std::optional<double> limitOf(const Measure& measure, double base,
+                              const std::vector<Threshold>& thresholds) {
     const Threshold* threshold = nullptr;
     for (const Threshold& candidate : thresholds) {
         if (candidate.key == measure.key || (candidate.key.empty() && threshold == nullptr)) {
@@ -93,10 +108,8 @@ bool exceeds(const Measure& measure, const Comparison& value,
         }
         if (candidate.key == measure.key) break;
     }
-    if (threshold == nullptr) return false;
-    const double limit =
-            threshold->percent ? fabs(value.base) * threshold->limit / 100 : threshold->limit;
-    return value.worseBy > limit;
+    if (threshold == nullptr) return std::nullopt;
+    return threshold->percent ? fabs(base) * threshold->limit / 100 : threshold->limit;
 }
 
 void comparePair(const Json& base, const Json& now, const std::vector<Threshold>& thresholds,
@@ -105,7 +118,14 @@ void comparePair(const Json& base, const Json& now, const std::vector<Threshold>
     for (const Measure& measure : kMeasures) {
         const auto before = valueOf(base, measure);
         const auto after = valueOf(now, measure);
-        if (!before || !after) continue;
+        if (!before) continue;
+        const auto limit = limitOf(measure, *before, thresholds);
+        if (!after) {
+            if (!limit) continue;
+            result->unmatched.push_back(std::string("not known in NEW: ") + measure.key);
+            result->exceeds = true;
+            continue;
+        }
         Comparison value;
         value.baseId = base.value("id", 0);
         value.newId = now.value("id", 0);
@@ -114,8 +134,10 @@ void comparePair(const Json& base, const Json& now, const std::vector<Threshold>
         value.base = *before;
         value.now = *after;
         value.worseBy = worsening(measure, *before, *after);
-        value.exceeds = exceeds(measure, value, thresholds);
+        value.exceeds = limit && value.worseBy > *limit;
         result->exceeds |= value.exceeds;
+        if (limit && result->outcome == Outcome::CANNOT_TELL) result->outcome = Outcome::SAME;
+        if (limit && -value.worseBy > *limit) result->outcome = Outcome::BETTER;
         result->values.push_back(value);
     }
 }
@@ -176,7 +198,8 @@ bool isComparedKey(const std::string& key) {
     return false;
 }
 
-CompareResult compare(const Json& base, const Json& now, const std::vector<Threshold>& thresholds) {
+CompareResult compare(const Json& base, const Json& now, const std::vector<Threshold>& given) {
+    const std::vector<Threshold> thresholds = given.empty() ? defaultLimits() : given;
     CompareResult result;
     auto before = byCodec(base);
     auto after = byCodec(now);
@@ -187,6 +210,7 @@ CompareResult compare(const Json& base, const Json& now, const std::vector<Thres
                 comparePair(*sessions[i], *others[i], thresholds, &result);
             } else {
                 result.unmatched.push_back("only in BASE: " + codec);
+                result.exceeds = true;
             }
         }
     }
@@ -195,6 +219,7 @@ CompareResult compare(const Json& base, const Json& now, const std::vector<Thres
             result.unmatched.push_back("only in NEW: " + codec);
         }
     }
+    if (result.exceeds) result.outcome = Outcome::WORSE;
     return result;
 }
 
@@ -218,7 +243,7 @@ std::string toText(const CompareResult& result) {
         text += line;
     }
     for (const std::string& unmatched : result.unmatched) text += unmatched + "\n";
-    return text;
+    return text + toString(result.outcome) + "\n";
 }
 
 Json toJson(const CompareResult& result) {
@@ -234,6 +259,7 @@ Json toJson(const CompareResult& result) {
                           {"exceeds", value.exceeds}});
     }
     return {{"schema_version", 1},
+            {"outcome", toString(result.outcome)},
             {"exceeds", result.exceeds},
             {"values", std::move(values)},
             {"unmatched", result.unmatched}};

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "judging/Outcome.h"
+
 namespace android::codecreport {
 
 /** How much worse a value may become. */
@@ -35,10 +37,12 @@ struct Comparison {
 
 struct CompareResult {
     std::vector<Comparison> values;
-    /** Sessions of one side that have no counterpart, in words. */
+    /** Sessions of one side that have no counterpart, and values no longer known, in words. */
     std::vector<std::string> unmatched;
     size_t pairs = 0;
+    /** A value is past its limit, or something is missing that was there. */
     bool exceeds = false;
+    Outcome outcome = Outcome::CANNOT_TELL;
 };
 
 /** The keys that are compared, one a line, with their unit and which way is better. */
@@ -47,8 +51,10 @@ bool isComparedKey(const std::string& key);
 
 /**
  * Compares two reports as toJson makes them, session by session: the first session of a codec tag
- * with the other side's first of that tag, and so on. A value that one side does not know is left
- * out; what the library reports only when it is not 0 counts as 0 in a session with a report.
+ * with the other side's first of that tag, and so on. A value that BASE does not know is left out;
+ * one that only NEW does not know, or a session that only BASE has, makes NEW worse. Without a
+ * threshold, limits of what viewers notice hold; what the library reports only when it is not 0
+ * counts as 0 in a session with a report.
  */
 CompareResult compare(const nlohmann::ordered_json& base, const nlohmann::ordered_json& now,
                       const std::vector<Threshold>& thresholds);
