@@ -161,7 +161,7 @@ TEST(Codecreport, exitCodesTellWhatWentWrong) {
             {{"compare", log, log, "--threshold", "x"}, 2, "expected [KEY=]LIMIT[%]"},
             {{"compare", log, log, "--threshold", "no.such=1"}, 2, "that --help lists"},
             {{"compare", log, "/dev/null"}, 1, "/dev/null: holds no log"},
-            {{CODECREPORT, "--json"}, 1, "holds no log"},
+            {{fileWith("any text\n", "text"), "--json"}, 1, "holds no log"},
             {{cutArchive(), "--json"}, 5, "ends early"},
             {{cutArchive(), log, "--json", "-o", "/dev/full"}, 4, "No space left"},
             {{"compare", log, fileWith("{\"schema_version\": 99}", "json")}, 1, "no report"},

@@ -10,7 +10,7 @@
 
 namespace android::codecreport {
 
-/** What the fields of a pattern matched; the views point into the line. */
+/** What the fields of a pattern matched; texts point into the line, names into the pattern. */
 class Fields {
   public:
     static constexpr size_t kMax = 24;

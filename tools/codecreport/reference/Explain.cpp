@@ -80,15 +80,8 @@ const ReferenceEntry* lineLike(const Reference& reference, const std::string& te
         return entry;
     }
     const size_t begin = text.find_first_not_of(" \t");
-    for (const Reference::Table& table : reference.tables()) {
-        if (table.name != "status" || begin == std::string::npos) continue;
-        for (const ReferenceEntry& each : table.entries) {
-            const Pattern pattern(each.fact("line"));
-            const std::string_view inner = std::string_view(text).substr(begin);
-            if (pattern.match(inner, fields) == Pattern::Result::YES) return &each;
-        }
-    }
-    return nullptr;
+    if (begin == std::string::npos) return nullptr;
+    return reference.statusLine(std::string_view(text).substr(begin), fields);
 }
 
 /** A line, explained with the values that it shows. */

@@ -63,10 +63,22 @@ void Reference::addTable(const char* name, std::string_view text) {
             }
         }
     }
+    if (table.name == "status") {
+        for (const ReferenceEntry& entry : table.entries) {
+            mStatusLines.push_back({Pattern(entry.fact("line")), &entry});
+        }
+    }
     if (table.tag.empty()) return;
     for (const ReferenceEntry& entry : table.entries) {
         mLines[table.tag].push_back({Pattern(entry.fact("line")), &entry});
     }
+}
+
+const ReferenceEntry* Reference::statusLine(std::string_view text, Fields* fields) const {
+    for (const Line& line : mStatusLines) {
+        if (line.pattern.match(text, fields) == Pattern::Result::YES) return line.entry;
+    }
+    return nullptr;
 }
 
 const ReferenceEntry* Reference::line(std::string_view id) const {

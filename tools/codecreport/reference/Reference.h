@@ -66,6 +66,9 @@ class Reference {
 
     const std::vector<Table>& tables() const { return mTables; }
 
+    /** The line of the status text that this is, or nullptr. */
+    const ReferenceEntry* statusLine(std::string_view text, Fields* fields) const;
+
     /** The line, or nullptr. */
     const ReferenceEntry* line(std::string_view id) const;
 
@@ -81,6 +84,7 @@ class Reference {
     std::vector<Table> mTables;
     /** Lines by tag, in the order of their table: the first that matches wins. */
     std::unordered_map<std::string, std::vector<Line>> mLines;
+    std::vector<Line> mStatusLines;
     const Table* mReportKeys = nullptr;
 };
 
