@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
-#include <tests/diagnosis/Diagnosis.h>
+#include <benchmarks/diagnosis/Diagnosis.h>
 
 namespace android::test {
 namespace {

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include <tests/diagnosis/Simulator.h>
+#include <benchmarks/diagnosis/Simulator.h>
 #include <tools/codecreport/model/Session.h>
 
 namespace android::test {

@@ -5,7 +5,7 @@
 #include <stdlib.h>
 #include <string.h>
 
-#include <tests/diagnosis/Diagnosis.h>
+#include <benchmarks/diagnosis/Diagnosis.h>
 
 using android::test::Score;
 using Cause = android::codecreport::Cause;

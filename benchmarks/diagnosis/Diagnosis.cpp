@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <tests/diagnosis/Diagnosis.h>
+#include <benchmarks/diagnosis/Diagnosis.h>
 
 #include <math.h>
 #include <stdio.h>
