@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // For scale: what an event is made of, and what a line in a log or a trace costs.
 #include <fcntl.h>
+#include <inttypes.h>
 #include <stdio.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -37,9 +38,10 @@ BENCHMARK_TEMPLATE(takeReference, wp)->Name("wp<>, made and dropped");
 void logFrames(benchmark::State& state) {
     startSecondThread();
     HeapMeter heap(state);
-    long long frame = 0;
+    int64_t frame = 0;
     for (auto _ : state) {
-        __android_log_print(ANDROID_LOG_INFO, "Benchmark", "%s frame %lld queued at %lld, size %zu",
+        __android_log_print(ANDROID_LOG_INFO, "Benchmark",
+                            "%s frame %" PRId64 " queued at %" PRId64 ", size %zu",
                             "c2.vendor.avc.decoder", frame, frame * 33, sizeof(frame));
         ++frame;
     }
@@ -92,11 +94,11 @@ void traceEvent(benchmark::State& state) {
     state.SetLabel(marker >= 0 ? "trace_marker" : "/dev/null");
     if (marker < 0) marker = open("/dev/null", O_WRONLY | O_CLOEXEC);
     HeapMeter heap(state);
-    long long value = 0;
+    int64_t value = 0;
     for (auto _ : state) {
         char text[128];
         const int length =
-                snprintf(text, sizeof(text), "C|%d|%s|%lld", getpid(), "frames", ++value);
+                snprintf(text, sizeof(text), "C|%d|%s|%" PRId64, getpid(), "frames", ++value);
         if (write(marker, text, static_cast<size_t>(length)) < 0) abort();
     }
     close(marker);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Analysis.h"
 
+#include <inttypes.h>
 #include <stdio.h>
 
 #include <numeric>
@@ -18,12 +19,10 @@ constexpr uint64_t kProgressLines = 200'000;
 void showProgress(const std::string& file, const LineReader& reader, uint64_t lines) {
     const double mb = reader.bytesRead() / 1e6;
     if (reader.bytesTotal() > 0) {
-        fprintf(stderr, "\r%s: %3.0f %%, %.0f MB, %llu lines\033[K", file.c_str(),
-                100.0 * reader.bytesRead() / reader.bytesTotal(), mb,
-                static_cast<unsigned long long>(lines));
+        fprintf(stderr, "\r%s: %3.0f %%, %.0f MB, %" PRIu64 " lines\033[K", file.c_str(),
+                100.0 * reader.bytesRead() / reader.bytesTotal(), mb, lines);
     } else {
-        fprintf(stderr, "\r%s: %.0f MB, %llu lines\033[K", file.c_str(), mb,
-                static_cast<unsigned long long>(lines));
+        fprintf(stderr, "\r%s: %.0f MB, %" PRIu64 " lines\033[K", file.c_str(), mb, lines);
     }
 }
 

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <inttypes.h>
 #include <stdio.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -48,11 +49,9 @@ bool filesConflict(const std::vector<std::string>& inputs,
 
 /** What was read and what was not understood, for people. */
 void summarise(const Analysis& analysis) {
-    using ULL = unsigned long long;
     const ReadStats& stats = analysis.stats;
-    fprintf(stderr, "%llu lines, %llu of the library, %zu sessions\n",
-            static_cast<ULL>(stats.lines), static_cast<ULL>(stats.understood),
-            analysis.sessions.size());
+    fprintf(stderr, "%" PRIu64 " lines, %" PRIu64 " of the library, %zu sessions\n", stats.lines,
+            stats.understood, analysis.sessions.size());
     const std::pair<uint64_t, const char*> odd[] = {
             {stats.cutOff, "lines of the library are cut off"},
             {stats.unknown, "lines carry the library's tag and are not understood"},
@@ -64,7 +63,7 @@ void summarise(const Analysis& analysis) {
             {analysis.metrics.notUnderstood(), "metrics records are not understood"},
     };
     for (const auto& [count, text] : odd) {
-        if (count > 0) fprintf(stderr, "  %llu %s\n", static_cast<ULL>(count), text);
+        if (count > 0) fprintf(stderr, "  %" PRIu64 " %s\n", count, text);
     }
 }
 

@@ -9,7 +9,7 @@
 namespace android::codecreport {
 
 /** Raised when a key changes its meaning or goes; new keys leave it. */
-constexpr int kSchemaVersion = 1;
+constexpr int kSchemaVersion = 2;
 
 /**
  * The whole analysis as JSON: units stand in the keys, times of a session count from its beginning,

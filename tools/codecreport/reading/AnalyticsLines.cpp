@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <inttypes.h>
 #include <stdlib.h>
 
 #include <algorithm>
@@ -168,9 +169,10 @@ void onWarning(const Event& event) {
 
 void onQueueFull(const Event& event) {
     ++event.session.warnings;
-    event.moment("analysis ended", format("%lld frames are in flight; frames are not followed any "
-                                          "more",
-                                          static_cast<long long>(event.fields.number("records"))));
+    event.moment("analysis ended",
+                 format("%" PRId64 " frames are in flight; frames are not followed any "
+                        "more",
+                        event.fields.number("records")));
 }
 
 int64_t analysisNow(const Fields& fields) {

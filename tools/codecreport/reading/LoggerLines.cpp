@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <inttypes.h>
 #include <stdarg.h>
 #include <stdio.h>
 
@@ -7,8 +8,6 @@
 namespace android::codecreport {
 
 namespace {
-
-using LL = long long;
 
 // Repeats come by the hundred and say the same.
 constexpr uint64_t kMaxRepeatMoments = 20;
@@ -48,7 +47,7 @@ void onFlush(const Event& event) {
 
 void onFirstPts(const Event& event) {
     Session& session = event.session;
-    const LL pts = event.fields.number("pts_us");
+    const int64_t pts = event.fields.number("pts_us");
     // A flush logs itself only where it ends a segment of video.
     if (session.sawFirstPts && !session.flushPending) {
         ++session.flushes;
@@ -73,19 +72,19 @@ void onDelayedOutput(const Event& event) {
     // With a line for each frame the frames themselves showed the gap.
     if (event.session.rendered == 0) event.flow.onResume();
     event.session.package = event.fields.text("package");
-    event.moment("stall", format("nothing was rendered for %lld ms",
-                                 static_cast<LL>(event.fields.number("gap_ms"))));
+    event.moment("stall",
+                 format("nothing was rendered for %" PRId64 " ms", event.fields.number("gap_ms")));
 }
 
 void onDisplayDropped(const Event& event) {
     event.session.displayDropped = event.fields.number("frames");
-    event.moment("display drops", format("%lld frames were lost on the way to the display",
-                                         static_cast<LL>(event.fields.number("frames"))));
+    event.moment("display drops", format("%" PRId64 " frames were lost on the way to the display",
+                                         event.fields.number("frames")));
 }
 
 void onDroppedTotal(const Event& event) {
-    event.moment("drops", format("%lld frames dropped so far",
-                                 static_cast<LL>(event.fields.number("frames"))));
+    event.moment("drops",
+                 format("%" PRId64 " frames dropped so far", event.fields.number("frames")));
 }
 
 void onEnd(const Event& event) {
@@ -118,14 +117,13 @@ void onFormat(const Event& event) {
         const int64_t value = event.fields.number(name);
         if (value != -1) session.*member = value;
     }
-    event.moment("format", format("%lldx%lld", static_cast<LL>(session.width),
-                                  static_cast<LL>(session.height)));
+    event.moment("format", format("%" PRId64 "x%" PRId64, session.width, session.height));
 }
 
 void onResolutionChange(const Event& event) {
     event.moment("resolution",
-                 format("first frame %lld ms after the last one before the format change",
-                        static_cast<LL>(event.fields.number("gap_ms"))));
+                 format("first frame %" PRId64 " ms after the last one before the format change",
+                        event.fields.number("gap_ms")));
 }
 
 void onStop(const Event& event) {
