@@ -43,7 +43,7 @@ TEST(Codecreport, writesPageTraceAndJson) {
     EXPECT_THAT(result.out, IsEmpty());
     EXPECT_THAT(result.err, HasSubstr("1 sessions"));
     EXPECT_THAT(readFile(page), StartsWith("<!DOCTYPE html>"));
-    EXPECT_EQ(1, Json::parse(readFile(json))["schema_version"]);
+    EXPECT_EQ(2, Json::parse(readFile(json))["schema_version"]);
     EXPECT_THAT(readFile(trace), HasSubstr("HW.c2.video.avc #1"));
 }
 
