@@ -5,23 +5,23 @@ endif()
 
 find_package(LibArchive REQUIRED)
 
-add_library(codecreport_test_support OBJECT
-    codecreport/ReportSupport.cpp codecreport/SyntheticLog.cpp)
-target_link_libraries(codecreport_test_support PUBLIC codecreport_parts GTest::gtest)
+add_library(codecreport_synthetic_log OBJECT codecreport/SyntheticLog.cpp)
+target_link_libraries(codecreport_synthetic_log PUBLIC codecreport_parts)
 
 mcl_add_test(codecreport_test
     SOURCES codecreport/CommandTest.cpp codecreport/DatabaseTest.cpp codecreport/InputTest.cpp codecreport/LibraryTextTest.cpp
         codecreport/LogcatParserTest.cpp
-        codecreport/OutputTest.cpp codecreport/ReferenceTest.cpp codecreport/SessionTest.cpp
+        codecreport/OutputTest.cpp codecreport/ReferenceTest.cpp codecreport/ReportSupport.cpp
+        codecreport/SessionTest.cpp
         codecreport/SetCompareTest.cpp codecreport/StatisticsTest.cpp codecreport/TraceTest.cpp
         ${CMAKE_SOURCE_DIR}/tests/support/Process.cpp
-    LIBS codecreport_test_support codecreport_parts codecreport_trace_proto LibArchive::LibArchive)
+    LIBS codecreport_synthetic_log codecreport_parts codecreport_trace_proto LibArchive::LibArchive)
 add_dependencies(codecreport_test codecreport)
 target_compile_definitions(codecreport_test PRIVATE CODECREPORT="$<TARGET_FILE:codecreport>"
     LIBRARY_SOURCES="${CMAKE_SOURCE_DIR}/mediaCodecLogger")
 
 add_executable(codecreport_make_log codecreport/makeLog.cpp)
-target_link_libraries(codecreport_make_log PRIVATE codecreport_test_support)
+target_link_libraries(codecreport_make_log PRIVATE codecreport_synthetic_log)
 
 # The documents' tables are those that the program answers from.
 add_test(NAME Codecreport.documentsAreUpToDate

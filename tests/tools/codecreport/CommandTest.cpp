@@ -5,12 +5,10 @@
 
 #include "ReportSupport.h"
 #include "SyntheticLog.h"
-#include "tests/support/Process.h"
 
 namespace android::test {
 namespace {
 
-using codecreport::LogFormat;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
@@ -19,12 +17,7 @@ std::string playedLog(std::set<int> drops = {}, int frames = 60) {
     Playback playback;
     playback.frames = frames;
     playback.drops = std::move(drops);
-    return writeLog(messagesOf(playback), LogFormat::THREADTIME);
-}
-
-ProcessResult codecreport(std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), CODECREPORT);
-    return runProcess(arguments);
+    return logOf({playback});
 }
 
 std::string cutArchive() {

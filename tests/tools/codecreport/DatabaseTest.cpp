@@ -8,20 +8,13 @@
 
 #include "ReportSupport.h"
 #include "SyntheticLog.h"
-#include "tests/support/Process.h"
 
 namespace android::test {
 namespace {
 
 using codecreport::Labels;
 using codecreport::labelsOf;
-using codecreport::LogFormat;
 using testing::HasSubstr;
-
-ProcessResult codecreport(std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), CODECREPORT);
-    return runProcess(arguments);
-}
 
 std::string queried(const std::string& database, const std::string& sql) {
     const ProcessResult result = codecreport({"query", database, sql, "--csv"});
@@ -32,7 +25,7 @@ std::string queried(const std::string& database, const std::string& sql) {
 std::string stutteringLog() {
     Playback playback;
     playback.stalls = {{150, 600}};
-    return writeLog(messagesOf(playback), LogFormat::THREADTIME);
+    return logOf({playback});
 }
 
 TEST(CodecreportDatabase, holdsEachLogOnceUnderAnyName) {
@@ -104,7 +97,7 @@ TEST(CodecreportDatabase, foldersAreComparedAsSets) {
             for (int frame = 0; frame < playback.frames; ++frame) {
                 playback.slowDecodes[frame] = i + 6 * set;
             }
-            const std::string log = fileWith(writeLog(messagesOf(playback), LogFormat::THREADTIME),
+            const std::string log = fileWith(logOf({playback}),
                                              "set" + std::to_string(set) + "-" + std::to_string(i));
             folders[set] = log.substr(0, log.rfind('/')) + "/set" + std::to_string(set);
             ASSERT_EQ(0, runProcess({"sh", "-c",
@@ -136,8 +129,7 @@ TEST(CodecreportDatabase, fleetSumsUpGroupsAndLeadsToTheWorst) {
     silent.frames = 200;
     const std::string db = fileWith("", "fleet.db");
     for (const auto& [build, log] : std::vector<std::pair<std::string, std::string>>{
-                 {"build=<1>", stutteringLog()},
-                 {"build=2", writeLog(messagesOf(silent), LogFormat::THREADTIME)}}) {
+                 {"build=<1>", stutteringLog()}, {"build=2", logOf({silent})}}) {
         ASSERT_EQ(0,
                   codecreport({"--db", db, fileWith(log, "fleet.log"), "--label", build}).exitCode);
     }

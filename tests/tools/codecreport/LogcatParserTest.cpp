@@ -14,6 +14,15 @@ constexpr int64_t kTimeUs = 1772360430'456'000;
 
 TEST(LogcatParser, everyFormIsTakenApart) {
     const std::string ids = "  4321  4330 I My Tag  : a (b): c";
+    const std::string time = "03-01 10:20:30.456";
+    std::vector<std::string> threadtimes = {"2026-" + time + ids, "         1772360430.456" + ids,
+                                            "\033[38;5;40m" + time + ids + "\033[0m",
+                                            time + ids + "\r"};
+    for (const char* more : {"", "789", "789123", " +0100", " 10123", " mediacodec"}) {
+        threadtimes.push_back(time + more + ids);
+    }
+    const std::vector<std::string> times = {time + " I/My Tag  ( 4321): a (b): c",
+                                            time + " I/My Tag  (10123: 4321): a (b): c"};
     const struct {
         LogFormat format;
         bool hasTime;
@@ -21,24 +30,8 @@ TEST(LogcatParser, everyFormIsTakenApart) {
         const char* tag;
         std::vector<std::string> lines;
     } cases[] = {
-            {LogFormat::THREADTIME,
-             true,
-             4321,
-             4330,
-             "My Tag",
-             {"03-01 10:20:30.456" + ids, "2026-03-01 10:20:30.456" + ids,
-              "03-01 10:20:30.456789" + ids, "03-01 10:20:30.456789123" + ids,
-              "03-01 10:20:30.456 +0100" + ids, "         1772360430.456" + ids,
-              "03-01 10:20:30.456 10123" + ids, "03-01 10:20:30.456 mediacodec" + ids,
-              "\033[38;5;40m03-01 10:20:30.456" + ids + "\033[0m",
-              "03-01 10:20:30.456" + ids + "\r"}},
-            {LogFormat::TIME,
-             true,
-             4321,
-             -1,
-             "My Tag",
-             {"03-01 10:20:30.456 I/My Tag  ( 4321): a (b): c",
-              "03-01 10:20:30.456 I/My Tag  (10123: 4321): a (b): c"}},
+            {LogFormat::THREADTIME, true, 4321, 4330, "My Tag", threadtimes},
+            {LogFormat::TIME, true, 4321, -1, "My Tag", times},
             {LogFormat::BRIEF, false, 4321, -1, "My Tag", {"I/My Tag  ( 4321): a (b): c"}},
             {LogFormat::TAG, false, -1, -1, "My Tag", {"I/My Tag  : a (b): c"}},
             {LogFormat::PROCESS, false, 4321, -1, "My Tag", {"I( 4321) a (b): c  (My Tag)"}},
@@ -64,12 +57,10 @@ TEST(LogcatParser, hostFormShowsSeconds) {
     LogLine line;
     ASSERT_EQ(LogcatParser::Result::MESSAGE,
               parser.parse("MediaCodecLogger W 03-01 10:20:30  4321  4330 a text", &line));
-    EXPECT_EQ(LogFormat::LIBLOG, line.format);
-    EXPECT_EQ(kTimeUs / 1'000'000 * 1'000'000, line.timeUs);
-    EXPECT_EQ(1'000'000, line.resolutionUs);
-    EXPECT_EQ("MediaCodecLogger", line.tag);
-    EXPECT_EQ("a text", line.text);
-    EXPECT_EQ(4330, line.tid);
+    EXPECT_EQ(std::make_tuple(LogFormat::LIBLOG, kTimeUs - 456'000, 1'000'000, "MediaCodecLogger",
+                              "a text", 4330),
+              std::make_tuple(line.format, line.timeUs, line.resolutionUs, line.tag, line.text,
+                              line.tid));
 }
 
 TEST(LogcatParser, longFormHoldsItsHeaderUntilAnEmptyLine) {
@@ -79,11 +70,8 @@ TEST(LogcatParser, longFormHoldsItsHeaderUntilAnEmptyLine) {
     EXPECT_EQ(LogcatParser::Result::FRAME, parse("[ 03-01 10:20:30.456  4321: 4330 I/My Tag   ]"));
     for (const char* text : {"first line", "second: line"}) {
         ASSERT_EQ(LogcatParser::Result::MESSAGE, parse(text));
-        EXPECT_EQ(kTimeUs, line.timeUs);
-        EXPECT_EQ(4321, line.pid);
-        EXPECT_EQ(4330, line.tid);
-        EXPECT_EQ("My Tag", line.tag);
-        EXPECT_EQ(text, line.text);
+        EXPECT_EQ(std::make_tuple(kTimeUs, 4321, 4330, "My Tag", text),
+                  std::make_tuple(line.timeUs, line.pid, line.tid, line.tag, line.text));
     }
     EXPECT_EQ(LogcatParser::Result::FRAME, parse(""));
     EXPECT_EQ(LogcatParser::Result::NOT_A_LOG_LINE, parse("of no message"));

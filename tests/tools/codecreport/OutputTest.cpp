@@ -11,14 +11,12 @@
 
 #include "ReportSupport.h"
 #include "SyntheticLog.h"
-#include "tests/support/Process.h"
 
 namespace android::test {
 namespace {
 
 using codecreport::compare;
 using codecreport::CompareResult;
-using codecreport::LogFormat;
 using codecreport::Outcome;
 using codecreport::parseThreshold;
 using codecreport::Reference;
@@ -39,7 +37,7 @@ std::string eventfulLog() {
     add(107'000, "ZMediaAnalyticV",
         "AVSYNC_V:1(2)(3) b:0 rts:4(5) pid:4321 min:-1(-1 )(10) max:0(0)(10) avg:0(0)(10) "
         "cnt:1(0)");
-    return writeLog(messages, LogFormat::THREADTIME);
+    return writeLog(messages);
 }
 
 /** The whole analysis of it, with a problem and a metrics record. */
@@ -107,7 +105,7 @@ Json playedWith(std::map<int, int64_t> stalls, std::set<int> drops) {
     Playback playback;
     playback.stalls = std::move(stalls);
     playback.drops = std::move(drops);
-    return reportOf(writeLog(messagesOf(playback), LogFormat::THREADTIME));
+    return reportOf(logOf({playback}));
 }
 
 TEST(Compare, thresholdsAreHeld) {
@@ -148,15 +146,17 @@ TEST(Compare, thresholdsAreHeld) {
     EXPECT_EQ(Outcome::WORSE, compare(good, silent, {}).outcome);
     EXPECT_EQ(Outcome::WORSE, compare(good, {{"sessions", Json::array()}}, {}).outcome);
     // A threshold of its own comes before the one for all.
-    EXPECT_FALSE(compare(good, playedWith({}, {50, 51}),
-                         {*parseThreshold("0"), *parseThreshold("counts.dropped_count=1"),
-                          *parseThreshold("report.total_frames_dropped=1"),
-                          *parseThreshold("counts.rendered_count=1"),
-                          *parseThreshold("counts.shown_count=1"),
-                          *parseThreshold("counts.never_shown_count=1"),
-                          *parseThreshold("drops.longest_run_frames=1"),
-                          *parseThreshold("frame_interval.p99_ms=100%")})
-                         .exceeds);
+    std::vector<codecreport::Threshold> own;
+    for (const char* text :
+         {"0", "counts.dropped_count=1", "report.total_frames_dropped=1", "counts.rendered_count=1",
+          "counts.shown_count=1", "counts.never_shown_count=1", "drops.longest_run_frames=1",
+          "frame_interval.p99_ms=100%"}) {
+        own.push_back(*parseThreshold(text));
+    }
+    EXPECT_FALSE(compare(good, playedWith({}, {50, 51}), own).exceeds);
+    for (const char* text : {"", "x", "=5", "a=", "a=5x", "a=-1", "a=nan", "5%%", "a=1e99"}) {
+        EXPECT_FALSE(parseThreshold(text)) << text;
+    }
 }
 
 TEST(Compare, sessionsGoTogetherByTheirCodec) {
@@ -171,12 +171,6 @@ TEST(Compare, sessionsGoTogetherByTheirCodec) {
     EXPECT_THAT(result.unmatched, testing::ElementsAre("only in NEW: SW.c2.video.vp9"));
     EXPECT_EQ(0u, compare(base, Json::object(), {}).pairs);
     EXPECT_EQ(0u, compare(Json({{"sessions", 7}}), now, {}).pairs);
-}
-
-TEST(Compare, thresholdTextsAreChecked) {
-    for (const char* text : {"", "x", "=5", "a=", "a=5x", "a=-1", "a=nan", "5%%", "a=1e99"}) {
-        EXPECT_FALSE(parseThreshold(text)) << text;
-    }
 }
 
 }  // namespace

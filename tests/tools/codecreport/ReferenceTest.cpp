@@ -93,7 +93,7 @@ TEST(Reference, reportLinesGoByTheirKey) {
 }
 
 TEST(CodecNames, prefixIsTakenApart) {
-    // The pid, the tag, what is said of them, and the longest run of dropped frames.
+    // The pid, the tag, what is said of them, and the longest run of dropped frames; or none.
     const std::pair<const char*, const char*> cases[] = {
             {"1234.HW.c2.video.avc", "1234 HW.c2.video.avc 0"},
             {"W.mcfd12.1234.4K.secure.HW.c2.video.hevc",

@@ -33,6 +33,20 @@ class ScratchFolder {
     std::string mPath;
 };
 
+void expectValues(const Json& expected, const Json& actual, const std::string& path) {
+    if (!expected.is_structured()) {
+        EXPECT_EQ(expected, actual) << path;
+    } else if (expected.is_array() && expected.size() != actual.size()) {
+        ADD_FAILURE() << path << ": " << actual;
+    } else {
+        for (const auto& [key, value] : expected.items()) {
+            const Json::json_pointer at("/" + key);
+            EXPECT_TRUE(actual.contains(at)) << path << "/" << key;
+            if (actual.contains(at)) expectValues(value, actual[at], path + "/" + key);
+        }
+    }
+}
+
 }  // namespace
 
 std::string fileWith(const std::string& content, const std::string& name) {
@@ -42,6 +56,15 @@ std::string fileWith(const std::string& content, const std::string& name) {
     EXPECT_EQ(content.size(), fwrite(content.data(), 1, content.size(), file));
     fclose(file);
     return path;
+}
+
+ProcessResult codecreport(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), CODECREPORT);
+    return runProcess(arguments);
+}
+
+void expectHas(const char* expected, const Json& actual) {
+    expectValues(Json::parse(expected), actual, "");
 }
 
 Json reportOfFiles(const std::vector<std::string>& paths) {
@@ -62,7 +85,7 @@ std::string threadtime(const std::vector<std::pair<const char*, std::string>>& t
         messages.push_back({ms, 4321, 4330, tag, text});
         ms += 1000;
     }
-    return writeLog(messages, codecreport::LogFormat::THREADTIME);
+    return writeLog(messages);
 }
 
 }  // namespace android::test

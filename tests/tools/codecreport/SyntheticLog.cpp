@@ -219,4 +219,12 @@ std::vector<LogMessage> messagesOf(const Playback& playback) {
     return Writer(playback).write();
 }
 
+std::string logOf(const std::vector<Playback>& playbacks, LogFormat format) {
+    std::vector<LogMessage> messages;
+    for (const Playback& playback : playbacks) {
+        for (LogMessage& message : messagesOf(playback)) messages.push_back(std::move(message));
+    }
+    return writeLog(std::move(messages), format);
+}
+
 }  // namespace android::test

@@ -31,7 +31,7 @@ constexpr int64_t kWallOffsetMs = 1772323200'000;
  *
  * @param jumps the log's clock is ahead by so many milliseconds from a monotonic time on
  */
-std::string writeLog(std::vector<LogMessage> messages, LogFormat format,
+std::string writeLog(std::vector<LogMessage> messages, LogFormat format = LogFormat::THREADTIME,
                      const std::map<int64_t, int64_t>& jumps = {});
 
 /** What a made-up playback of video does; times in milliseconds, frames counted from 0. */
@@ -62,5 +62,8 @@ struct Playback {
  * the client for 1, and released 10 ms before its time.
  */
 std::vector<LogMessage> messagesOf(const Playback& playback);
+
+/** All that these playbacks log, in one log. */
+std::string logOf(const std::vector<Playback>& playbacks, LogFormat format = LogFormat::THREADTIME);
 
 }  // namespace android::test

@@ -13,14 +13,14 @@ int main(int argc, char** argv) {
     const int sessions = argc > 3 ? atoi(argv[3]) : 2;
     playback.slowDecodes = {{100, 120}};
     playback.drops = {200, 201, 202, 220};
-    std::vector<android::test::LogMessage> messages;
+    std::vector<android::test::Playback> playbacks;
     for (int i = 1; i <= sessions; ++i) {
         playback.pid = 5000 + i;
         playback.tid = 20000 + i;
         if (i == sessions) playback.stalls = {{stallAt, 400}};
-        for (auto& message : messagesOf(playback)) messages.push_back(message);
+        playbacks.push_back(playback);
         playback.startMs += playback.frames * playback.intervalMs + 1000;
     }
-    const std::string log = writeLog(messages, android::codecreport::LogFormat::THREADTIME);
+    const std::string log = logOf(playbacks);
     return fwrite(log.data(), 1, log.size(), stdout) == log.size() ? 0 : 1;
 }
