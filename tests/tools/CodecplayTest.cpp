@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <functional>
 #include <regex>
 
@@ -15,20 +16,9 @@ namespace android::test {
 
 namespace {
 
-bool exists(const std::string& path) {
-    return access(path.c_str(), F_OK) == 0;
-}
-
 std::string clipFolder() {
     mkdir(CODECPLAY_CLIPS, 0777);
     return CODECPLAY_CLIPS;
-}
-
-void writeFile(const std::string& path, const std::string& bytes) {
-    FILE* file = fopen(path.c_str(), "wb");
-    ASSERT_NE(file, nullptr) << path;
-    EXPECT_EQ(fwrite(bytes.data(), 1, bytes.size(), file), bytes.size());
-    fclose(file);
 }
 
 }  // namespace
@@ -47,7 +37,7 @@ std::string clip(const std::string& name, const std::string& arguments) {
     // The hash makes a new clip of a recipe that was changed.
     const std::string path =
             clipFolder() + "/" + std::to_string(std::hash<std::string>()(arguments)) + "-" + name;
-    if (exists(path)) return path;
+    if (access(path.c_str(), F_OK) == 0) return path;
     // Several test processes may make the same clip; each makes its own and the last one stays.
     const std::string folder = clipFolder() + "/" + std::to_string(getpid());
     mkdir(folder.c_str(), 0777);
@@ -72,7 +62,7 @@ std::string changedClip(const std::string& source, const std::string& name,
     std::string bytes = readFile(source);
     change(&bytes);
     const std::string path = scratchFile(name);
-    writeFile(path, bytes);
+    std::ofstream(path, std::ios::binary) << bytes;
     return path;
 }
 
@@ -133,6 +123,18 @@ std::string missingInOrder(const std::vector<std::string>& log,
         if (next != texts.end() && line.find(*next) != std::string::npos) ++next;
     }
     return next == texts.end() ? "" : *next;
+}
+
+std::vector<uint64_t> probedFrames(const std::string& file) {
+    const ProcessResult result =
+            runProcess({"ffprobe", "-v", "quiet", "-count_frames", "-show_entries",
+                        "stream=nb_read_frames", "-of", "json", file});
+    std::vector<uint64_t> frames;
+    const Json probe = Json::parse(result.out);
+    for (const Json& stream : probe["streams"]) {
+        frames.push_back(std::stoull(stream["nb_read_frames"].get<std::string>()));
+    }
+    return frames;
 }
 
 uint64_t accountedFrames(const Json& session) {

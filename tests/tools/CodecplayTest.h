@@ -13,8 +13,7 @@ namespace android::test {
 
 using Json = nlohmann::json;
 
-/** ffmpeg inputs: so many seconds of a small moving picture at 30 frames a second, and of a tone.
- */
+/** ffmpeg inputs: seconds of a small moving picture at 30 frames a second, and of a tone. */
 std::string picture(double seconds, const std::string& size = "64x48");
 std::string tone(double seconds);
 
@@ -69,6 +68,9 @@ long numberBehind(const std::vector<std::string>& log, const std::string& text);
 /** The first of the texts that no line holds behind the line of the text before it; "" if none. */
 std::string missingInOrder(const std::vector<std::string>& log,
                            const std::vector<std::string>& texts);
+
+/** Frames of each stream as ffprobe decodes them. */
+std::vector<uint64_t> probedFrames(const std::string& file);
 
 /** The frames that left the codec or were given up, by the session's own account. */
 uint64_t accountedFrames(const Json& session);
