@@ -3,6 +3,8 @@
 
 #include <stdlib.h>
 
+#include <cmath>
+#include <tuple>
 #include <unordered_map>
 
 #include "model/CodecNames.h"
@@ -42,12 +44,14 @@ int fitSinceInput(const LineHint& hint, const Startup& startup, int64_t timeUs) 
 int fitReport(const LineHint& hint, const Session& session) {
     const Startup& startup = session.startup;
     if (session.report.count(hint.reportKey) != 0) return kContradicts;
-    const int64_t valueUs = static_cast<int64_t>(hint.fields.real("value")) * 1000;
-    if (hint.reportKey == "p2_ms" && startup.p2BeginUs != kNoTime && startup.p2EndUs != kNoTime) {
-        return ifEqual(valueUs, startup.p2EndUs - startup.p2BeginUs);
-    }
-    if (hint.reportKey == "p3_ms" && startup.p3BeginUs != kNoTime && startup.p3EndUs != kNoTime) {
-        return ifEqual(valueUs, startup.p3EndUs - startup.p3BeginUs);
+    // Only the phases: among the other values are rates, which may be no number at all.
+    for (const auto& [key, beginUs, endUs] :
+         {std::tuple("p2_ms", startup.p2BeginUs, startup.p2EndUs),
+          std::tuple("p3_ms", startup.p3BeginUs, startup.p3EndUs)}) {
+        if (hint.reportKey != key || beginUs == kNoTime || endUs == kNoTime) continue;
+        const double valueMs = hint.fields.real("value");
+        if (!(std::abs(valueMs) < 1e12)) return kContradicts;
+        return ifEqual(static_cast<int64_t>(valueMs) * 1000, endUs - beginUs);
     }
     return startup.stopEndUs != kNoTime ? kFits : 0;
 }
