@@ -8,10 +8,10 @@
 #include <limits>
 #include <memory>
 
-#include <dirent.h>
 #include <stdlib.h>
 
 #include <chrono>
+#include <filesystem>
 #include <iostream>
 #include <map>
 #include <mutex>
@@ -47,12 +47,9 @@ uint64_t setting(const char* name, uint64_t fallback) {
     return text != nullptr ? strtoull(text, nullptr, 10) : fallback;
 }
 
-int openDescriptors() {
-    int count = 0;
-    DIR* folder = opendir("/proc/self/fd");
-    while (readdir(folder) != nullptr) ++count;
-    closedir(folder);
-    return count;
+long openDescriptors() {
+    using Folder = std::filesystem::directory_iterator;
+    return std::distance(Folder("/proc/self/fd"), Folder());
 }
 
 /** A service that keeps the clients it is told of, those of codecs that are gone included. */
@@ -64,10 +61,9 @@ class StormService : public RecordingService {
     }
     void unregisterClient(int64_t id) override {
         // Released outside the lock: it may be the last reference.
-        sp<IMediaCodecLoggerClient> removed;
+        decltype(mClients)::node_type removed;
         std::lock_guard<std::mutex> guard(mTableLock);
-        removed = mClients[id];
-        mClients.erase(id);
+        removed = mClients.extract(id);
     }
     sp<IMediaCodecLoggerClient> anyClient(Random& random) {
         std::lock_guard<std::mutex> guard(mTableLock);
@@ -151,7 +147,6 @@ class Slot {
     }
 
     void destroy() {
-        if (mLogger == nullptr) return;
         mLogger = nullptr;
         // A query under way may still hold the logger; its end then removes the codec.
         mCodec = nullptr;
@@ -274,7 +269,7 @@ TEST(StormTest, nothingIsLostOrLeftWhateverHappens) {
     FakeClock clock(1000);
     const sp<StormService> service = new StormService;
     OneServiceManager::instance().setService(service);
-    const int descriptors = openDescriptors();
+    const long descriptors = openDescriptors();
 
     std::vector<std::unique_ptr<Slot>> slots;
     for (int i = 0; i < kSlots; ++i) slots.push_back(std::make_unique<Slot>(clock));

@@ -6,7 +6,6 @@
 
 #include <atomic>
 #include <mutex>
-#include <vector>
 
 #include <binder/Binder.h>
 #include <binder/IServiceManager.h>
@@ -63,31 +62,13 @@ class OneServiceManager : public IServiceManager {
  */
 class MortalRemote : public BBinder {
   public:
-    struct Call {
-        uint32_t code;
-        bool oneway;
-    };
-
     /** @param lifetime calls that still reach the service */
     explicit MortalRemote(const sp<IBinder>& service, int lifetime = INT32_MAX)
         : mService(service), mLifetime(lifetime) {}
 
-    /** All calls so far, also those that came too late. */
-    std::vector<Call> calls() const {
-        std::lock_guard<std::mutex> guard(mLock);
-        return mCalls;
-    }
-
-    /** Dies once `lifetime` more calls have been served. */
-    void setLifetime(int lifetime) { mLifetime = lifetime; }
-
   protected:
     status_t onTransact(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags) override {
         const bool oneway = (flags & FLAG_ONEWAY) != 0;
-        {
-            std::lock_guard<std::mutex> guard(mLock);
-            mCalls.push_back({code, oneway});
-        }
         if (mLifetime.fetch_sub(1) <= 0) {
             mLifetime = 0;
             return oneway ? status_t{OK} : status_t{DEAD_OBJECT};
@@ -104,8 +85,6 @@ class MortalRemote : public BBinder {
   private:
     const sp<IBinder> mService;
     std::atomic<int> mLifetime;
-    mutable std::mutex mLock;
-    std::vector<Call> mCalls;
 };
 
 }  // namespace android::test

@@ -6,7 +6,6 @@
 
 #include <mutex>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include <mediaCodecLogger/binder/IMediaCodecLoggerClient.h>
@@ -15,17 +14,12 @@
 namespace android::test {
 
 /**
- * A logger service that writes down what it is told, one text a call. The id of the client that
+ * A logger service that tells what it is told, one text a call. The id of the client that
  * registered last shows as "client", any other as "other", because an address says nothing.
  * Thread-safe.
  */
 class RecordingService : public BnMediaCodecLoggerService {
   public:
-    /** The calls since the last take(). */
-    std::vector<std::string> take() {
-        std::lock_guard<std::mutex> lock(mMutex);
-        return std::exchange(mCalls, {});
-    }
     sp<IMediaCodecLoggerClient> client() {
         std::lock_guard<std::mutex> lock(mMutex);
         return mClient;
@@ -64,26 +58,18 @@ class RecordingService : public BnMediaCodecLoggerService {
     }
     binder::Status registerListener(const sp<media::IMediaCodecLoggerListener>&,
                                     int64_t*) override {
-        return binder::Status::ok();
+        return {};
     }
-    binder::Status unregisterListener(int64_t) override { return binder::Status::ok(); }
-    binder::Status getTimeSinceLastFrameRendered(int64_t, int64_t*) override {
-        return binder::Status::ok();
-    }
-    binder::Status getActiveVideoClients(std::vector<int64_t>*) override {
-        return binder::Status::ok();
-    }
-    binder::Status getUid(int64_t, int32_t*) override { return binder::Status::ok(); }
-    binder::Status getBufferCountSinceLastFlush(int64_t, int64_t*) override {
-        return binder::Status::ok();
-    }
-    binder::Status isVideoClientUsingSecureMem(int64_t, bool*) override {
-        return binder::Status::ok();
-    }
+    binder::Status unregisterListener(int64_t) override { return {}; }
+    binder::Status getTimeSinceLastFrameRendered(int64_t, int64_t*) override { return {}; }
+    binder::Status getActiveVideoClients(std::vector<int64_t>*) override { return {}; }
+    binder::Status getUid(int64_t, int32_t*) override { return {}; }
+    binder::Status getBufferCountSinceLastFlush(int64_t, int64_t*) override { return {}; }
+    binder::Status isVideoClientUsingSecureMem(int64_t, bool*) override { return {}; }
     binder::Status setMitigateFrameDropAllowlist(const std::unique_ptr<std::string>&,
                                                  const std::vector<std::string>&,
                                                  const std::vector<std::string>&) override {
-        return binder::Status::ok();
+        return {};
     }
     int32_t isInMitigateFrameDropAllowlist(const char* packageName) override {
         onCall(std::string("isInMitigateFrameDropAllowlist(") + packageName + ")");
@@ -96,10 +82,7 @@ class RecordingService : public BnMediaCodecLoggerService {
 
   protected:
     /** Each call as it comes. */
-    virtual void onCall(const std::string& call) {
-        std::lock_guard<std::mutex> lock(mMutex);
-        mCalls.push_back(call);
-    }
+    virtual void onCall(const std::string&) {}
 
   private:
     std::string nameOf(int64_t id) {
@@ -107,7 +90,6 @@ class RecordingService : public BnMediaCodecLoggerService {
         return id == mId ? "client" : "other";
     }
     std::mutex mMutex;
-    std::vector<std::string> mCalls;
     int64_t mId = 0;
     sp<IMediaCodecLoggerClient> mClient;
 };
