@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
+
+#include <algorithm>
 
 #include "ReportSupport.h"
 #include "SyntheticLog.h"
@@ -188,15 +189,10 @@ TEST(Codecreport, comparesLogsAndReports) {
         EXPECT_EQ(0, codecreport({"compare", base, good, "--threshold", "0"}).exitCode);
         EXPECT_EQ(0, codecreport({"compare", base, bad}).exitCode);
     }
-    const ProcessResult result = codecreport({"compare", good, bad, "--json"});
-    const Json comparison = Json::parse(result.out);
-    EXPECT_FALSE(comparison["exceeds"].get<bool>());
-    EXPECT_THAT(comparison["values"], testing::Contains(testing::ResultOf(
-                                              [](const Json& value) {
-                                                  return value["key"] == "counts.dropped_count" &&
-                                                         value["worse_by"] == 2;
-                                              },
-                                              true)));
+    const Json values = Json::parse(codecreport({"compare", good, bad, "--json"}).out)["values"];
+    EXPECT_TRUE(std::any_of(values.begin(), values.end(), [](const Json& value) {
+        return value["key"] == "counts.dropped_count" && value["worse_by"] == 2;
+    }));
 }
 
 }  // namespace

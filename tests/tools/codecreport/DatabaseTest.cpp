@@ -56,14 +56,12 @@ TEST(CodecreportDatabase, sessionComesOutAsItsLogGaveIt) {
     expected["input"]["files"] = {log};
     EXPECT_EQ(expected, database.reportOf(ids.integer(0)));
     const Json& session = expected["sessions"][0];
-    const std::string frames =
-            std::to_string(expected["sessions"][0]["counts"]["output_count"].get<int>());
-    EXPECT_EQ("n,worst\n" + frames + "," + expected["sessions"][0]["lateness"]["max_ms"].dump() +
-                      "\n",
+    const std::string late = session["lateness"]["max_ms"].dump() + "\n";
+    EXPECT_EQ("n,worst\n" + session["counts"]["output_count"].dump() + "," + late,
               queried(db,
                       "SELECT count(*) AS n, CAST(max(late_ms) AS INTEGER) AS worst FROM "
                       "frame_timeline"));
-    EXPECT_EQ("n,cause,late\n1,application," + session["lateness"]["max_ms"].dump() + "\n",
+    EXPECT_EQ("n,cause,late\n1,application," + late,
               queried(db,
                       "SELECT count(*) AS n, cause, CAST(max_ms AS INTEGER) AS late FROM "
                       "incident JOIN distribution USING (session_id) WHERE name = 'lateness'"));
@@ -89,22 +87,18 @@ TEST(CodecreportDatabase, queryReadsOnlyAndSaysWhatIsWrong) {
 }
 
 TEST(CodecreportDatabase, foldersAreComparedAsSets) {
-    std::string folders[2];
-    for (int set = 0; set < 2; ++set) {
-        for (int i = 0; i < 12; ++i) {
-            Playback playback;
-            playback.frames = 100 + i;
-            for (int frame = 0; frame < playback.frames; ++frame) {
-                playback.slowDecodes[frame] = i + 6 * set;
-            }
-            const std::string log = fileWith(logOf({playback}),
-                                             "set" + std::to_string(set) + "-" + std::to_string(i));
-            folders[set] = log.substr(0, log.rfind('/')) + "/set" + std::to_string(set);
-            ASSERT_EQ(0, runProcess({"sh", "-c",
-                                     "mkdir -p " + folders[set] + " && mv " + log + " " +
-                                             folders[set]})
-                                 .exitCode);
+    const std::string base = fileWith("", "sets");
+    const std::string folders[] = {base + "-0", base + "-1"};
+    ASSERT_EQ(0, runProcess({"mkdir", folders[0], folders[1]}).exitCode);
+    for (int i = 0; i < 24; ++i) {
+        const int set = i / 12;
+        const int n = i % 12;
+        Playback playback;
+        playback.frames = 100 + n;
+        for (int frame = 0; frame < playback.frames; ++frame) {
+            playback.slowDecodes[frame] = n + 6 * set;
         }
+        fileWith(logOf({playback}), "sets-" + std::to_string(set) + "/" + std::to_string(n));
     }
     const std::string db = folders[0] + ".db";
     ASSERT_EQ(0, codecreport({"--db", db, folders[0], folders[1], "--labels", "{set}/*"}).exitCode);
@@ -112,8 +106,8 @@ TEST(CodecreportDatabase, foldersAreComparedAsSets) {
          std::vector<std::tuple<std::vector<std::string>, int, const char*>>{
                  {{folders[0], "--", folders[1]}, 3, "\nworse\n"},
                  {{folders[1], folders[0]}, 0, "\nbetter\n"},
-                 {{folders[0] + "/set0-3", "--", folders[1] + "/set1-4"}, 6, "\ncannot tell\n"},
-                 {{"--db", db, "set=set0", "--", "set=set1", "codec=HW.c2.video.avc"},
+                 {{folders[0] + "/3", "--", folders[1] + "/4"}, 6, "\ncannot tell\n"},
+                 {{"--db", db, "set=sets-0", "--", "set=sets-1", "codec=HW.c2.video.avc"},
                   3,
                   "worse"}}) {
         std::vector<std::string> words = {"compare"};

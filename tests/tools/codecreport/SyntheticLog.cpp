@@ -60,10 +60,10 @@ class Writer {
         const char* tag = mPlayback.tag.c_str();
         const int64_t at = mPlayback.startMs;
         const int64_t firstInput = at + 60 + kDecryptMs;
-        add(at, kLogger, text("[BRISK] %s P2 + %ld", tag, at));
-        add(at + 20, kLogger, text("[BRISK] %s P2 - %ld", tag, at + 20));
-        add(at + 25, kLogger, text("[BRISK] %s P3 + %ld", tag, at + 25));
-        add(at + 55, kLogger, text("[BRISK] %s P3 - %ld", tag, at + 55));
+        for (const auto& [phase, ms] : {std::pair("P2 +", at), std::pair("P2 -", at + 20),
+                                        std::pair("P3 +", at + 25), std::pair("P3 -", at + 55)}) {
+            add(ms, kLogger, text("[BRISK] %s %s %ld", tag, phase, ms));
+        }
         add(firstInput, kLogger,
             text("[BRISK] %s Got First Input Frame %ld pts:%ld", tag, firstInput,
                  mPlayback.firstPtsUs));
@@ -114,8 +114,7 @@ class Writer {
         }
         add(t.output, kAnalytics,
             text("%s Frame:%d Decoded and filled into output buffer, Output onWorkDone "
-                 "mediaTs:%ld, "
-                 "0/3",
+                 "mediaTs:%ld, 0/3",
                  f, i + 1, t.ptsUs));
         analysis(t, f, t.output);
     }
@@ -123,9 +122,7 @@ class Writer {
     void analysis(const Times& t, const char* label, int64_t now) {
         const bool first = mLast.render == 0;
         add(now, kAnalytics,
-            text("%s%s:%ld(%ld) TD:%ld FARD:%ld(%ld) FAD:%ld(%ld) AL:%ld(%ld) "
-                 "FL:%ld(%ld) "
-                 "0/3",
+            text("%s%s:%ld(%ld) TD:%ld FARD:%ld(%ld) FAD:%ld(%ld) AL:%ld(%ld) FL:%ld(%ld) 0/3",
                  first ? "Pre-Render " : "", label, t.ptsUs, now - t.ptsUs / 1000,
                  (t.ptsUs - mLast.ptsUs) / 1000, t.output - mLast.render, t.output - mLast.call,
                  t.decoded - mLast.decoded, t.output - t.decoded, now - t.output, now,
