@@ -12,8 +12,8 @@
 
 #include <media/stagefright/CodecBase.h>
 #include <mediaCodecLogger/MediaCodecLogger.h>
-#include <mediaCodecLogger/binder/IMediaCodecLoggerService.h>
 #include <mediaCodecLogger/binder/media/IMediaCodecLoggerService.h>
+#include <tests/binder/FakeServices.h>
 #include <tests/support/FakeClock.h>
 #include <tests/support/LogCapture.h>
 #include <tests/support/LoggerServices.h>
@@ -22,124 +22,49 @@ using namespace android;
 
 namespace {
 
-/** How often an implementation was reached. */
-int gReached = 0;
+using GeneratedService = test::FakeObserverService<media::BnMediaCodecLoggerService,
+                                                   media::IMediaCodecLoggerListener>;
 
-size_t touch(const char* text) {
-    return text != nullptr ? strlen(text) : 0;
-}
-
-/** The methods that both forms of the service have; reads whatever it is given. */
-template <typename Stub, typename Listener>
-struct ObserverService : Stub {
-    std::vector<sp<Listener>> listeners;
-    binder::Status status;
-
-    binder::Status registerListener(const sp<Listener>& listener, int64_t* result) override {
-        ++gReached;
-        if (listener != nullptr) {
-            listener->notifyFirstFrameRendered(1);
-            listener->notifyOutBufferAvailableAfterDelay(1, 2);
-            listeners.push_back(listener);
-        }
-        *result = static_cast<int64_t>(listeners.size());
-        return status;
-    }
-    binder::Status unregisterListener(int64_t id) override {
-        ++gReached;
-        if (id > 0 && static_cast<uint64_t>(id) <= listeners.size()) listeners[id - 1] = nullptr;
-        return status;
-    }
-    binder::Status getActiveVideoClients(std::vector<int64_t>* result) override {
-        ++gReached;
-        result->assign(3, INT64_MIN);
-        return status;
-    }
-    binder::Status getTimeSinceLastFrameRendered(int64_t id, int64_t* result) override {
-        return answer(id, result);
-    }
-    binder::Status getUid(int64_t id, int32_t* result) override { return answer(id, result); }
-    binder::Status getBufferCountSinceLastFlush(int64_t id, int64_t* result) override {
-        return answer(id, result);
-    }
-    binder::Status isVideoClientUsingSecureMem(int64_t id, bool* result) override {
-        return answer(id, result);
-    }
-    binder::Status setMitigateFrameDropAllowlist(const std::unique_ptr<std::string>& text,
-                                                 const std::vector<std::string>& listA,
-                                                 const std::vector<std::string>& listB) override {
-        ++gReached;
-        size_t size = text != nullptr ? touch(text->c_str()) : 0;
-        for (const auto& list : {listA, listB}) {
-            for (const std::string& name : list) size += touch(name.c_str());
-        }
-        return size > 1000 ? binder::Status::fromExceptionCode(binder::Status::EX_SECURITY)
-                           : status;
-    }
-
-    template <typename T>
-    binder::Status answer(int64_t id, T* result) {
-        ++gReached;
-        *result = static_cast<T>(id);
-        return id < 0 ? binder::Status::fromExceptionCode(binder::Status::EX_ILLEGAL_ARGUMENT)
-                      : status;
-    }
-};
-
-using GeneratedService =
-        ObserverService<media::BnMediaCodecLoggerService, media::IMediaCodecLoggerListener>;
-
-struct CodecService : ObserverService<BnMediaCodecLoggerService, media::IMediaCodecLoggerListener> {
-    sp<IMediaCodecLoggerClient> client;
-
-    void registerClient(int64_t, const sp<IMediaCodecLoggerClient>& registered) override {
-        ++gReached;
-        client = registered;
+/** Keeps whatever registers as a client, and asks it. */
+struct CodecService : test::FakeCodecService {
+    void registerClient(int64_t id, const sp<IMediaCodecLoggerClient>& client) override {
+        FakeCodecService::registerClient(id, client);
+        activeClient = client;
         if (client == nullptr) return;
         int width = 0, height = 0;
         client->getStatus();
         client->getClientResolution(width, height);
         client->getUid();
     }
-    void unregisterClient(int64_t) override { ++gReached; }
-    sp<IMediaCodecLoggerClient> getActiveVideoClient(int64_t& id) override {
-        ++gReached;
-        id = 7;
-        return client;
-    }
-    void updateHidlMediaMetrics(const char* first, const char* second, const bool&,
-                                const bool& flagB) override {
-        ++gReached;
-        touch(first);
-        touch(second);
-        FUZZ_CHECK(flagB == (first == nullptr) && flagB == (second == nullptr));
-    }
-    void onFirstFrameRendered(int64_t) override { ++gReached; }
-    void onOutBufferAvailableAfterDelay(int64_t, int64_t) override { ++gReached; }
     int32_t isInMitigateFrameDropAllowlist(const char* packageName) override {
-        ++gReached;
         FUZZ_CHECK(packageName != nullptr);
-        return static_cast<int32_t>(touch(packageName));
-    }
-    String8 getOldestAudioClientCodec() override {
-        ++gReached;
-        return String8("aac");
+        return FakeCodecService::isInMitigateFrameDropAllowlist(packageName);
     }
 };
 
-struct Listener : media::BnMediaCodecLoggerListener {
-    binder::Status reached() {
-        ++gReached;
-        return binder::Status::fromStatusT(FAILED_TRANSACTION);
+/** Notifies the listener that registered in the last call. */
+template <typename Service>
+void notify(Service& service) {
+    const auto listener = std::exchange(service.lastListener, nullptr);
+    if (listener == nullptr) return;
+    listener->notifyFirstFrameRendered(1);
+    listener->notifyOutBufferAvailableAfterDelay(1, 2);
+}
+
+struct Stubs {
+    sp<CodecService> service = new CodecService;
+    sp<GeneratedService> generated = new GeneratedService;
+    sp<test::FakeListener> listener = new test::FakeListener;
+
+    /** Whether an implementation was reached since the last question. */
+    bool wereReached() {
+        return service->takeCalls().size() + generated->takeCalls().size() +
+                       listener->takeCalls().size() >
+               0;
     }
-    binder::Status notifyFirstFrameRendered(int64_t) override { return reached(); }
-    binder::Status notifyOutBufferAvailableAfterDelay(int64_t, int64_t) override {
-        return reached();
-    }
-    binder::Status notifyVideoClientUnregistered(int32_t) override { return reached(); }
 };
 
-void call(fuzz::Bytes& in, const std::vector<sp<IBinder>>& objects) {
+void call(fuzz::Bytes& in, Stubs& stubs, const std::vector<sp<IBinder>>& objects) {
     const uint8_t which = in.byte();
     const sp<IBinder>& stub = objects[which % 4];
     uint32_t code = in.byte();
@@ -161,13 +86,15 @@ void call(fuzz::Bytes& in, const std::vector<sp<IBinder>>& objects) {
     data.setDataPosition(0);
     const bool knowsInterface = data.checkInterface(stub.get());
     data.setDataPosition(0);
-    gReached = 0;
     Parcel reply;
     const status_t status = stub->transact(code, data, &reply, bits >> 2);
-    FUZZ_CHECK(knowsInterface || gReached == 0, "reached without the interface token\n");
+    FUZZ_CHECK(!stubs.wereReached() || knowsInterface, "reached without the interface token\n");
     FUZZ_CHECK(knowsInterface || status != OK || code > IBinder::LAST_CALL_TRANSACTION,
                "code %u is answered without the interface token\n", code);
     FUZZ_CHECK(heldLocks() == 0);
+    notify(*stubs.service);
+    notify(*stubs.generated);
+    stubs.wereReached();
 }
 
 }  // namespace
@@ -177,22 +104,20 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const test::FakeClock clock(1000);
     const sp<MediaCodecLogger> logger = MediaCodecLogger::Create(1, 2);
     logger->configure("c2.vendor", "audio/raw", 0, true, 0, 0, nullptr, true);
-    const sp<CodecService> service = new CodecService;
+    Stubs stubs;
+    const auto& [service, generated, listener] = stubs;
     test::OneServiceManager::instance().setService(service);
     logger->profileP2End();
-    const sp<GeneratedService> generated = new GeneratedService;
-    const sp<Listener> listener = new Listener;
+    stubs.wereReached();
     {
-        const sp<IBinder> client = IInterface::asBinder(service->client);
+        const sp<IBinder> client = IInterface::asBinder(service->activeClient);
         const std::vector<sp<IBinder>> objects = {client, service, generated, listener,
                                                   new BBinder};
         fuzz::Bytes in(data, size);
-        while (!in.atEnd()) call(in, objects);
+        while (!in.atEnd()) call(in, stubs, objects);
     }
     test::OneServiceManager::instance().setService(nullptr);
-    service->client = nullptr;
-    service->listeners.clear();  // among them may be the service itself
-    generated->listeners.clear();
+    service->activeClient = nullptr;
     FUZZ_CHECK(service->getStrongCount() == 2, "the logger and this hold it\n");
     FUZZ_CHECK(generated->getStrongCount() == 1);
     FUZZ_CHECK(listener->getStrongCount() == 1);
