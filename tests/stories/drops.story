@@ -118,18 +118,10 @@ resetConsecutiveFrameDropFlag 5 0 count=-1
     -> onFirstFrameRendered(client)
     I App sets Timestamps for render in SurfaceFlinger
 ~configure c2.v audio/mp4a-latm ; profileP2End
-frame 0
-    I [BRISK] VND.c2.audio.mp4a Got First Input Frame 1040 pts:0
-    I updatePTSTime [VND.c2.audio.mp4a] First PTS after Flush or reset = 0
-    -> getOldestAudioClientCodec()
-    I [BRISK] VND.c2.audio.mp4a Got First Frame Ready 1040(0)
+/Render/ frame 0
     I Rendering first frame after starting or flushing.
 ~configure c2.v video/avc encoder ; profileP2End
-frame 0
-    I [BRISK] HW.c2.video.avc Got First Input Frame 1040 pts:0
-    I updatePTSTime [HW.c2.video.avc] First PTS after Flush or reset = 0
-    -> getOldestAudioClientCodec()
-    I [BRISK] HW.c2.video.avc Got First Frame Ready 1040(0)
+/Render/ frame 0
     I Rendering first frame after starting or flushing.
 
 story aTunneledRender_isItsFramesOutput: catches a render that counts once for renderCount frames, and one of a codec that is not tunneled
@@ -170,18 +162,9 @@ isInMitigateFrameDropAllowlist
 service ; isInMitigateFrameDropAllowlist
     -> isInMitigateFrameDropAllowlist(com.android.mediaplayer)
     = false
-answers allowlist=1 ; isInMitigateFrameDropAllowlist
-    -> isInMitigateFrameDropAllowlist(com.android.mediaplayer)
-    = true
-answers allowlist=2 ; isInMitigateFrameDropAllowlist
-    -> isInMitigateFrameDropAllowlist(com.android.mediaplayer)
-    = true
-answers allowlist=256 ; isInMitigateFrameDropAllowlist
-    -> isInMitigateFrameDropAllowlist(com.android.mediaplayer)
-    = true
-answers allowlist=-1 ; isInMitigateFrameDropAllowlist
-    -> isInMitigateFrameDropAllowlist(com.android.mediaplayer)
-    = true
+define asked = answers allowlist=$1 ; isInMitigateFrameDropAllowlist
+/=/ asked 1 ; asked 2 ; asked 256 ; asked -1
+    = true | true | true | true
 service lifetime=9 ; answers allowlist=-2147483648 ; isInMitigateFrameDropAllowlist
     -> isInMitigateFrameDropAllowlist(com.android.mediaplayer)
     = true

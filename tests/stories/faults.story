@@ -2,31 +2,15 @@
 
 story whereverTheServiceDies_playbackGoesOn: catches a call that a dead service turns into something else than a line
 define session = configure c2.v video/avc flags=1 ; profileP2End ; frame 0 ; after 1500 ; render 0 ; isInMitigateFrameDropAllowlist ; logMetrics
-service lifetime=100 ; session
-    I [BRISK] tunneled.HW.c2.video.avc P2 + 1000
-    I [BRISK] tunneled.HW.c2.video.avc P2 - 1000
-    D Got zephra_media_codec_logger Service. Calling PID = 99999999
+/->/ service lifetime=100 ; session
     -> registerClient(client)
-    E/Parcel Reading a NULL string not supported here. (2 times)
     -> updateHidlMediaMetrics(, , true, false)
-    I/IMediaCodecLoggerService Transaction successfull
-    I [BRISK] tunneled.HW.c2.video.avc Got First Input Frame 1000 pts:0
-    I updatePTSTime [tunneled.HW.c2.video.avc] First PTS after Flush or reset = 0
     -> getOldestAudioClientCodec()
-    I [BRISK] tunneled.HW.c2.video.avc Got First Frame Ready 1000(0)
-    I Rendering first frame after starting or flushing.
-    I [BRISK] tunneled.HW.c2.video.avc Got First Frame Render 1000(0), renderNum = 1
     -> onFirstFrameRendered(client)
-    I the latest buffer is 1500 old with packageName com.android.mediaplayer. Possible resume detected
     -> onOutBufferAvailableAfterDelay(client, 1500)
     -> isInMitigateFrameDropAllowlist(com.android.mediaplayer)
-    = false
-    I 99999999.tunneled.HW.c2.video.avc.BRISK-P2Ms = 0
-    I 99999999.tunneled.HW.c2.video.avc.BRISK-P3Ms = 0
     -> unregisterClient(client)
     -> updateHidlMediaMetrics(null, null, true, true)
-    I/IMediaCodecLoggerService Transaction successfull
-    = com.android.mediaplayer.tunneled.HW.c2.video.avc:BRISK-P2Ms=0:BRISK-P3Ms=0
 service lifetime=0
 /fail/ Create ; session
     W/IMediaCodecLoggerService registerClient fail id:<client>

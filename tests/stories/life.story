@@ -127,48 +127,30 @@ after 12 ; client getTimeSinceLastFrameRendered ; client getStatus
 
 story withoutAService_aLineSaysSo: catches a client that registers nowhere silently
 ~configure
-profileP2End ; frame 0
-    I [BRISK] HW.c2.video.avc P2 - 1000
+/ervice/ profileP2End ; frame 0
     W zephra_media_codec_logger Service unavailable!
-    I [BRISK] HW.c2.video.avc Got First Input Frame 1000 pts:0
-    I updatePTSTime [HW.c2.video.avc] First PTS after Flush or reset = 0
-    I [BRISK] HW.c2.video.avc Got First Frame Ready 1000(0)
-    I Rendering first frame after starting or flushing.
-    I [BRISK] HW.c2.video.avc Got First Frame Render 1000(0), renderNum = 1
     W MediaCodecLoggerService in NULL
-service none ; profileP2End
-    I [BRISK] HW.c2.video.avc P2 - 1000
+/ervice/ service none ; profileP2End
     W zephra_media_codec_logger Service unavailable!
 
 story aTunneledCodec_opensAndClosesItsHidlMetrics: catches the switches of the configuration before at a reconfiguration
 service
-configure c2.v video/avc flags=1 ; profileP2End
-    I [BRISK] tunneled.HW.c2.video.avc P2 + 1000
-    I [BRISK] tunneled.HW.c2.video.avc P2 - 1000
-    D Got zephra_media_codec_logger Service. Calling PID = 99999999
+/->/ configure c2.v video/avc flags=1 ; profileP2End
     -> registerClient(client)
     -> updateHidlMediaMetrics(com.android.mediaplayer, tunneled.HW.c2.video.avc, true, false)
-configure c2.v video/avc encoder
+/->/ configure c2.v video/avc encoder
     -> unregisterClient(client)
     -> updateHidlMediaMetrics(null, null, true, true)
-    I [BRISK] HW.c2.video.avc P2 + 1000
-profileP2End ; configure c2.v audio/raw flags=1 encoder
-    I [BRISK] HW.c2.video.avc P2 - 1000
-    D registerClient for <client>, probably moved from un-initialized to configured state
+/->/ profileP2End ; configure c2.v audio/raw flags=1 encoder
     -> registerClient(client)
     -> unregisterClient(client)
-    I [BRISK] VND.c2.audio.raw P2 + 1000
-profileP2End ; configure c2.v video/avc loggingOff
-    I [BRISK] VND.c2.audio.raw P2 - 1000
-    D registerClient for <client>, probably moved from un-initialized to configured state
+/->/ profileP2End ; configure c2.v video/avc loggingOff
     -> registerClient(client)
     -> updateHidlMediaMetrics(com.android.mediaplayer, VND.c2.audio.raw, false, false)
     -> unregisterClient(client)
     -> updateHidlMediaMetrics(null, null, false, true)
-    I [BRISK] HW.c2.video.avc P2 + 1000
-configure c2.v video/avc flags=1
-    I [BRISK] tunneled.HW.c2.video.avc P2 + 1000
-resetMetricsData
+/->/ configure c2.v video/avc flags=1
+/->/ resetMetricsData
     -> unregisterClient(client)
     -> updateHidlMediaMetrics(null, null, true, true)
 
@@ -184,17 +166,11 @@ story onlyAMediaTekCodec2Decoder_isAskedForItsFormatKeys: catches a codec that i
 define subscribe = configure $* ; profileP2End
 /ubscribe/ subscribe C2.MTK.avc.decoder video/avc
     D Subscribe MTK C2 hdr-type, scan-type, color-depth parameters
-subscribe c2.mtk audio/x
-    I [BRISK] VND.c2.audio.x P2 + 1000
-    I [BRISK] VND.c2.audio.x P2 - 1000
-    W zephra_media_codec_logger Service unavailable!
+/color-depth/ subscribe c2.mtk audio/x
     <codec> signalSetParameters vendor.mtk-codec2.hdr-type=0 vendor.mtk-codec2.scan-type=0 vendor.mtk-codec2.color-depth=0
     D Subscribe MTK C2 hdr-type, scan-type, color-depth parameters
 /ubscribe/ subscribe c2.mtk.avc.encoder video/avc encoder ; subscribe c2.android.avc.decoder video/avc ; subscribe x.c2.mtk video/avc
-noCodec ; subscribe c2.mtk.avc.decoder video/avc
-    I [BRISK] HW.c2.video.avc P2 + 1000
-    I [BRISK] HW.c2.video.avc P2 - 1000
-    W zephra_media_codec_logger Service unavailable!
+/ubscribe/ noCodec ; subscribe c2.mtk.avc.decoder video/avc
 
 story times_areWholeMilliseconds: catches nanoseconds that are rounded or divided by another number
 after 999999us ; configure

@@ -388,18 +388,14 @@ dumps closed ; updateInputFrame_pre 0 data="abc" ; dumps full ; updateInputFrame
     I/ZMediaAnalyticV fopen /data/tmp/dumpinput_video_<pid>_<pid>.raw
     W/ZMediaAnalyticV fwrite fail 28 ret:0 size:3
     close dumpinput_video_<pid>_<pid>.raw
-dumps work ; updateInputFrame_pre 0 data="fresh" ; dropIt 0
+/dump/ dumps work ; updateInputFrame_pre 0 data="fresh" ; dropIt 0
     fopen /data/tmp/dumpinput_video_<pid>_<pid>.raw wb
     I/ZMediaAnalyticV fopen /data/tmp/dumpinput_video_<pid>_<pid>.raw
     write dumpinput_video_<pid>_<pid>.raw fresh
-    I/ZMediaAnalyticV Pre-Render Drop:0(10000) TD:0 FARD:(-1) FAD:0(-1) AL:10001(10000) FL:0(0) 0/3
-    W/ZMediaAnalyticV mFramesOwnedByUs is 0 unexpectedly
 
 story outputMayLieInAGraphicBuffer: catches memory that is written though there is none, and a lock that stays
 ~begin ; debug 0x200 ; omx
-updateACodecOutput size=8 ; updateACodecOutput size=8 graphic ; updateACodecOutput size=8 graphic data="ignored!" ; updateACodecOutput data="plainmem"
-    fopen /data/tmp/dumpoutput_video_<pid>_<pid>.raw wb
-    I/ZMediaAnalyticV fopen /data/tmp/dumpoutput_video_<pid>_<pid>.raw
+/write/ updateACodecOutput size=8 ; updateACodecOutput size=8 graphic ; updateACodecOutput size=8 graphic data="ignored!" ; updateACodecOutput data="plainmem"
     write dumpoutput_video_<pid>_<pid>.raw gggggggg
     I/ZMediaAnalyticV write output size:8
     write dumpoutput_video_<pid>_<pid>.raw gggggggg
