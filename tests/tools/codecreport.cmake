@@ -27,52 +27,37 @@ target_link_libraries(codecreport_make_log PRIVATE codecreport_synthetic_log)
 add_test(NAME Codecreport.documentsAreUpToDate
     COMMAND ${CMAKE_SOURCE_DIR}/scripts/docs.sh --check $<TARGET_FILE:codecreport>)
 
-# The page in a browser, which is large: scripts/packages-ci.txt brings it.
+# One of the programs in JavaScript that read what codecreport writes, with the packages of its
+# folder, brought by `npm <NPM_COMMAND>`: packages that are large, so scripts/packages-ci.txt.
+function(codecreport_add_node_test NAME FOLDER NPM_COMMAND)
+    set(from ${CMAKE_CURRENT_SOURCE_DIR}/codecreport/${FOLDER})
+    set(to ${CMAKE_CURRENT_BINARY_DIR}/codecreport-${FOLDER})
+    set(files package.json package-lock.json .npmrc ${FOLDER}Test.mjs)
+    list(TRANSFORM files PREPEND ${from}/ OUTPUT_VARIABLE sources)
+    set(stamp ${to}/node_modules/.package-lock.json)
+    file(MAKE_DIRECTORY ${to})
+    add_custom_command(
+        OUTPUT ${stamp}
+        COMMAND ${CMAKE_COMMAND} -E copy_if_different ${sources} ${to}
+        COMMAND ${CMAKE_COMMAND} -E chdir ${to}
+                ${NPM} ${NPM_COMMAND} --ignore-scripts --no-audit --no-fund --loglevel=error
+        COMMAND ${CMAKE_COMMAND} -E touch ${stamp}
+        DEPENDS ${sources}
+        COMMENT "npm ${NPM_COMMAND}: codecreport's ${FOLDER}Test"
+        VERBATIM)
+    add_custom_target(codecreport_${FOLDER}_test ALL DEPENDS ${stamp})
+    add_test(NAME ${NAME}
+        COMMAND ${MCL_NODE} ${to}/${FOLDER}Test.mjs $<TARGET_FILE:codecreport>
+                $<TARGET_FILE:codecreport_make_log> ${ARGN})
+    set_tests_properties(${NAME} PROPERTIES TIMEOUT 120)
+endfunction()
+
 find_program(MCL_CHROMIUM chromium)
 find_program(MCL_NODE node)
 if(MCL_CHROMIUM AND MCL_NODE)
-    set(pageDir ${CMAKE_CURRENT_BINARY_DIR}/codecreport-page)
-    set(playwright ${pageDir}/node_modules/playwright-core/package.json)
-    file(MAKE_DIRECTORY ${pageDir})
-    add_custom_command(
-        OUTPUT ${playwright} ${pageDir}/pageTest.mjs
-        COMMAND ${CMAKE_COMMAND} -E copy_if_different package.json package-lock.json .npmrc
-                pageTest.mjs ${pageDir}
-        COMMAND ${CMAKE_COMMAND} -E chdir ${pageDir}
-                ${NPM} ci --ignore-scripts --no-audit --no-fund --loglevel=error
-        COMMAND ${CMAKE_COMMAND} -E touch ${playwright} ${pageDir}/pageTest.mjs
-        DEPENDS codecreport/page/package.json codecreport/page/package-lock.json
-                codecreport/page/.npmrc codecreport/page/pageTest.mjs
-        WORKING_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR}/codecreport/page
-        COMMENT "npm ci: the page test's browser driver"
-        VERBATIM)
-    add_custom_target(codecreport_page_test ALL DEPENDS ${playwright} ${pageDir}/pageTest.mjs)
-    add_test(NAME Codecreport.pageInABrowser
-        COMMAND ${MCL_NODE} ${pageDir}/pageTest.mjs ${MCL_CHROMIUM} $<TARGET_FILE:codecreport>
-                $<TARGET_FILE:codecreport_make_log>)
-    set_tests_properties(Codecreport.pageInABrowser PROPERTIES TIMEOUT 120)
-
-    # The rows in an engine of columns. Its lock file names the engine's build for Linux on x86-64.
-    set(rowsDir ${CMAKE_CURRENT_BINARY_DIR}/codecreport-rows)
-    set(duckdb ${rowsDir}/node_modules/@duckdb/node-api/package.json)
-    file(MAKE_DIRECTORY ${rowsDir})
-    add_custom_command(
-        OUTPUT ${duckdb} ${rowsDir}/rowsTest.mjs
-        COMMAND ${CMAKE_COMMAND} -E copy_if_different package.json package-lock.json .npmrc
-                rowsTest.mjs ${rowsDir}
-        COMMAND ${CMAKE_COMMAND} -E chdir ${rowsDir}
-                ${NPM} install --ignore-scripts --no-audit --no-fund --loglevel=error
-        COMMAND ${CMAKE_COMMAND} -E touch ${duckdb} ${rowsDir}/rowsTest.mjs
-        DEPENDS codecreport/rows/package.json codecreport/rows/package-lock.json
-                codecreport/rows/.npmrc codecreport/rows/rowsTest.mjs
-        WORKING_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR}/codecreport/rows
-        COMMENT "npm install: the rows test's engine"
-        VERBATIM)
-    add_custom_target(codecreport_rows_test ALL DEPENDS ${duckdb} ${rowsDir}/rowsTest.mjs)
-    add_test(NAME Codecreport.rowsInAnEngineOfColumns
-        COMMAND ${MCL_NODE} ${rowsDir}/rowsTest.mjs $<TARGET_FILE:codecreport>
-                $<TARGET_FILE:codecreport_make_log>)
-    set_tests_properties(Codecreport.rowsInAnEngineOfColumns PROPERTIES TIMEOUT 120)
+    codecreport_add_node_test(Codecreport.pageInABrowser page ci ${MCL_CHROMIUM})
+    # Its lock file names the engine's build for Linux on x86-64 only.
+    codecreport_add_node_test(Codecreport.rowsInAnEngineOfColumns rows install)
 else()
     message(STATUS "No test of codecreport's page in a browser, nor of its rows in another engine: "
                    "they need scripts/packages-ci.txt")

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The page in a browser, held to the JSON that is written with it:
-// node pageTest.mjs BROWSER CODECREPORT MAKE-LOG [SCREENSHOT-PREFIX]
+// node pageTest.mjs CODECREPORT MAKE-LOG BROWSER [SCREENSHOT-PREFIX]
 import assert from 'node:assert/strict';
 import { execFileSync } from 'node:child_process';
 import { mkdtempSync, readFileSync, rmSync, statSync, writeFileSync } from 'node:fs';
@@ -10,7 +10,7 @@ import { join } from 'node:path';
 import { pathToFileURL } from 'node:url';
 import { chromium } from 'playwright-core';
 
-const [executablePath, codecreport, makeLog, screenshots] = process.argv.slice(2);
+const [codecreport, makeLog, executablePath, screenshots] = process.argv.slice(2);
 const axe = createRequire(import.meta.url).resolve('axe-core/axe.min.js');
 const LAPTOP = { width: 1366, height: 768 };
 const PHONE = { width: 360, height: 740 };
