@@ -126,6 +126,7 @@ TEST(Compare, thresholdsAreHeld) {
             {"standing.count=50%", true, false},
             {"standing.total_ms=400", false, false},
             {"standing.total_ms=399", true, false},
+            {"causes.application.stood_ms=399", true, false},
             {"stages.codec.p50_ms=0", false, false},
             {"0", true, false},
             {"100000", false, false},
@@ -144,12 +145,16 @@ TEST(Compare, thresholdsAreHeld) {
     Json silent = good;
     silent["sessions"][0]["counts"]["shown_count"] = nullptr;
     EXPECT_EQ(Outcome::WORSE, compare(good, silent, {}).outcome);
+    Json broken = good;
+    broken["sessions"][0]["verdict"]["word"] = "broke off";
+    EXPECT_EQ(Outcome::WORSE, compare(good, broken, {*parseThreshold("100000")}).outcome);
     EXPECT_EQ(Outcome::WORSE, compare(good, {{"sessions", Json::array()}}, {}).outcome);
     // A threshold of its own comes before the one for all.
     std::vector<codecreport::Threshold> own;
     for (const char* text :
          {"0", "counts.dropped_count=1", "report.total_frames_dropped=1", "counts.rendered_count=1",
           "counts.shown_count=1", "counts.never_shown_count=1", "drops.longest_run_frames=1",
+          "causes.application.stood_ms=40", "causes.application.never_shown_count=1",
           "frame_interval.p99_ms=100%"}) {
         own.push_back(*parseThreshold(text));
     }

@@ -7,6 +7,8 @@
 
 #include <map>
 
+#include "model/Incident.h"
+
 namespace android::codecreport {
 
 namespace {
@@ -14,51 +16,72 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 enum class Better { LOWER, HIGHER, NEARER_TO_ZERO };
+// Of the playback of BASE, less is an early end.
+constexpr double kLeastPlayed = 0.9;
+
+enum class Absent { UNKNOWN, ZERO_IF_REPORTED, ZERO_IF_JUDGED };
 
 struct Measure {
     const char* key;
     const char* unit;
     Better better;
-    /** Reported only when it is not 0. */
-    bool zeroWhenAbsent;
+    /** What counts as 0 where it is not there: nothing, or what is told only when it is not 0. */
+    Absent absent;
 };
 
 constexpr Measure kMeasures[] = {
-        {"report.p2_ms", "ms", Better::LOWER, false},
-        {"report.p3_ms", "ms", Better::LOWER, false},
-        {"report.p5_ms", "ms", Better::LOWER, false},
-        {"report.first_frame_ready_ms", "ms", Better::LOWER, false},
-        {"report.stop_ms", "ms", Better::LOWER, true},
-        {"report.total_frames_dropped", "frames", Better::LOWER, true},
-        {"report.max_consecutive_frames_dropped", "frames", Better::LOWER, true},
-        {"report.stream_avg_framerate_fps", "fps", Better::HIGHER, false},
-        {"report.codec_non_fatal_error_count", "errors", Better::LOWER, true},
-        {"counts.rendered_count", "frames", Better::HIGHER, false},
-        {"counts.shown_count", "frames", Better::HIGHER, false},
-        {"counts.never_shown_count", "frames", Better::LOWER, false},
-        {"counts.display_dropped_count", "frames", Better::LOWER, false},
-        {"counts.dropped_count", "frames", Better::LOWER, false},
-        {"counts.error_count", "errors", Better::LOWER, false},
-        {"counts.delayed_output_count", "stalls", Better::LOWER, false},
-        {"counts.repeated_output_count", "frames", Better::LOWER, false},
-        {"drops.run_count", "runs", Better::LOWER, false},
-        {"drops.longest_run_frames", "frames", Better::LOWER, false},
-        {"incident_count", "incidents", Better::LOWER, false},
-        {"standing.count", "pictures", Better::LOWER, false},
-        {"standing.total_ms", "ms", Better::LOWER, false},
-        {"sync.outside_ms", "ms", Better::LOWER, false},
-        {"sync.worst_ms", "ms", Better::NEARER_TO_ZERO, false},
-        {"frame_interval.p99_ms", "ms", Better::LOWER, false},
-        {"lateness.p99_ms", "ms", Better::LOWER, false},
-        {"lateness.max_ms", "ms", Better::LOWER, false},
-        {"stages.decrypt.p50_ms", "ms", Better::LOWER, false},
-        {"stages.decrypt.p99_ms", "ms", Better::LOWER, false},
-        {"stages.codec.p50_ms", "ms", Better::LOWER, false},
-        {"stages.codec.p99_ms", "ms", Better::LOWER, false},
-        {"stages.message.p50_ms", "ms", Better::LOWER, false},
-        {"stages.message.p99_ms", "ms", Better::LOWER, false},
-        {"stages.app.p50_ms", "ms", Better::LOWER, false},
-        {"stages.app.p99_ms", "ms", Better::LOWER, false},
+        {"report.p2_ms", "ms", Better::LOWER, Absent::UNKNOWN},
+        {"report.p3_ms", "ms", Better::LOWER, Absent::UNKNOWN},
+        {"report.p5_ms", "ms", Better::LOWER, Absent::UNKNOWN},
+        {"report.first_frame_ready_ms", "ms", Better::LOWER, Absent::UNKNOWN},
+        {"report.stop_ms", "ms", Better::LOWER, Absent::ZERO_IF_REPORTED},
+        {"report.total_frames_dropped", "frames", Better::LOWER, Absent::ZERO_IF_REPORTED},
+        {"report.max_consecutive_frames_dropped", "frames", Better::LOWER,
+         Absent::ZERO_IF_REPORTED},
+        {"report.stream_avg_framerate_fps", "fps", Better::HIGHER, Absent::UNKNOWN},
+        {"report.codec_non_fatal_error_count", "errors", Better::LOWER, Absent::ZERO_IF_REPORTED},
+        {"counts.rendered_count", "frames", Better::HIGHER, Absent::UNKNOWN},
+        {"counts.shown_count", "frames", Better::HIGHER, Absent::UNKNOWN},
+        {"counts.never_shown_count", "frames", Better::LOWER, Absent::UNKNOWN},
+        {"counts.display_dropped_count", "frames", Better::LOWER, Absent::UNKNOWN},
+        {"counts.dropped_count", "frames", Better::LOWER, Absent::UNKNOWN},
+        {"counts.error_count", "errors", Better::LOWER, Absent::UNKNOWN},
+        {"counts.delayed_output_count", "stalls", Better::LOWER, Absent::UNKNOWN},
+        {"counts.repeated_output_count", "frames", Better::LOWER, Absent::UNKNOWN},
+        {"drops.run_count", "runs", Better::LOWER, Absent::UNKNOWN},
+        {"drops.longest_run_frames", "frames", Better::LOWER, Absent::UNKNOWN},
+        {"incident_count", "incidents", Better::LOWER, Absent::UNKNOWN},
+        {"standing.count", "pictures", Better::LOWER, Absent::UNKNOWN},
+        {"standing.total_ms", "ms", Better::LOWER, Absent::UNKNOWN},
+        {"causes.input_starved.stood_ms", "ms", Better::LOWER, Absent::ZERO_IF_JUDGED},
+        {"causes.input_starved.never_shown_count", "frames", Better::LOWER, Absent::ZERO_IF_JUDGED},
+        {"causes.decryption.stood_ms", "ms", Better::LOWER, Absent::ZERO_IF_JUDGED},
+        {"causes.decryption.never_shown_count", "frames", Better::LOWER, Absent::ZERO_IF_JUDGED},
+        {"causes.codec.stood_ms", "ms", Better::LOWER, Absent::ZERO_IF_JUDGED},
+        {"causes.codec.never_shown_count", "frames", Better::LOWER, Absent::ZERO_IF_JUDGED},
+        {"causes.message_delay.stood_ms", "ms", Better::LOWER, Absent::ZERO_IF_JUDGED},
+        {"causes.message_delay.never_shown_count", "frames", Better::LOWER, Absent::ZERO_IF_JUDGED},
+        {"causes.application.stood_ms", "ms", Better::LOWER, Absent::ZERO_IF_JUDGED},
+        {"causes.application.never_shown_count", "frames", Better::LOWER, Absent::ZERO_IF_JUDGED},
+        {"causes.display_queue.stood_ms", "ms", Better::LOWER, Absent::ZERO_IF_JUDGED},
+        {"causes.display_queue.never_shown_count", "frames", Better::LOWER, Absent::ZERO_IF_JUDGED},
+        {"causes.display_rate.stood_ms", "ms", Better::LOWER, Absent::ZERO_IF_JUDGED},
+        {"causes.display_rate.never_shown_count", "frames", Better::LOWER, Absent::ZERO_IF_JUDGED},
+        {"causes.unknown.stood_ms", "ms", Better::LOWER, Absent::ZERO_IF_JUDGED},
+        {"causes.unknown.never_shown_count", "frames", Better::LOWER, Absent::ZERO_IF_JUDGED},
+        {"sync.outside_ms", "ms", Better::LOWER, Absent::UNKNOWN},
+        {"sync.worst_ms", "ms", Better::NEARER_TO_ZERO, Absent::UNKNOWN},
+        {"frame_interval.p99_ms", "ms", Better::LOWER, Absent::UNKNOWN},
+        {"lateness.p99_ms", "ms", Better::LOWER, Absent::UNKNOWN},
+        {"lateness.max_ms", "ms", Better::LOWER, Absent::UNKNOWN},
+        {"stages.decrypt.p50_ms", "ms", Better::LOWER, Absent::UNKNOWN},
+        {"stages.decrypt.p99_ms", "ms", Better::LOWER, Absent::UNKNOWN},
+        {"stages.codec.p50_ms", "ms", Better::LOWER, Absent::UNKNOWN},
+        {"stages.codec.p99_ms", "ms", Better::LOWER, Absent::UNKNOWN},
+        {"stages.message.p50_ms", "ms", Better::LOWER, Absent::UNKNOWN},
+        {"stages.message.p99_ms", "ms", Better::LOWER, Absent::UNKNOWN},
+        {"stages.app.p50_ms", "ms", Better::LOWER, Absent::UNKNOWN},
+        {"stages.app.p99_ms", "ms", Better::LOWER, Absent::UNKNOWN},
 };
 
 /** What holds without a threshold: what viewers notice, with room for chance. */
@@ -71,6 +94,12 @@ std::vector<Threshold> defaultLimits() {
             {"standing.total_ms", 250}};
 }
 
+bool countsAsZero(const Json& session, Absent absent) {
+    if (absent == Absent::ZERO_IF_REPORTED) return session.value("reported", false);
+    const auto incidents = session.find("incident_count");
+    return absent == Absent::ZERO_IF_JUDGED && incidents != session.end() && incidents->is_number();
+}
+
 std::optional<double> valueOf(const Json& session, const Measure& measure) {
     const Json* at = &session;
     std::string key = measure.key;
@@ -78,8 +107,7 @@ std::optional<double> valueOf(const Json& session, const Measure& measure) {
         const size_t dot = key.find('.');
         const auto it = at->is_object() ? at->find(key.substr(0, dot)) : at->end();
         if (!at->is_object() || it == at->end()) {
-            const bool isReported = session.value("reported", false);
-            return measure.zeroWhenAbsent && isReported ? std::optional<double>(0) : std::nullopt;
+            return countsAsZero(session, measure.absent) ? std::optional<double>(0) : std::nullopt;
         }
         at = &*it;
         key = dot == std::string::npos ? "" : key.substr(dot + 1);
@@ -112,9 +140,43 @@ std::optional<double> limitOf(const Measure& measure, double base,
     return threshold->percent ? fabs(base) * threshold->limit / 100 : threshold->limit;
 }
 
+bool brokeOff(const Json& session) {
+    const auto verdict = session.find("verdict");
+    return verdict != session.end() && verdict->is_object() &&
+           verdict->value("word", "") == toString(Word::BROKE_OFF);
+}
+
+/** Time in which pictures moved; longer playback by what stood is not longer. */
+double movedMs(const Json& session) {
+    const auto playback = session.find("playback_ms");
+    double ms = playback != session.end() && playback->is_number() ? playback->get<double>() : 0;
+    const auto causes = session.find("causes");
+    if (causes == session.end()) return ms;
+    for (const Json& cause : *causes) ms -= cause.value("stood_ms", 0.0);
+    return ms;
+}
+
+/** Whatever the values are: what stopped before its end is no better than what did not. */
+void checkEnd(const Json& base, const Json& now, CompareResult* result) {
+    const char* how = nullptr;
+    if (brokeOff(now) && !brokeOff(base)) {
+        how = "no picture came any more";
+    } else if (base.value("reported", false) && !now.value("reported", false)) {
+        how = "no report of the library";
+    } else if (movedMs(now) > 0 && movedMs(now) < movedMs(base) * kLeastPlayed) {
+        how = "pictures moved for a shorter time";
+    } else {
+        return;
+    }
+    result->unmatched.push_back("NEW ends early: session " + std::to_string(now.value("id", 0)) +
+                                ", " + how);
+    result->exceeds = true;
+}
+
 void comparePair(const Json& base, const Json& now, const std::vector<Threshold>& thresholds,
                  CompareResult* result) {
     ++result->pairs;
+    checkEnd(base, now, result);
     for (const Measure& measure : kMeasures) {
         const auto before = valueOf(base, measure);
         const auto after = valueOf(now, measure);

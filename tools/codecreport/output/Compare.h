@@ -37,7 +37,7 @@ struct Comparison {
 
 struct CompareResult {
     std::vector<Comparison> values;
-    /** Sessions of one side that have no counterpart, and values no longer known, in words. */
+    /** Sessions without a counterpart, early ends and values no longer known, in words. */
     std::vector<std::string> unmatched;
     size_t pairs = 0;
     /** A value is past its limit, or something is missing that was there. */
@@ -52,7 +52,8 @@ bool isComparedKey(const std::string& key);
 /**
  * Compares two reports as toJson makes them, session by session: the first session of a codec tag
  * with the other side's first of that tag, and so on. A value that BASE does not know is left out;
- * one that only NEW does not know, or a session that only BASE has, makes NEW worse. Without a
+ * one that only NEW does not know, a session that only BASE has, or one that ends early, makes NEW
+ * worse. Without a
  * threshold, limits of what viewers notice hold; what the library reports only when it is not 0
  * counts as 0 in a session with a report.
  */

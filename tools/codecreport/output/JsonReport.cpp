@@ -88,14 +88,25 @@ Json renderedOf(const Session& session) {
     return logged(session.rendered > 0 ? session.rendered : session.syncFrames);
 }
 
-/** The frame analytics log every drop; without them the library's report tells, of all but 0. */
-Json droppedOf(const Session& session) {
-    const bool analysed =
-            session.inputs + session.outputs + session.rendered + session.syncFrames > 0;
-    if (session.dropped > 0 || analysed) return session.dropped;
-    const auto total = session.report.find("total_frames_dropped");
-    if (total != session.report.end()) return static_cast<uint64_t>(total->second);
+bool hasFrameLines(const Session& session) {
+    return session.inputs + session.outputs + session.rendered + session.syncFrames > 0;
+}
+
+/**
+ * What the frame analytics count, where they were on; without them the library's report tells, of
+ * all but 0.
+ */
+Json countedOrReported(const Session& session, uint64_t counted, const char* reportKey) {
+    if (counted > 0 || hasFrameLines(session)) return counted;
+    const auto reported = session.report.find(reportKey);
+    if (reported != session.report.end()) return static_cast<uint64_t>(reported->second);
     return session.report.count("total_video_playback_ms") > 0 ? Json(0) : Json(nullptr);
+}
+
+/** Told with the session's end. */
+Json displayDroppedOf(const Session& session) {
+    const bool isTold = session.displayDropped > 0 || session.reported;
+    return isTold ? Json(session.displayDropped) : Json(nullptr);
 }
 
 Json countsOf(const Session& session) {
@@ -105,11 +116,11 @@ Json countsOf(const Session& session) {
             {"input_bytes", logged(session.inputBytes)},
             {"output_count", logged(session.outputs)},
             {"rendered_count", renderedOf(session)},
-            {"dropped_count", droppedOf(session)},
+            {"dropped_count", countedOrReported(session, session.dropped, "total_frames_dropped")},
             {"shown_count", judgement.shown ? Json(*judgement.shown) : Json(nullptr)},
             {"never_shown_count",
              judgement.neverShown ? Json(*judgement.neverShown) : Json(nullptr)},
-            {"display_dropped_count", session.displayDropped},
+            {"display_dropped_count", displayDroppedOf(session)},
             {"seek_count", session.seeks},
             {"flush_count", session.flushes},
             {"format_change_count", session.formatChanges},
@@ -126,8 +137,10 @@ Json dropsOf(const Session& session) {
     for (const auto& [length, count] : session.dropRunLengths) {
         lengths.push_back({{"length_frames", length}, {"run_count", count}});
     }
-    return {{"run_count", session.dropRunCount},
-            {"longest_run_frames", session.longestDropRun},
+    const bool isTold = session.dropRunCount > 0 || hasFrameLines(session);
+    return {{"run_count", isTold ? Json(session.dropRunCount) : Json(nullptr)},
+            {"longest_run_frames",
+             countedOrReported(session, session.longestDropRun, "max_consecutive_frames_dropped")},
             {"lengths", std::move(lengths)}};
 }
 

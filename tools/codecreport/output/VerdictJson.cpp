@@ -57,8 +57,18 @@ Json causesOf(const Judgement& judgement) {
     return causes;
 }
 
-Json cadenceOf(const Cadence& cadence) {
-    return {{"content_fps", known(cadence.contentFps)},
+/** What the frames tell, or else the library's report. */
+Json measuredOrReported(const std::optional<double>& measured, const Session& session,
+                        const char* reportKey) {
+    const auto reported = session.report.find(reportKey);
+    const bool isReported = reported != session.report.end() && reported->second > 0;
+    return known(measured || !isReported ? measured : reported->second);
+}
+
+Json cadenceOf(const Session& session) {
+    const Cadence& cadence = session.judgement.cadence;
+    return {{"content_fps",
+             measuredOrReported(cadence.contentFps, session, "stream_framerate_fps")},
             {"display_hz", known(cadence.displayHz)},
             {"pattern", cadence.pattern.empty() ? Json(nullptr) : Json(cadence.pattern)},
             {"even", cadence.even ? Json(*cadence.even) : Json(nullptr)},
@@ -80,16 +90,19 @@ void addVerdict(const Session& session, Json* json) {
             {"word", toString(judgement.word)},
             {"sentence", judgement.sentence},
             {"missing", judgement.missing.empty() ? Json(nullptr) : Json(judgement.missing)}};
-    (*json)["playback_ms"] = judgement.playbackMs ? Json(*judgement.playbackMs) : Json(nullptr);
-    (*json)["incident_count"] = judgement.incidentCount;
+    (*json)["playback_ms"] =
+            measuredOrReported(judgement.playbackMs, session, "total_video_playback_ms");
+    // Without a line for pictures there is none of what became of them: that is not 0.
+    const bool isTold = judgement.word != Word::CANNOT_TELL;
+    (*json)["incident_count"] = isTold ? Json(judgement.incidentCount) : Json(nullptr);
     (*json)["incidents"] = std::move(incidents);
     (*json)["standing"] = {
-            {"count", standing.count},
-            {"total_ms", standing.totalMs},
-            {"longest_ms", standing.longestMs},
+            {"count", isTold ? Json(standing.count) : Json(nullptr)},
+            {"total_ms", isTold ? Json(standing.totalMs) : Json(nullptr)},
+            {"longest_ms", isTold ? Json(standing.longestMs) : Json(nullptr)},
             {"longest_at_ms", stood ? since(session, standing.longestAtUs) : Json(nullptr)}};
     (*json)["causes"] = causesOf(judgement);
-    (*json)["cadence"] = cadenceOf(judgement.cadence);
+    (*json)["cadence"] = cadenceOf(session);
     (*json)["at_least"] = judgement.atLeast;
 }
 

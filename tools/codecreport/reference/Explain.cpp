@@ -46,6 +46,15 @@ std::string withoutReport(const std::string& key) {
     return at == std::string::npos ? key : key.substr(at + kReport.size());
 }
 
+/** "causes.codec.stood_ms" is one of "sessions[].causes.*.stood_ms". */
+std::string withAnyCause(const std::string& key) {
+    constexpr std::string_view kCauses = "causes.";
+    const size_t at = key.rfind(kCauses);
+    const size_t dot = at == std::string::npos ? at : key.find('.', at + kCauses.size());
+    if (dot == std::string::npos) return key;
+    return key.substr(0, at + kCauses.size()) + "*" + key.substr(dot);
+}
+
 const ReferenceEntry* fieldNamed(const Reference& reference, std::string_view id) {
     for (const Reference::Table& table : reference.tables()) {
         if (table.name != "fields" && table.name != "analysis") continue;
@@ -156,7 +165,7 @@ std::string explain(const Reference& reference, const std::string& key) {
     std::string text;
     for (const Reference::Table& table : reference.tables()) {
         for (const ReferenceEntry& entry : table.entries) {
-            if (isNamed(entry, key)) text += describe(reference, entry);
+            if (isNamed(entry, withAnyCause(key))) text += describe(reference, entry);
         }
     }
     if (text.empty()) text = describeLine(reference, key);
