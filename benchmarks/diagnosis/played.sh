@@ -2,6 +2,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # Plays a clip with codecplay, each time with one or two known faults, and prints what codecreport
 # takes for the cause. As the second half of docs/diagnosis.md has it.
+# shellcheck disable=SC2046,SC2086 # options are lists of words
 set -euo pipefail
 
 usage() {
