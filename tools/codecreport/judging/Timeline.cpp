@@ -5,6 +5,7 @@
 #include <stdlib.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace android::codecreport {
 
@@ -149,6 +150,8 @@ void Timeline::begin(const Frame& frame, JudgedFrame* judged) {
         }
     }
     mScheduleUs = shownUs - frame.ptsUs;
+    const bool wasLate = frame.displayUs != kNoTime && shownUs - frame.displayUs <= kMaxStepUs;
+    mAskedLateUs = wasLate ? std::max<int64_t>(0, shownUs - frame.displayUs) : 0;
     mOffsetsUs.clear();
     mLateUs = 0;
     judged->dueUs = shownUs;
@@ -156,6 +159,9 @@ void Timeline::begin(const Frame& frame, JudgedFrame* judged) {
 }
 
 void Timeline::onDropped(const Frame& frame, JudgedFrame* judged) {
+    // Nobody drops for the first picture's being late but by the time that was asked for.
+    const bool byAsked = mPicturesSinceBegin == 1 && mAskedLateUs > mUsual.toleranceUs;
+    if (byAsked) mScheduleUs -= std::exchange(mAskedLateUs, 0);
     const int64_t dueUs = frame.ptsUs + mScheduleUs;
     judged->dueUs = dueUs;
     judged->jank = Jank::DROPPED;

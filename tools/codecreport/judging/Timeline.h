@@ -69,6 +69,8 @@ class Timeline {
     int64_t mPicturesSinceBegin = 0;
     /** Due time minus timestamp, while playback keeps one; and of the latest pictures. */
     int64_t mScheduleUs = 0;
+    /** By how much the first picture since playback began missed the time asked for. */
+    int64_t mAskedLateUs = 0;
     std::deque<int64_t> mOffsetsUs;
     int64_t mLateUs = 0;
     bool mLostSincePicture = false;
