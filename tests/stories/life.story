@@ -1,35 +1,25 @@
 # A codec's life: names, start-up, the service, the reset.
 
 story whenConfigured_namesTheCodec: catches a word of a codec's tag, or a format's name, that is another codec's
-define tag = configure $* ; getCodecFormat $2
+define tag = configure $*
 tag c2.android.avc.decoder video/avc ; tag OMX.vendor.hevc video/hevc flags=1 ; tag OMX.vendor.hevc video/hevc flags=2
     I [BRISK] SW.c2.video.avc P2 + 1000
-    = avc
     I [BRISK] tunneled.HW.omx.video.hevc P2 + 1000
-    = hevc
     I [BRISK] HW.omx.video.hevc P2 + 1000
-    = hevc
 tag C2.Android.vp9 video/x-vnd.on2.vp9 flags=1 ; tag OMX.google.vp8.decoder video/x-vnd.on2.vp8 ; tag OMX.GOOGLE.dec video/mp4v-es
     I [BRISK] SW.c2.video.vp9 P2 + 1000
-    = vp9
     I [BRISK] SW.omx.video.vp8 P2 + 1000
-    = vp8
     I [BRISK] HW.omx.video.mp4v P2 + 1000
-    = mp4v
 tag c2.android.aac.decoder audio/mp4a-latm ; tag OMX.vendor.dec audio/ac3 flags=1 ; tag vendor.dec audio/g711-alaw
     I [BRISK] SW.c2.audio.mp4a P2 + 1000
-    = mp4a
     I [BRISK] VND.omx.audio.ac3 P2 + 1000
-    = ac3
     I [BRISK] VND.audio.g711 P2 + 1000
-    = g711
 tag vendor.dec audio/amr-wb ; tag c2.vendor audio ; tag c2.vendor text/a/b
     I [BRISK] VND.audio.amr P2 + 1000
-    = amr
     I [BRISK] VND.c2.audio.audio P2 + 1000
-    = audio
     I [BRISK] VND.c2.unknown.a/b P2 + 1000
-    = a/b
+getCodecFormat video/x-vnd.on2.vp9 ; getCodecFormat audio ; getCodecFormat text/a/b
+    = vp9 | audio | a/b
 
 story whenANameIsEmpty_theProcessDies: catches a precondition that is not held to
 fork configure "" video/avc
@@ -57,18 +47,10 @@ displayQueries
 
 story thePackageName_isThatOfTheProcess: catches a name that is too short or too long, and the pid in its place
 define packageOf = Create process=$1 ; configure c2.v audio/mp4a-latm ; logMetrics ; replacePkgNameWithPid
-/^=/ packageOf com.app:svc
-    = com.app:svc.VND.c2.audio.mp4a | <pid of the process>
-/^=/ packageOf abc
-    = abc.VND.c2.audio.mp4a | <pid of the process>
-/^=/ packageOf ab
-    = com.android.mediaplayer.VND.c2.audio.mp4a | <pid of the process>
-/^=/ packageOf "x"*69
-    = x{69}.VND.c2.audio.mp4a | <pid of the process>
-/^=/ packageOf "x"*80
-    = x{69}.VND.c2.audio.mp4a | <pid of the process>
-/^=/ packageOf %s%n%1000000d%\x01
-    = %s%n%1000000d%\x01.VND.c2.audio.mp4a | <pid of the process>
+/^=/ packageOf com.app:svc ; packageOf abc ; packageOf ab
+    = com.app:svc.VND.c2.audio.mp4a | <pid of the process> | abc.VND.c2.audio.mp4a | <pid of the process> | com.android.mediaplayer.VND.c2.audio.mp4a | <pid of the process>
+/^=/ packageOf "x"*69 ; packageOf "x"*80 ; packageOf %s%n%1000000d%\x01
+    = x{69}.VND.c2.audio.mp4a | <pid of the process> | x{69}.VND.c2.audio.mp4a | <pid of the process> | %s%n%1000000d%\x01.VND.c2.audio.mp4a | <pid of the process>
 Create ; replacePkgNameWithPid ; replacePkgNameWithPid com.android.mediaplayer:svc
     = 99999999 | 99999999:svc
 # The text is not compared, only measured.

@@ -329,24 +329,16 @@ define mask = debug $1 ; omx ; announce 1 ; queue 1 ; updateOutputFrame 1 ; show
 
 story drops_areTracedAfterThePropertyThatAsksForIt: catches a counter before its property, and a bit that traces nothing
 ~begin ; debug 0x10 ; omx ; traceTags video ; feed 1000
-dropIt 1000
-    I/ZMediaAnalyticV Pre-Render Drop:1000(9999) TD:1 FARD:(-1) FAD:0(-1) AL:10001(10000) FL:-10000(-10001) 0/1
-    W/ZMediaAnalyticV mFramesOwnedByUs is 0 unexpectedly
+/trace/ dropIt 1000
     property_set mediaanalytic.atrace=on
     trace drop_sysTime=10000
 ~traceTags audio ; feed 1000
-dropIt 1000
-    I/ZMediaAnalyticV Pre-Render Drop:1000(9999) TD:1 FARD:(-1) FAD:0(-1) AL:10001(10000) FL:-10000(-10001) 0/1
-    W/ZMediaAnalyticV mFramesOwnedByUs is 0 unexpectedly
+/trace/ dropIt 1000
     property_set mediaanalytic.atrace=on
 ~debug 0xef ; omx ; traceTags video ; feed 1000
-dropIt 1000
-    I/ZMediaAnalyticV Pre-Render Drop:1000(9999) TD:1 FARD:(-1) FAD:0(-1) AL:10001(10000) FL:-10000(-10001) 0/1
-    W/ZMediaAnalyticV mFramesOwnedByUs is 0 unexpectedly
+/trace/ dropIt 1000
 ~debug 0x10 ; omx ; propertiesFail ; feed 1000
-dropIt 1000
-    I/ZMediaAnalyticV Pre-Render Drop:1000(9999) TD:1 FARD:(-1) FAD:0(-1) AL:10001(10000) FL:-10000(-10001) 0/1
-    W/ZMediaAnalyticV mFramesOwnedByUs is 0 unexpectedly
+/trace/ dropIt 1000
     property_set mediaanalytic.atrace=on
     trace drop_sysTime=10000
 
