@@ -73,12 +73,10 @@ TEST(FramePoints, keepTheWorstOfTheirNeighbours) {
     }
     EXPECT_LE(frames.points().size(), FramePoints::kMax);
     EXPECT_GT(frames.stride(), 1u);
-    const auto has = [&frames](int64_t pts) {
-        return std::any_of(frames.points().begin(), frames.points().end(),
-                           [pts](const FramePoint& p) { return p.ptsUs == pts; });
-    };
-    EXPECT_TRUE(has(12'345));
-    EXPECT_TRUE(has(33'333));
+    for (const int64_t worst : {12'345, 33'333}) {
+        EXPECT_TRUE(std::any_of(frames.points().begin(), frames.points().end(),
+                                [&](const FramePoint& p) { return p.ptsUs == worst; }));
+    }
 }
 
 /** One line's place: what its clock shows, what it says of the monotonic clock, where it comes. */

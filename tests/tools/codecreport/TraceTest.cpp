@@ -187,12 +187,12 @@ std::string traceBytes(const std::string& log) {
     return readFile(path);
 }
 
-Event* named(std::vector<Event>* events, const std::string& name) {
-    for (Event& event : *events) {
-        if (event.name == name) return &event;
+Event named(const std::vector<Event>& events, const std::string& name) {
+    for (const Event& event : events) {
+        if (event.name == name) return event;
     }
     ADD_FAILURE() << "no " << name;
-    return nullptr;
+    return {};
 }
 
 /** Two seconds in, a frame is held for 400 ms; after a flush the library's numbers start over. */
@@ -237,10 +237,10 @@ TEST(Trace, framesStandWhereTheyWereInTimeAndUnderTheirCodec) {
     }
 
     // Frame 51 was held from its output on, 77 ms before its time, for 67 and 400 more.
-    Event* held = named(&trace.events["app"], "frame 51");
-    EXPECT_EQ((100'160 + 50 * 40 - 77) * kMs, held->beginNs);
-    EXPECT_EQ(467 * kMs, held->endNs - held->beginNs);
-    EXPECT_EQ(std::to_string(50 * 40'000), held->arguments["pts_us"]);
+    Event held = named(trace.events["app"], "frame 51");
+    EXPECT_EQ((100'160 + 50 * 40 - 77) * kMs, held.beginNs);
+    EXPECT_EQ(467 * kMs, held.endNs - held.beginNs);
+    EXPECT_EQ(std::to_string(50 * 40'000), held.arguments["pts_us"]);
     // All of its stages hang together, and no other frame's with them.
     std::map<uint64_t, std::set<std::string>> flows;
     for (const char* stage : {"decrypt", "codec", "message", "app", "lead"}) {
@@ -271,20 +271,20 @@ TEST(Trace, incidentsHaveTheirCauseAndFramesTheirJank) {
         EXPECT_THAT(incident.arguments[name], HasSubstr(value)) << name;
     }
 
-    const Event* expected = named(&trace.events["expected on display"], "frame 51");
-    Event* actual = named(&trace.events["actual on display"], "frame 51");
-    EXPECT_EQ((100'160 + 50 * 40) * kMs, expected->beginNs);
-    EXPECT_EQ(40 * kMs, expected->endNs - expected->beginNs);
-    EXPECT_EQ(400 * kMs, actual->beginNs - expected->beginNs);
-    EXPECT_EQ("400", actual->arguments["late_ms"]);
-    EXPECT_EQ("application", actual->arguments["cause"]);
-    EXPECT_EQ(incident.arguments["incident"], actual->arguments["incident"]);
+    Event expected = named(trace.events["expected on display"], "frame 51");
+    Event actual = named(trace.events["actual on display"], "frame 51");
+    EXPECT_EQ((100'160 + 50 * 40) * kMs, expected.beginNs);
+    EXPECT_EQ(40 * kMs, expected.endNs - expected.beginNs);
+    EXPECT_EQ(400 * kMs, actual.beginNs - expected.beginNs);
+    EXPECT_EQ("400", actual.arguments["late_ms"]);
+    EXPECT_EQ("application", actual.arguments["cause"]);
+    EXPECT_EQ(incident.arguments["incident"], actual.arguments["incident"]);
     // The picture before it stood all the while; dropped ones never were there.
-    const Event* before = named(&trace.events["actual on display"], "frame 50");
-    EXPECT_EQ(actual->beginNs, before->endNs);
-    Event* dropped = named(&trace.events["actual on display"], "frame 81");
-    EXPECT_EQ("dropped", dropped->arguments["jank"]);
-    EXPECT_EQ(dropped->beginNs, dropped->endNs);
+    Event before = named(trace.events["actual on display"], "frame 50");
+    EXPECT_EQ(actual.beginNs, before.endNs);
+    Event dropped = named(trace.events["actual on display"], "frame 81");
+    EXPECT_EQ("dropped", dropped.arguments["jank"]);
+    EXPECT_EQ(dropped.beginNs, dropped.endNs);
 }
 
 TEST(Trace, framesOfALateRenderAndAfterAFlushAreTold) {
@@ -306,9 +306,9 @@ TEST(Trace, framesOfALateRenderAndAfterAFlushAreTold) {
     std::set<std::string> names;
     for (const Event& event : trace.events["lead"]) names.insert(event.name);
     EXPECT_EQ(60u, names.size());
-    Event* late = named(&trace.events["lead"], "frame 60 late");
-    EXPECT_EQ("-17", late->arguments["lead_ms"]);
-    EXPECT_EQ(17 * kMs, late->endNs - late->beginNs);
+    Event late = named(trace.events["lead"], "frame 60 late");
+    EXPECT_EQ("-17", late.arguments["lead_ms"]);
+    EXPECT_EQ(17 * kMs, late.endNs - late.beginNs);
 }
 
 TEST(Trace, canBeJoinedWithAnotherAndHoldsAnyText) {
