@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
 # Plays a clip with codecplay, each time with one or two known faults, and prints what codecreport
-# takes for the cause. As the second half of docs/diagnosis.md has it.
+# takes for the cause. As docs/diagnosis.md has it.
 # shellcheck disable=SC2046,SC2086 # options are lists of words
 set -euo pipefail
 
@@ -9,7 +9,7 @@ usage() {
     cat <<'EOF'
 usage: played.sh [-v] [FOLDER]
 
-Plays about 80 sessions of 7 s in presentation pace, two at a time (5 minutes). Clips, logs and a
+Plays 72 sessions of 7 s in presentation pace, two at a time (4.5 minutes). Clips, logs and a
 database of them (all.db) stay in FOLDER (build/diagnosis). With -v, also what was told wrongly.
 A busy machine is a fault as well: run it with `nice -n -10` or `chrt -r 10`.
 
