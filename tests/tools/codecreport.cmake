@@ -18,7 +18,7 @@ mcl_add_test(codecreport_test
     LIBS codecreport_synthetic_log codecreport_parts codecreport_trace_proto LibArchive::LibArchive)
 add_dependencies(codecreport_test codecreport)
 target_compile_definitions(codecreport_test PRIVATE CODECREPORT="$<TARGET_FILE:codecreport>"
-    LIBRARY_SOURCES="${CMAKE_SOURCE_DIR}/mediaCodecLogger")
+    LIBRARY_SOURCES="${CMAKE_SOURCE_DIR}/mediaCodecLogger" STORIES="${CMAKE_SOURCE_DIR}/tests/stories")
 
 add_executable(codecreport_make_log codecreport/makeLog.cpp)
 target_link_libraries(codecreport_make_log PRIVATE codecreport_synthetic_log)
@@ -27,37 +27,35 @@ target_link_libraries(codecreport_make_log PRIVATE codecreport_synthetic_log)
 add_test(NAME Codecreport.documentsAreUpToDate
     COMMAND ${CMAKE_SOURCE_DIR}/scripts/docs.sh --check $<TARGET_FILE:codecreport>)
 
-# One of the programs in JavaScript that read what codecreport writes, with the packages of its
-# folder, brought by `npm <NPM_COMMAND>`: packages that are large, so scripts/packages-ci.txt.
-function(codecreport_add_node_test NAME FOLDER NPM_COMMAND)
-    set(from ${CMAKE_CURRENT_SOURCE_DIR}/codecreport/${FOLDER})
-    set(to ${CMAKE_CURRENT_BINARY_DIR}/codecreport-${FOLDER})
-    set(files package.json package-lock.json .npmrc ${FOLDER}Test.mjs)
-    list(TRANSFORM files PREPEND ${from}/ OUTPUT_VARIABLE sources)
-    set(stamp ${to}/node_modules/.package-lock.json)
-    file(MAKE_DIRECTORY ${to})
-    add_custom_command(
-        OUTPUT ${stamp}
-        COMMAND ${CMAKE_COMMAND} -E copy_if_different ${sources} ${to}
-        COMMAND ${CMAKE_COMMAND} -E chdir ${to}
-                ${NPM} ${NPM_COMMAND} --ignore-scripts --no-audit --no-fund --loglevel=error
-        COMMAND ${CMAKE_COMMAND} -E touch ${stamp}
-        DEPENDS ${sources}
-        COMMENT "npm ${NPM_COMMAND}: codecreport's ${FOLDER}Test"
-        VERBATIM)
-    add_custom_target(codecreport_${FOLDER}_test ALL DEPENDS ${stamp})
-    add_test(NAME ${NAME}
-        COMMAND ${MCL_NODE} ${to}/${FOLDER}Test.mjs $<TARGET_FILE:codecreport>
-                $<TARGET_FILE:codecreport_make_log> ${ARGN})
-    set_tests_properties(${NAME} PROPERTIES TIMEOUT 120)
-endfunction()
-
+# Programs in JavaScript that read what codecreport writes: the page in a browser, the rows in an
+# engine of columns. They come with large packages, so scripts/packages-ci.txt; of those built per
+# system the lock file names the one for Linux on x86-64 only.
 find_program(MCL_CHROMIUM chromium)
 find_program(MCL_NODE node)
 if(MCL_CHROMIUM AND MCL_NODE)
-    codecreport_add_node_test(Codecreport.pageInABrowser page ci ${MCL_CHROMIUM})
-    # Its lock file names the engine's build for Linux on x86-64 only.
-    codecreport_add_node_test(Codecreport.rowsInAnEngineOfColumns rows install)
+    set(nodeDir ${CMAKE_CURRENT_BINARY_DIR}/codecreport-node)
+    set(nodeFiles package.json package-lock.json .npmrc pageTest.mjs rowsTest.mjs)
+    list(TRANSFORM nodeFiles PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/codecreport/node/)
+    set(nodeStamp ${nodeDir}/node_modules/.package-lock.json)
+    file(MAKE_DIRECTORY ${nodeDir})
+    add_custom_command(
+        OUTPUT ${nodeStamp}
+        COMMAND ${CMAKE_COMMAND} -E copy_if_different ${nodeFiles} ${nodeDir}
+        COMMAND ${CMAKE_COMMAND} -E chdir ${nodeDir}
+                ${NPM} ci --ignore-scripts --no-audit --no-fund --loglevel=error
+        COMMAND ${CMAKE_COMMAND} -E touch ${nodeStamp}
+        DEPENDS ${nodeFiles}
+        COMMENT "npm ci: what codecreport's tests in JavaScript need"
+        VERBATIM)
+    add_custom_target(codecreport_node_tests ALL DEPENDS ${nodeStamp})
+    add_test(NAME Codecreport.pageInABrowser
+        COMMAND ${MCL_NODE} ${nodeDir}/pageTest.mjs $<TARGET_FILE:codecreport>
+                $<TARGET_FILE:codecreport_make_log> ${MCL_CHROMIUM})
+    add_test(NAME Codecreport.rowsInAnEngineOfColumns
+        COMMAND ${MCL_NODE} ${nodeDir}/rowsTest.mjs $<TARGET_FILE:codecreport>
+                $<TARGET_FILE:codecreport_make_log>)
+    set_tests_properties(Codecreport.pageInABrowser Codecreport.rowsInAnEngineOfColumns
+        PROPERTIES TIMEOUT 120)
 else()
     message(STATUS "No test of codecreport's page in a browser, nor of its rows in another engine: "
                    "they need scripts/packages-ci.txt")
