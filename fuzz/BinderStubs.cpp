@@ -28,8 +28,7 @@ using GeneratedService = test::FakeObserverService<media::BnMediaCodecLoggerServ
 /** Keeps whatever registers as a client, and asks it. */
 struct CodecService : test::FakeCodecService {
     void registerClient(int64_t id, const sp<IMediaCodecLoggerClient>& client) override {
-        FakeCodecService::registerClient(id, client);
-        activeClient = client;
+        test::FakeCodecService::registerClient(id, client);
         if (client == nullptr) return;
         int width = 0, height = 0;
         client->getStatus();
@@ -38,7 +37,7 @@ struct CodecService : test::FakeCodecService {
     }
     int32_t isInMitigateFrameDropAllowlist(const char* packageName) override {
         FUZZ_CHECK(packageName != nullptr);
-        return FakeCodecService::isInMitigateFrameDropAllowlist(packageName);
+        return test::FakeCodecService::isInMitigateFrameDropAllowlist(packageName);
     }
 };
 
@@ -110,14 +109,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     logger->profileP2End();
     stubs.wereReached();
     {
-        const sp<IBinder> client = IInterface::asBinder(service->activeClient);
+        const sp<IBinder> client = IInterface::asBinder(service->client());
         const std::vector<sp<IBinder>> objects = {client, service, generated, listener,
                                                   new BBinder};
         fuzz::Bytes in(data, size);
         while (!in.atEnd()) call(in, stubs, objects);
     }
     test::OneServiceManager::instance().setService(nullptr);
-    service->activeClient = nullptr;
+    service->registerClient(0, nullptr);
     FUZZ_CHECK(service->getStrongCount() == 2, "the logger and this hold it\n");
     FUZZ_CHECK(generated->getStrongCount() == 1);
     FUZZ_CHECK(listener->getStrongCount() == 1);

@@ -1,113 +1,158 @@
 // SPDX-License-Identifier: Apache-2.0
-// Implementations of the interfaces that write down what reaches them and answer fixed values, and
-// the calls that every form of the service interface has, with their bytes.
+// What the tests of the wire share: the calls that every form of the service interface has, with
+// their bytes, and both ends of them. Bytes are hexadecimal words of four in memory order.
 #pragma once
 
 #include <limits>
 #include <memory>
 
+#include <stdio.h>
+
 #include <functional>
-#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include <mediaCodecLogger/binder/IMediaCodecLoggerService.h>
-#include <tests/binder/WireTest.h>
+#include <binder/Parcel.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <tests/support/LoggerServices.h>
+#include <tests/support/RecordingService.h>
 
 namespace android::test {
 
-/** The calls that an object received, one text each: the name and the arguments. */
-class CallLog {
+inline std::string hexOf(const Parcel& parcel) {
+    std::string hex;
+    for (size_t i = 0; i < parcel.dataSize(); i++) {
+        char digits[3];
+        snprintf(digits, sizeof(digits), "%02x", parcel.data()[i]);
+        if (i > 0 && i % 4 == 0) hex += ' ';
+        hex += digits;
+    }
+    return hex;
+}
+
+inline void setHex(Parcel* parcel, const std::string& hex) {
+    std::vector<uint8_t> bytes;
+    uint8_t byte;
+    int used;
+    for (const char* c = hex.c_str(); sscanf(c, " %2hhx%n", &byte, &used) == 1; c += used) {
+        bytes.push_back(byte);
+    }
+    parcel->setData(bytes.data(), bytes.size());
+    parcel->setDataPosition(0);
+}
+
+// How every request starts, by interface: strict-mode word, work source, 'SYST', descriptor.
+#define TOKEN(length)                                                                           \
+    "00000080 ffffffff 54535953 " length                                                        \
+    " 61006e00 64007200 6f006900 64002e00 6d006500 "                                            \
+    "64006900 61002e00 49004d00 65006400 69006100 43006f00 64006500 63004c00 6f006700 67006500" \
+    " 7200"
+#define CLIENT_TOKEN TOKEN("25000000") "4300 6c006900 65006e00 74000000"
+#define SERVICE_TOKEN TOKEN("26000000") "5300 65007200 76006900 63006500 00000000"
+#define LISTENER_TOKEN TOKEN("27000000") "4c00 69007300 74006500 6e006500 72000000"
+
+/** A binder object of this process: any two addresses, and the system's stability; a pattern. */
+#define LOCAL_BINDER "852a6273 13010000 ........ ........ ........ ........ 0c000000"
+#define NULL_BINDER "852a6273 13010000 00000000 00000000 00000000 00000000 00000000"
+#define EX_NULL_POINTER_REPLY "fcffffff 00000000 00000000 00000000"
+
+/** One call as it was on the wire. */
+struct Transaction {
+    uint32_t code;
+    uint32_t flags;
+    std::string request;
+    status_t result;
+    std::string reply;
+};
+
+/** A peer in another process, as it were; keeps the last transaction. */
+class Boundary : public MortalRemote {
   public:
-    std::vector<std::string> takeCalls() { return std::exchange(mCalls, {}); }
+    using MortalRemote::MortalRemote;
+    const Transaction& last() const { return mLast; }
 
   protected:
-    template <typename... Arguments>
-    void received(const char* call, const Arguments&... arguments) {
-        std::ostringstream text;
-        text << call;
-        ((text << ' ' << arguments), ...);
-        mCalls.push_back(text.str());
-    }
-
-    static std::string quoted(const char* text) {
-        return text != nullptr ? "'" + std::string(text) + "'" : "null";
+    status_t onTransact(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags) override {
+        mLast = {code, flags, hexOf(data), MortalRemote::onTransact(code, data, reply, flags), ""};
+        mLast.reply = hexOf(*reply);
+        return mLast.result;
     }
 
   private:
+    Transaction mLast{};
+};
+
+/** A peer that gives every call the same answer. */
+class CannedPeer : public BBinder {
+  public:
+    CannedPeer(status_t result, const std::string& reply = "") : mResult(result), mReply(reply) {}
+
+  protected:
+    status_t onTransact(uint32_t, const Parcel&, Parcel* reply, uint32_t) override {
+        Parcel answer;
+        setHex(&answer, mReply);
+        reply->appendFrom(&answer, 0, answer.dataSize());
+        return mResult;
+    }
+
+  private:
+    const status_t mResult;
+    const std::string mReply;
+};
+
+/** Sends bytes to a stub, as any peer can. A reply that the call failed with does not travel. */
+inline Transaction sendRaw(const sp<IBinder>& stub, uint32_t code, const std::string& request) {
+    Parcel data;
+    Parcel reply;
+    setHex(&data, request);
+    const status_t result = stub->transact(code, data, &reply);
+    return {code, 0, request, result, hexOf(reply)};
+}
+
+/** "-4 no listener" or "-129 DEAD_OBJECT as a number"; "ok". */
+inline std::string textOf(const binder::Status& status) {
+    if (status.isOk()) return "ok";
+    if (status.exceptionCode() == binder::Status::EX_TRANSACTION_FAILED) {
+        return "failed " + std::to_string(status.transactionError());
+    }
+    return std::to_string(status.exceptionCode()) + " " + status.exceptionMessage().string();
+}
+
+/** Keeps the calls, as texts. It may be a default implementation, whose owner deletes it. */
+template <typename Recording>
+class Keeping : public Recording {
+  public:
+    Keeping() { this->extendObjectLifetime(RefBase::OBJECT_LIFETIME_WEAK); }
+    std::vector<std::string> takeCalls() { return std::exchange(mCalls, {}); }
+
+  private:
+    void onCall(const std::string& call) override { mCalls.push_back(call); }
+
     std::vector<std::string> mCalls;
 };
-
-/** The eight methods that every form of the service interface has; `Stub` is that form's stub. */
 template <typename Stub, typename Listener>
-class FakeObserverService : public Stub, public CallLog {
-  public:
-    binder::Status status;  // what every method returns
-    sp<Listener> lastListener;
-
-    binder::Status registerListener(const sp<Listener>& listener, int64_t* result) override {
-        received(listener != nullptr ? "registerListener" : "registerListener(null)", *result);
-        lastListener = listener;
-        *result = 43;
-        return status;
-    }
-    binder::Status unregisterListener(int64_t listenerId) override {
-        received("unregisterListener", listenerId);
-        return status;
-    }
-    binder::Status getActiveVideoClients(std::vector<int64_t>* result) override {
-        received("getActiveVideoClients");
-        result->assign({1, -1});
-        return status;
-    }
-    binder::Status getTimeSinceLastFrameRendered(int64_t clientId, int64_t* result) override {
-        return answer("getTimeSinceLastFrameRendered", clientId, result, 44);
-    }
-    binder::Status getUid(int64_t clientId, int32_t* result) override {
-        return answer("getUid", clientId, result, 45);
-    }
-    binder::Status getBufferCountSinceLastFlush(int64_t clientId, int64_t* result) override {
-        return answer("getBufferCountSinceLastFlush", clientId, result, 46);
-    }
-    binder::Status isVideoClientUsingSecureMem(int64_t clientId, bool* result) override {
-        return answer("isVideoClientUsingSecureMem", clientId, result, 1);
-    }
-    binder::Status setMitigateFrameDropAllowlist(const std::unique_ptr<std::string>& text,
-                                                 const std::vector<std::string>& listA,
-                                                 const std::vector<std::string>& listB) override {
-        received("setMitigateFrameDropAllowlist", quoted(text ? text->c_str() : nullptr),
-                 listOf(listA), listOf(listB));
-        return status;
-    }
-
-  private:
-    template <typename T>
-    binder::Status answer(const char* call, int64_t clientId, T* result, int value) {
-        received(call, clientId, *result);
-        *result = static_cast<T>(value);
-        return status;
-    }
-};
+using FakeObserverService = Keeping<RecordingObserverService<Stub, Listener>>;
+using FakeCodecService = Keeping<RecordingService>;
 
 template <typename Stub>
-class FakeListenerOf : public Stub, public CallLog {
-  public:
-    binder::Status status;
-
+class RecordingListener : public Recording<Stub> {
     binder::Status notifyFirstFrameRendered(int64_t clientId) override {
-        received("notifyFirstFrameRendered", clientId);
-        return status;
+        this->received("notifyFirstFrameRendered", clientId);
+        return this->status;
     }
     binder::Status notifyOutBufferAvailableAfterDelay(int64_t clientId, int64_t delayMs) override {
-        received("notifyOutBufferAvailableAfterDelay", clientId, delayMs);
-        return status;
+        this->received("notifyOutBufferAvailableAfterDelay", clientId, delayMs);
+        return this->status;
     }
     binder::Status notifyVideoClientUnregistered(int32_t value) override {
-        received("notifyVideoClientUnregistered", value);
-        return status;
+        this->received("notifyVideoClientUnregistered", value);
+        return this->status;
     }
 };
+template <typename Stub>
+using FakeListenerOf = Keeping<RecordingListener<Stub>>;
 using FakeListener = FakeListenerOf<media::BnMediaCodecLoggerListener>;
 
 /** A client that overrides only what it must. */
@@ -123,40 +168,6 @@ class FakeClient : public BnMediaCodecLoggerClient {
         height = 1080;
     }
     void getClientColorProperties(int& value) override { value = -2; }
-};
-
-/** The whole service as codecs see it. */
-class FakeCodecService
-    : public FakeObserverService<BnMediaCodecLoggerService, media::IMediaCodecLoggerListener> {
-  public:
-    sp<IMediaCodecLoggerClient> activeClient = new FakeClient;
-
-    void registerClient(int64_t id, const sp<IMediaCodecLoggerClient>& client) override {
-        received("registerClient", id,
-                 client != nullptr ? client->getPackageName().string() : "null");
-    }
-    void unregisterClient(int64_t id) override { received("unregisterClient", id); }
-    sp<IMediaCodecLoggerClient> getActiveVideoClient(int64_t& id) override {
-        received("getActiveVideoClient", id);
-        id = 42;
-        return activeClient;
-    }
-    void updateHidlMediaMetrics(const char* first, const char* second, const bool& flagA,
-                                const bool& flagB) override {
-        received("updateHidlMediaMetrics", quoted(first), quoted(second), flagA, flagB);
-    }
-    void onFirstFrameRendered(int64_t id) override { received("onFirstFrameRendered", id); }
-    void onOutBufferAvailableAfterDelay(int64_t id, int64_t delayMs) override {
-        received("onOutBufferAvailableAfterDelay", id, delayMs);
-    }
-    int32_t isInMitigateFrameDropAllowlist(const char* packageName) override {
-        received("isInMitigateFrameDropAllowlist", packageName);
-        return 47;
-    }
-    String8 getOldestAudioClientCodec() override {
-        received("getOldestAudioClientCodec");
-        return String8("aac");
-    }
 };
 
 constexpr int64_t kId = 0x7f00'0000'1234;
@@ -183,8 +194,8 @@ void expectBytes(const ServiceCall<Caller>& call, Caller& proxy, const Boundary&
     const Transaction& sent = boundary.last();
     EXPECT_EQ(sent.code, call.code);
     EXPECT_EQ(sent.flags, call.flags);
-    EXPECT_THAT(sent.request, HasBytes(std::string(SERVICE_TOKEN) + call.arguments));
-    EXPECT_THAT(sent.reply, HasBytes(call.reply));
+    EXPECT_THAT(sent.request, testing::MatchesRegex(std::string(SERVICE_TOKEN) + call.arguments));
+    EXPECT_THAT(sent.reply, testing::MatchesRegex(call.reply));
     EXPECT_THAT(service.takeCalls(), testing::ElementsAre(call.received));
 }
 
@@ -200,7 +211,8 @@ template <typename Form>
 std::vector<ServiceCall<typename Form::Service>> serviceCalls() {
     using Service = typename Form::Service;
     return {
-            {7, 0, " " LOCAL_BINDER, "00000000 2b000000 00000000", "registerListener 0", "ok 43",
+            {7, 0, " " LOCAL_BINDER, "00000000 2b000000 00000000", "registerListener(true, 0)",
+             "ok 43",
              [](auto& service) {
                  // Either form's stub must see a foreign binder, as from another process.
                  const sp<typename Form::Listener> listener = new typename Form::ListenerProxy(
@@ -209,35 +221,35 @@ std::vector<ServiceCall<typename Form::Service>> serviceCalls() {
                  const auto status = service.registerListener(listener, &id);
                  return textOf(status) + " " + std::to_string(id);
              }},
-            {8, 1, " 2b000000 00000000", "", "unregisterListener 43", "ok",
+            {8, 1, " 2b000000 00000000", "", "unregisterListener(43)", "ok",
              [](auto& service) { return textOf(service.unregisterListener(43)); }},
             {9, 0, "", "00000000 02000000 01000000 00000000 ffffffff ffffffff",
-             "getActiveVideoClients", "ok {1 -1}",
+             "getActiveVideoClients()", "ok { 1, -1 }",
              [](auto& service) {
                  std::vector<int64_t> ids{5};
                  const auto status = service.getActiveVideoClients(&ids);
-                 return textOf(status) + " " + listOf(ids);
+                 return textOf(status) + " " + testing::PrintToString(ids);
              }},
             {10, 0, ID, "00000000 2c000000 00000000",
-             "getTimeSinceLastFrameRendered 139637976732212 0", "ok 44",
+             "getTimeSinceLastFrameRendered(139637976732212, 0)", "ok 44",
              [](auto& service) { return about(service, &Service::getTimeSinceLastFrameRendered); }},
-            {11, 0, ID, "00000000 2d000000", "getUid 139637976732212 0", "ok 45",
+            {11, 0, ID, "00000000 2d000000", "getUid(139637976732212, 0)", "ok 45",
              [](auto& service) { return about(service, &Service::getUid); }},
             {12, 0, ID, "00000000 2e000000 00000000",
-             "getBufferCountSinceLastFlush 139637976732212 0", "ok 46",
+             "getBufferCountSinceLastFlush(139637976732212, 0)", "ok 46",
              [](auto& service) { return about(service, &Service::getBufferCountSinceLastFlush); }},
-            {13, 0, ID, "00000000 01000000", "isVideoClientUsingSecureMem 139637976732212 0",
+            {13, 0, ID, "00000000 01000000", "isVideoClientUsingSecureMem(139637976732212, false)",
              "ok 1",
              [](auto& service) { return about(service, &Service::isVideoClientUsingSecureMem); }},
             {14, 0,
              " 03000000 e9003dd8 00de0000 02000000 01000000 61000000 00000000 00000000 00000000",
-             "00000000", "setMitigateFrameDropAllowlist 'é😀' {a } {}", "ok",
+             "00000000", "setMitigateFrameDropAllowlist(é😀, 'a''', )", "ok",
              [](auto& service) {
                  return textOf(service.setMitigateFrameDropAllowlist(
                          std::make_unique<std::string>("é😀"), {"a", ""}, {}));
              }},
             {14, 0, " ffffffff 00000000 01000000 02000000 62006300 00000000", "00000000",
-             "setMitigateFrameDropAllowlist null {} {bc}", "ok",
+             "setMitigateFrameDropAllowlist(null, , 'bc')", "ok",
              [](auto& service) {
                  return textOf(service.setMitigateFrameDropAllowlist(nullptr, {}, {"bc"}));
              }},

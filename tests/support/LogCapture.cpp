@@ -6,22 +6,13 @@
 #include <stdio.h>
 #include <stdlib.h>
 
-#include <mutex>
 #include <sstream>
-#include <utility>
 
 namespace {
 
-using android::test::LogLine;
-
-/** liblog formats into so many bytes, the NUL included. */
-constexpr size_t kTextSize = 1024;
-
 struct Log {
     std::mutex lock;
-    bool isCaptured = false;
-    std::vector<LogLine> lines;
-    std::function<void(const LogLine&)> listener;
+    std::function<void(const android::test::LogLine&)> listener;
 };
 
 // Never destroyed: destructors of other statics may still log.
@@ -30,8 +21,19 @@ Log& log() {
     return instance;
 }
 
-const char* textOrEmpty(const char* text) {
-    return text == nullptr ? "" : text;
+void print(int priority, const char* tag, const std::string& before, const char* format,
+           va_list arguments) {
+    char text[1024];  // as much as liblog formats, the NUL included
+    vsnprintf(text, sizeof(text), format, arguments);
+    const android::test::LogLine line{priority, tag, before + text};
+    std::lock_guard<std::mutex> guard(log().lock);
+    if (log().listener) {
+        log().listener(line);
+    } else {
+        std::ostringstream out;
+        out << line << '\n';
+        fputs(out.str().c_str(), stderr);
+    }
 }
 
 }  // namespace
@@ -39,44 +41,20 @@ const char* textOrEmpty(const char* text) {
 // The two functions take precedence over liblog's for every library of the process.
 
 extern "C" int __android_log_print(int priority, const char* tag, const char* format, ...) {
-    char text[kTextSize];
     va_list arguments;
     va_start(arguments, format);
-    vsnprintf(text, sizeof(text), format, arguments);
+    print(priority, tag, "", format, arguments);
     va_end(arguments);
-
-    LogLine line{priority, textOrEmpty(tag), text};
-    std::lock_guard<std::mutex> guard(log().lock);
-    if (log().listener) {
-        log().listener(line);
-    } else if (log().isCaptured) {
-        log().lines.push_back(std::move(line));
-    } else {
-        std::ostringstream out;
-        out << line << '\n';
-        fputs(out.str().c_str(), stderr);
-    }
     return 1;
 }
 
 extern "C" void __android_log_assert(const char* condition, const char* tag, const char* format,
                                      ...) {
-    char text[kTextSize] = "";
-    if (format != nullptr) {
-        va_list arguments;
-        va_start(arguments, format);
-        vsnprintf(text, sizeof(text), format, arguments);
-        va_end(arguments);
-    }
-    const LogLine line{ANDROID_LOG_FATAL, textOrEmpty(tag),
-                       textOrEmpty(condition) + (": " + std::string(text))};
-    if (log().listener) {
-        log().listener(line);
-    } else {
-        std::ostringstream out;
-        out << line << '\n';
-        fputs(out.str().c_str(), stderr);
-    }
+    va_list arguments;
+    va_start(arguments, format);
+    print(ANDROID_LOG_FATAL, tag, std::string(condition != nullptr ? condition : "") + ": ",
+          format != nullptr ? format : "", arguments);
+    va_end(arguments);
     abort();
 }
 
@@ -91,30 +69,6 @@ std::ostream& operator<<(std::ostream& out, const LogLine& line) {
 void setLogListener(std::function<void(const LogLine&)> listener) {
     std::lock_guard<std::mutex> guard(log().lock);
     log().listener = std::move(listener);
-}
-
-LogCapture::LogCapture() {
-    std::lock_guard<std::mutex> guard(log().lock);
-    if (std::exchange(log().isCaptured, true)) {
-        fputs("there is a LogCapture already\n", stderr);
-        abort();
-    }
-}
-
-LogCapture::~LogCapture() {
-    std::lock_guard<std::mutex> guard(log().lock);
-    log().isCaptured = false;
-    log().lines.clear();
-}
-
-std::vector<LogLine> LogCapture::lines() const {
-    std::lock_guard<std::mutex> guard(log().lock);
-    return log().lines;
-}
-
-std::vector<LogLine> LogCapture::take() {
-    std::lock_guard<std::mutex> guard(log().lock);
-    return std::exchange(log().lines, {});
 }
 
 }  // namespace android::test

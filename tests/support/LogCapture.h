@@ -2,8 +2,10 @@
 #pragma once
 
 #include <functional>
+#include <mutex>
 #include <ostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace android::test {
@@ -22,28 +24,33 @@ struct LogLine {
 /** "W/Tag: text" */
 std::ostream& operator<<(std::ostream& out, const LogLine& line);
 
-/** Every line goes there as it is logged, also the fatal one; called on the logging thread. */
+/**
+ * Every line that any library logs goes there as it is logged, also the fatal one, after which the
+ * process aborts; called on the logging thread, one line at a time. Without a listener lines go to
+ * standard error.
+ */
 void setLogListener(std::function<void(const LogLine&)> listener);
 
-/**
- * Keeps what any library logs through __android_log_print while it exists; without one, lines go to
- * standard error. At most one at a time. Thread-safe.
- *
- * __android_log_assert is no line: it prints "F/Tag: condition: message" to standard error and
- * aborts, for EXPECT_DEATH to see.
- */
+/** Keeps the lines while it exists, at most one at a time. Thread-safe. */
 class LogCapture {
   public:
-    LogCapture();
-    ~LogCapture();
+    LogCapture() {
+        setLogListener([this](const LogLine& line) {
+            std::lock_guard<std::mutex> guard(mLock);
+            mLines.push_back(line);
+        });
+    }
+    ~LogCapture() { setLogListener(nullptr); }
 
-    LogCapture(const LogCapture&) = delete;
-    LogCapture& operator=(const LogCapture&) = delete;
+    /** The lines since the last call, oldest first. */
+    std::vector<LogLine> take() {
+        std::lock_guard<std::mutex> guard(mLock);
+        return std::exchange(mLines, {});
+    }
 
-    /** The lines so far, oldest first. */
-    std::vector<LogLine> lines() const;
-    /** The same, without keeping them. */
-    std::vector<LogLine> take();
+  private:
+    std::mutex mLock;
+    std::vector<LogLine> mLines;
 };
 
 }  // namespace android::test

@@ -6,38 +6,17 @@
 #include <poll.h>
 #include <signal.h>
 #include <spawn.h>
-#include <stdio.h>
 #include <stdlib.h>
 #include <sys/wait.h>
-#include <time.h>
 #include <unistd.h>
 
+#include <fstream>
 #include <iterator>
 #include <sstream>
 
 namespace android::test {
 
 namespace {
-
-int64_t nowMs() {
-    timespec now;
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return now.tv_sec * INT64_C(1000) + now.tv_nsec / 1000000;
-}
-
-std::vector<char*> pointers(std::vector<std::string>& texts) {
-    std::vector<char*> result;
-    for (std::string& text : texts) result.push_back(text.data());
-    result.push_back(nullptr);
-    return result;
-}
-
-/** What runs a program of another architecture, word by word; empty where that is not needed. */
-std::vector<std::string> emulator() {
-    const char* command = getenv("MCL_EMULATOR");
-    std::istringstream words(command == nullptr ? "" : command);
-    return {std::istream_iterator<std::string>(words), {}};
-}
 
 /** Appends what can be read; closes the descriptor at its end. */
 void readSome(int* fd, std::string* text) {
@@ -53,15 +32,13 @@ void readSome(int* fd, std::string* text) {
 
 }  // namespace
 
-Process::Process(const std::vector<std::string>& command,
-                 const std::vector<std::string>& environment) {
+Process::Process(const std::vector<std::string>& command) {
     int out[2];
     int err[2];
     if (pipe2(out, O_CLOEXEC) != 0 || pipe2(err, O_CLOEXEC) != 0) return;
-    std::vector<std::string> arguments = emulator();
-    arguments.insert(arguments.end(), command.begin(), command.end());
-    std::vector<std::string> variables = environment;
-    for (char** entry = environ; *entry; ++entry) variables.emplace_back(*entry);
+    std::vector<char*> arguments;
+    for (const std::string& word : command) arguments.push_back(const_cast<char*>(word.c_str()));
+    arguments.push_back(nullptr);
 
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
@@ -78,8 +55,7 @@ Process::Process(const std::vector<std::string>& command,
     posix_spawnattr_setsigdefault(&attributes, &signals);
     sigemptyset(&signals);
     posix_spawnattr_setsigmask(&attributes, &signals);
-    if (posix_spawnp(&mPid, arguments[0].c_str(), &actions, &attributes, pointers(arguments).data(),
-                     pointers(variables).data()) != 0) {
+    if (posix_spawnp(&mPid, arguments[0], &actions, &attributes, arguments.data(), environ) != 0) {
         mPid = -1;
     }
     posix_spawnattr_destroy(&attributes);
@@ -103,38 +79,34 @@ void Process::signal(int number) {
     if (mPid > 0) kill(mPid, number);
 }
 
-bool Process::collect(int timeoutMs) {
+bool Process::collect(Clock::time_point end) {
     pollfd streams[] = {{mOut, POLLIN, 0}, {mErr, POLLIN, 0}};
-    if (mOut < 0 && mErr < 0) return false;
-    if (poll(streams, 2, timeoutMs) > 0) {
+    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - Clock::now());
+    if ((mOut < 0 && mErr < 0) || left.count() <= 0) return false;
+    if (poll(streams, 2, static_cast<int>(left.count())) > 0) {
         if (streams[0].revents) readSome(&mOut, &mResult.out);
         if (streams[1].revents) readSome(&mErr, &mResult.err);
     }
     return true;
 }
 
-bool Process::waitForOutput(const std::string& text, int timeoutMs) {
-    const int64_t endMs = nowMs() + timeoutMs;
-    for (;;) {
-        if (mResult.out.find(text) != std::string::npos ||
-            mResult.err.find(text) != std::string::npos) {
-            return true;
-        }
-        const int64_t leftMs = endMs - nowMs();
-        if (leftMs <= 0 || !collect(static_cast<int>(leftMs))) return false;
+bool Process::waitForOutput(const std::string& text) {
+    const Clock::time_point end = Clock::now() + std::chrono::seconds(20);
+    const auto isIn = [&text](const std::string& all) { return all.find(text) != all.npos; };
+    while (!isIn(mResult.out) && !isIn(mResult.err)) {
+        if (!collect(end)) return false;
     }
+    return true;
 }
 
 ProcessResult Process::wait(int timeoutMs) {
-    const int64_t endMs = nowMs() + timeoutMs;
-    int64_t leftMs;
-    while ((leftMs = endMs - nowMs()) > 0 && collect(static_cast<int>(leftMs))) {
+    const Clock::time_point end = Clock::now() + std::chrono::milliseconds(timeoutMs);
+    while (collect(end)) {
     }
     if (mPid > 0) {
-        if (leftMs <= 0) signal(SIGKILL);
+        if (mOut >= 0 || mErr >= 0) signal(SIGKILL);
         int status = 0;
-        while (waitpid(mPid, &status, 0) < 0 && errno == EINTR) {
-        }
+        waitpid(mPid, &status, 0);
         mResult.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
         mPid = -1;
     }
@@ -148,20 +120,13 @@ ProcessResult runProcess(const std::vector<std::string>& command, int timeoutMs)
 std::vector<std::string> splitLines(const std::string& text) {
     std::vector<std::string> lines;
     std::istringstream stream(text);
-    std::string line;
-    while (std::getline(stream, line)) lines.push_back(line);
+    for (std::string line; std::getline(stream, line);) lines.push_back(line);
     return lines;
 }
 
 std::string readFile(const std::string& path) {
-    std::string text;
-    FILE* file = fopen(path.c_str(), "rb");
-    if (!file) return text;
-    char buffer[65536];
-    size_t got;
-    while ((got = fread(buffer, 1, sizeof(buffer), file)) > 0) text.append(buffer, got);
-    fclose(file);
-    return text;
+    std::ifstream file(path);
+    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 }  // namespace android::test

@@ -3,6 +3,7 @@
 
 #include <sys/types.h>
 
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -22,13 +23,8 @@ struct ProcessResult {
  */
 class Process {
   public:
-    /**
-     * Starts a program, looked up in PATH unless the name has a slash.
-     *
-     * @param environment NAME=VALUE entries besides those of this process
-     */
-    explicit Process(const std::vector<std::string>& command,
-                     const std::vector<std::string>& environment = {});
+    /** Starts a program, looked up in PATH unless the name has a slash. */
+    explicit Process(const std::vector<std::string>& command);
     ~Process();
     Process(const Process&) = delete;
     Process& operator=(const Process&) = delete;
@@ -36,14 +32,15 @@ class Process {
     pid_t pid() const { return mPid; }
     void signal(int number);
 
-    /** Collects output until `text` stands in it; false at the end of output or after the time. */
-    bool waitForOutput(const std::string& text, int timeoutMs = 20000);
+    /** Collects output until `text` stands in it; false at its end or after 20 seconds. */
+    bool waitForOutput(const std::string& text);
     /** Waits for the end; a program that takes longer is killed. */
     ProcessResult wait(int timeoutMs = 60000);
 
   private:
-    /** Reads what is there, waiting for it up to the time; false when both streams have ended. */
-    bool collect(int timeoutMs);
+    using Clock = std::chrono::steady_clock;
+    /** Reads what is there or comes; false when both streams have ended, or the time has come. */
+    bool collect(Clock::time_point end);
 
     pid_t mPid = -1;
     int mOut = -1;

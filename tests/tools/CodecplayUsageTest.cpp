@@ -2,6 +2,7 @@
 // codecplay as a command: options, streams, exit codes, signals.
 #include <fcntl.h>
 #include <signal.h>
+#include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -130,12 +131,12 @@ TEST(CodecplayUsageTest, signalsEndEveryWait) {
 }
 
 TEST(CodecplayUsageTest, serviceThatHangsIsLeftBehind) {
-    const std::vector<std::string> environment = {"HOSTBINDER_DIR=" + scratchFile("binder")};
-    Process service({CODECLOGGERD}, environment);
+    setenv("HOSTBINDER_DIR", scratchFile("binder").c_str(), 1);
+    Process service({CODECLOGGERD});
     ASSERT_TRUE(service.waitForOutput("serving"));
     service.signal(SIGSTOP);
     const std::string log = scratchFile("log");
-    Process process({CODECPLAY, "--json", "--log", log, ordinaryClip()}, environment);
+    Process process({CODECPLAY, "--json", "--log", log, ordinaryClip()});
     waitForFile(log);
     usleep(200'000);
     process.signal(SIGTERM);
