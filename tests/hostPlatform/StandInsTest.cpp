@@ -9,7 +9,6 @@
 
 #include <media/AudioParameter.h>
 #include <media/stagefright/foundation/AMessage.h>
-#include <media/stagefright/foundation/AString.h>
 #include <media/stagefright/foundation/ColorUtils.h>
 #include <tests/support/LogCapture.h>
 #include <tests/support/ScopedProperties.h>
@@ -68,19 +67,6 @@ TEST(AudioParameterTest, getIntReadsTheLeadingNumberOrGives0) {
         EXPECT_EQ(AudioParameter(String8(pairs)).getInt(String8("key"), value), status) << pairs;
         EXPECT_EQ(value, expected) << pairs;
     }
-}
-
-TEST(AStringTest, findAndAppendAreThoseOfADevice) {
-    const AString text("abcabc");
-    EXPECT_EQ(text.find("c", 3), 5);
-    EXPECT_EQ(text.find("x"), -1);
-    EXPECT_EQ(text.find("", 6), 6);
-    EXPECT_DEATH(text.find("", 7), "F/AString");
-    AString numbers;
-    numbers.append(UINT64_MAX);
-    numbers.append(true);
-    numbers.append(1.5f);
-    EXPECT_STREQ(numbers.c_str(), "1844674407370955161511.500000");
 }
 
 /** The standard that a decoder's becomes on its way to the display. */

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 mcl_add_test(host_binder_test
-    SOURCES libbinder/CrossProcessTest.cpp libbinder/DeadPeerTest.cpp
+    SOURCES libbinder/CrossProcessTest.cpp
         libbinder/TransportTest.cpp ../support/Process.cpp
     LIBS test_support hostPlatform)
 

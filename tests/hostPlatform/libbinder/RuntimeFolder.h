@@ -21,6 +21,7 @@ class RuntimeFolder {
         std::error_code ignored;
         std::filesystem::remove_all(mPath, ignored);
     }
+    std::filesystem::path path() const { return mPath; }
 
   private:
     char mPath[32] = "/tmp/binder_test_XXXXXX";

@@ -5,14 +5,13 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <stdlib.h>
 #include <string.h>
 #include <unistd.h>
 
 #include <filesystem>
-#include <functional>
 
 #include "hostPlatform/libbinder/transport/Message.h"
+#include "tests/hostPlatform/libbinder/RuntimeFolder.h"
 #include "tests/support/LogCapture.h"
 
 namespace android::test {
@@ -25,18 +24,13 @@ using ::testing::ElementsAre;
 
 class RuntimeDirTest : public ::testing::Test {
   protected:
-    RuntimeDirTest() {
-        char path[] = "/tmp/runtime_dir_XXXXXX";
-        mRoot = mkdtemp(path);
-    }
-    ~RuntimeDirTest() override { fs::remove_all(mRoot); }
-
     static RuntimeDir dirAt(const fs::path& path) {
         setenv("HOSTBINDER_DIR", path.c_str(), 1);
         return RuntimeDir();
     }
 
-    fs::path mRoot;
+    const RuntimeFolder mFolder;
+    const fs::path mRoot = mFolder.path();
     LogCapture mLog;
 };
 
@@ -74,38 +68,31 @@ TEST_F(RuntimeDirTest, whatCrashesLeftIsSweptAndNothingElse) {
 }
 
 TEST(MessageTest, whatNoContinuationMakesAMessageIsInvalid) {
-    const auto setWord = [](size_t at, uint32_t value) {
-        return [=](std::vector<uint8_t>& b) { memcpy(&b[at], &value, sizeof(value)); };
-    };
     Message message(MessageKind::kCall, 1);
     message.chain = {{{7, 9}, 4}};
     message.payload.data.resize(60);
     message.payload.objects = {{4, {{7, 9}, 11}}, {28, {{8, 10}, 12}}};
     const std::vector<uint8_t> valid = encodeMessage(message);
-    // Offsets: body from 16, calls at 32, payload's sizes at 56, its bytes at 64, objects
-    // at 124.
+    const auto body = static_cast<uint32_t>(valid.size() - 16);
+    // Offsets: body from 16, calls at 32, payload's sizes at 56, its bytes at 64, objects at 124.
     const struct {
         const char* name;
-        std::function<void(std::vector<uint8_t>&)> change;
-    } cases[] = {
-            {"giant length", setWord(0, 0xffffffff)},
-            {"body longer than its fields",
-             [](std::vector<uint8_t>& b) {
-                 b[0]++;
-                 b.push_back(0);
-             }},
-            {"a giant number of calls", setWord(32, 0xffffffff)},
-            {"a giant number of objects", setWord(60, 0xffffffff)},
-            {"unaligned object", setWord(124, 2)},
-            {"overlapping objects", setWord(124, 8)},
-            {"object past the end", setWord(148, 40)},
-    };
-    for (const auto& c : cases) {
+        size_t at;
+        uint32_t word;
+    } cases[] = {{"giant length", 0, 0xffffffff},
+                 {"body longer than its fields", 0, body + 1},
+                 {"a giant number of calls", 32, 0xffffffff},
+                 {"a giant number of objects", 60, 0xffffffff},
+                 {"unaligned object", 124, 2},
+                 {"overlapping objects", 124, 8},
+                 {"object past the end", 148, 40}};
+    for (const auto& [name, at, word] : cases) {
         std::vector<uint8_t> bytes = valid;
-        c.change(bytes);
+        memcpy(&bytes[at], &word, sizeof(word));
+        bytes.push_back(0);
         size_t used;
         EXPECT_EQ(Decoded::kInvalid, decodeMessage(bytes.data(), bytes.size(), &message, &used))
-                << c.name;
+                << name;
     }
 }
 
