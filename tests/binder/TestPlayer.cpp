@@ -25,6 +25,7 @@ using namespace android;
 namespace {
 
 std::atomic<bool> gStop{false};
+std::atomic<int> gToPlay{0};  // codecs that have not yet shown a second frame
 
 void play(const std::string& kind) {
     const sp<MediaCodecLogger> logger = MediaCodecLogger::Create(-1, 10057);
@@ -48,7 +49,7 @@ void play(const std::string& kind) {
             logger->updatePTSTime(pts, false, 1);
             logger->updateFrameDropCounters(pts, true);
             logger->resetConsecutiveFrameDropFlag(-1, pts, false, 1);
-            if (frame == 1) fprintf(stderr, "playing %s\n", kind.c_str());
+            if (frame == 1 && configuration == 0 && --gToPlay == 0) fprintf(stderr, "all play\n");
             if (isBusy && frame % 10 == 9) logger->updateMetricsForFlush();
             usleep(isBusy ? 1000 : 20000);
         }
@@ -59,7 +60,6 @@ void play(const std::string& kind) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc < 3) return 2;
     // The library takes the package name from the command line, which therefore begins with it.
     if (strcmp(argv[0], argv[1]) != 0) {
         argv[0] = argv[1];
@@ -68,6 +68,7 @@ int main(int argc, char** argv) {
     }
     signal(SIGTERM, [](int) { gStop = true; });
     ProcessState::self()->startThreadPool();
+    gToPlay = argc - 2;
     std::vector<std::thread> threads;
     for (int i = 2; i < argc; ++i) threads.emplace_back(play, argv[i]);
     for (std::thread& thread : threads) thread.join();
