@@ -21,9 +21,6 @@
         }                                                                                \
     } while (false)
 
-/** Locks of the pthread library that the calling thread holds at present, of whatever library. */
-int heldLocks();
-
 namespace android::fuzz {
 
 /** Takes an input apart from its beginning on; behind its end all is 0 and empty. */

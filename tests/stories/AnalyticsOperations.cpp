@@ -41,7 +41,7 @@ void updateInputFramePre(Args& a) {
     const std::string data = a.named("data", "");
     const std::string iv = a.named("iv", "");
     const auto samples = subSamplesOf(a.named("samples", ""));
-    const auto size = static_cast<size_t>(a.namedNumber("size", static_cast<int64_t>(data.size())));
+    const int64_t size = a.namedNumber("size", data.size());
     const long timeUs = a.pts();
     const bool isFollowed = analytics().updateInputFrame_pre(
             a.stage.codec, bytesOf(data), size, nullptr, bytesOf(iv), samples.size(),
@@ -69,8 +69,8 @@ const Operations& analyticsOperations() {
              [](Args& a) {
                  const long key = a.namedNumber("key", a.stage.key);
                  const long bufferKey = a.namedNumber("bufferKey", key);
-                 const std::string name = a.text(a.stage.codecName.c_str());
-                 unlessOk(analytics().addCodec(name.c_str(), a.stage.codec, key, bufferKey));
+                 unlessOk(analytics().addCodec(a.text(a.stage.codecName.c_str()).c_str(),
+                                               a.stage.codec, key, bufferKey));
              }},
             {"removeCodec", [](Args& a) { unlessOk(analytics().removeCodec(a.stage.codec)); }},
             {"isEnabled", [](Args&) { result(analytics().isEnabled()); }},
@@ -78,7 +78,7 @@ const Operations& analyticsOperations() {
             {"updateInputFrame_pre", updateInputFramePre},
             {"updateInputFrame",
              [](Args& a) {
-                 const auto size = static_cast<size_t>(a.namedNumber("size", 1000));
+                 const int64_t size = a.namedNumber("size", 1000);
                  const std::string format = a.named("format", a.stage.codecName.c_str());
                  const long timeUs = a.pts();
                  analytics().updateInputFrame(a.stage.codec, size, timeUs, false,
@@ -87,52 +87,43 @@ const Operations& analyticsOperations() {
             {"updateOmxInput",
              [](Args& a) {
                  const std::string data = a.named("data", "");
-                 const auto flags = static_cast<unsigned>(a.namedNumber("flags", 0));
-                 const auto owned = static_cast<int>(a.namedNumber("owned", 3));
-                 const int64_t size = a.namedNumber(
-                         "size", data.empty() ? 1000 : static_cast<int64_t>(data.size()));
-                 analytics().updateOmxInput(a.stage.codec, bytesOf(data), static_cast<size_t>(size),
-                                            a.pts(), owned, flags);
+                 const int64_t size = a.namedNumber("size", data.empty() ? 1000 : data.size());
+                 analytics().updateOmxInput(a.stage.codec, bytesOf(data), size, a.pts(),
+                                            a.namedNumber("owned", 3), a.namedNumber("flags", 0));
              }},
             {"updateOutputFrame",
              [](Args& a) { analytics().updateOutputFrame(a.stage.codec, a.pts()); }},
             {"updateOmxOutput",
              [](Args& a) {
-                 const long key = a.namedNumber("key", a.stage.key);
-                 const auto flags = static_cast<int>(a.namedNumber("flags", 0));
-                 const auto size = static_cast<unsigned>(a.namedNumber("size", 500));
-                 analytics().updateOmxOutput(key, a.pts(), flags, size);
+                 analytics().updateOmxOutput(a.namedNumber("key", a.stage.key), a.pts(),
+                                             a.namedNumber("flags", 0), a.namedNumber("size", 500));
              }},
             {"updateC2Output",
              [](Args& a) {
-                 const auto flags = static_cast<unsigned>(a.namedNumber("flags", 0));
-                 analytics().updateC2Output(a.stage.codec, a.pts(), flags);
+                 analytics().updateC2Output(a.stage.codec, a.pts(), a.namedNumber("flags", 0));
              }},
             {"updateACodecOutput",
              [](Args& a) {
                  const sp<GraphicBuffer> buffer = graphicBuffer(a.flag("graphic"));
                  const std::string data = a.named("data", "");
-                 analytics().updateACodecOutput(
-                         a.stage.codec, bytesOf(data), buffer.get(),
-                         static_cast<size_t>(
-                                 a.namedNumber("size", static_cast<int64_t>(data.size()))));
+                 analytics().updateACodecOutput(a.stage.codec, bytesOf(data), buffer.get(),
+                                                a.namedNumber("size", data.size()));
              }},
             {"flush", [](Args& a) { analytics().flush(a.stage.codec); }},
             {"updateCCodecConfigs",
              [](Args& a) {
-                 const bool isVideo = !a.flag("notVideo");
-                 const bool isOff = a.flag("off");
-                 analytics().updateCCodecConfigs(a.stage.codec, isVideo, isOff, !a.flag("encoder"));
+                 analytics().updateCCodecConfigs(a.stage.codec, !a.flag("notVideo"), a.flag("off"),
+                                                 !a.flag("encoder"));
              }},
             {"updateBuffers",
              [](Args& a) {
                  const bool isVideo = !a.flag("notVideo");
                  const bool isOff = a.flag("off");
                  const bool isDecoder = !a.flag("encoder");
-                 const long key = a.flag("byKey") ? a.stage.key : a.namedNumber("key", 0);
-                 const auto port = static_cast<unsigned>(a.number());
-                 const auto count = static_cast<size_t>(a.number());
-                 const auto minUndequeued = static_cast<size_t>(a.number(0));
+                 const long key = a.namedNumber("key", 0);
+                 const int64_t port = a.number();
+                 const int64_t count = a.number();
+                 const int64_t minUndequeued = a.number(0);
                  if (key != 0) {
                      analytics().updateBuffers(key, port, count, minUndequeued);
                  } else {
@@ -147,8 +138,7 @@ const Operations& analyticsOperations() {
              }},
             {"dropFrameAnalyze",
              [](Args& a) {
-                 const bool isRendered = a.flag("rendered");
-                 analytics().dropFrameAnalyze(a.stage.codec, a.pts(), isRendered);
+                 analytics().dropFrameAnalyze(a.stage.codec, a.pts(), a.flag("rendered"));
              }},
             {"updateQueueBuffer",
              [](Args& a) {
@@ -161,7 +151,7 @@ const Operations& analyticsOperations() {
             {"updateDequeueBuffer",
              [](Args& a) {
                  const auto* buffer = reinterpret_cast<const void*>(a.number());
-                 const auto owned = static_cast<size_t>(a.namedNumber("owned", 3));
+                 const int64_t owned = a.namedNumber("owned", 3);
                  analytics().updateDequeueBuffer(a.stage.codec, a.time(1000), buffer, owned);
              }},
     };

@@ -147,10 +147,12 @@ void Journal::outcome(const std::string& text) {
     const std::string line = shown(text);
     const bool isLeftOut = mFilter[0] == '^' ? line.compare(0, mFilter.size() - 1, mFilter, 1) != 0
                                              : line.find(mFilter) == std::string::npos;
-    if (isLeftOut) return;
-    if (mTimes == 0 || line != mLast || isResult(mLast)) flush();
-    mLast = line;
-    ++mTimes;
+    if (!isLeftOut) {
+        if (mTimes == 0 || line != mLast || isResult(mLast)) flush();
+        mLast = line;
+        ++mTimes;
+    }
+    if (mHook && line.find(mHookText) != std::string::npos) std::exchange(mHook, nullptr)();
 }
 
 void Journal::result(const std::string& value) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -44,6 +45,11 @@ class Journal {
         flush();
         mFilter = std::move(text);
     }
+    /** What happens once, while a record or call that holds this text comes out. */
+    void setHook(std::string text, std::function<void()> action) {
+        mHookText = std::move(text);
+        mHook = std::move(action);
+    }
     /** Writes what still waits for more. */
     void flush();
 
@@ -52,6 +58,8 @@ class Journal {
 
     int mFd = -1;
     std::string mFilter;
+    std::string mHookText;
+    std::function<void()> mHook;
     /** The last line and how often it came; it waits for more of the same. */
     std::string mLast;
     int mTimes = 0;

@@ -78,15 +78,14 @@ const Operations& loggerOperations() {
     static const Operations& operations = *new Operations{
             {"configure",
              [](Args& a) {
-                 const auto flags = static_cast<unsigned>(a.namedNumber("flags", 0));
-                 const auto width = static_cast<int>(a.namedNumber("maxWidth", 0));
-                 const auto height = static_cast<int>(a.namedNumber("maxHeight", 0));
-                 const bool isEncoder = a.flag("encoder");
-                 const bool loggingOff = a.flag("loggingOff");
+                 const bool isDecoder = !a.flag("encoder");
+                 const bool isLogged = !a.flag("loggingOff");
+                 const int64_t flags = a.namedNumber("flags", 0);
+                 const int64_t width = a.namedNumber("maxWidth", 0);
+                 const int64_t height = a.namedNumber("maxHeight", 0);
                  const std::string name = a.text("c2.vendor.avc.decoder");
-                 const std::string mime = a.text("video/avc");
-                 loggerOf(a).configure(name.c_str(), mime.c_str(), flags, !isEncoder, width, height,
-                                       a.stage.codec, !loggingOff);
+                 loggerOf(a).configure(name.c_str(), a.text("video/avc").c_str(), flags, isDecoder,
+                                       width, height, a.stage.codec, isLogged);
              }},
             {"resetMetricsData", plain<&Logger::resetMetricsData>},
             {"replacePkgNameWithPid",
@@ -95,8 +94,7 @@ const Operations& loggerOperations() {
                  const std::string text = a.text("");
                  result(loggerOf(a).replacePkgNameWithPid(isNull ? nullptr : text.c_str()));
              }},
-            {"mapResolution",
-             [](Args& a) { result(loggerOf(a).mapResolution(static_cast<unsigned>(a.number()))); }},
+            {"mapResolution", [](Args& a) { result(loggerOf(a).mapResolution(a.number())); }},
             {"updateDisplaySize", plain<&Logger::updateDisplaySize>},
             {"getCodecFormat",
              [](Args& a) {
@@ -107,13 +105,11 @@ const Operations& loggerOperations() {
             // Playback
             {"updatePTSTime",
              [](Args& a) {
-                 const bool isEos = a.flag("eos");
-                 const int64_t count = a.namedNumber("count", 1);
-                 loggerOf(a).updatePTSTime(a.pts(), isEos, static_cast<unsigned long>(count));
+                 loggerOf(a).updatePTSTime(a.pts(), a.flag("eos"), a.namedNumber("count", 1));
              }},
             {"logRepeatPTS",
              [](Args& a) {
-                 const auto repeats = static_cast<int>(a.number());
+                 const int64_t repeats = a.number();
                  loggerOf(a).logRepeatPTS(repeats, a.pts());
              }},
             {"checkRepeatedInputPTS", [](Args& a) { loggerOf(a).checkRepeatedInputPTS(a.pts()); }},
@@ -176,16 +172,13 @@ const Operations& loggerOperations() {
              }},
             {"logInputBufferBitrate",
              [](Args& a) {
-                 const bool isSecure = a.flag("secure");
-                 const bool isInSecureMemory = a.flag("secureMemory");
-                 const int64_t size = a.namedNumber("size", 1000);
-                 loggerOf(a).logInputBufferBitrate(static_cast<unsigned long>(size), a.pts(),
-                                                   isSecure, isInSecureMemory);
+                 loggerOf(a).logInputBufferBitrate(a.namedNumber("size", 1000), a.pts(),
+                                                   a.flag("secure"), a.flag("secureMemory"));
              }},
             {"performBitrateCalculationAndTracking",
              [](Args& a) {
-                 const auto size = static_cast<unsigned long>(a.namedNumber("size", 1000));
-                 loggerOf(a).performBitrateCalculationAndTracking(size, a.pts());
+                 loggerOf(a).performBitrateCalculationAndTracking(a.namedNumber("size", 1000),
+                                                                  a.pts());
              }},
             {"isAtmosDetected", ask<bool, &Logger::isAtmosDetected>},
             // Frame drops and notifications
@@ -197,11 +190,9 @@ const Operations& loggerOperations() {
              }},
             {"resetConsecutiveFrameDropFlag",
              [](Args& a) {
-                 const bool fromTunnel = a.flag("fromTunnel");
-                 const int64_t count = a.namedNumber("count", 1);
                  const long renderTimeNs = a.time(1);
-                 loggerOf(a).resetConsecutiveFrameDropFlag(renderTimeNs, a.pts(), fromTunnel,
-                                                           static_cast<unsigned long>(count));
+                 loggerOf(a).resetConsecutiveFrameDropFlag(
+                         renderTimeNs, a.pts(), a.flag("fromTunnel"), a.namedNumber("count", 1));
              }},
             {"checkAndNotifyOutBufferAvailableAfterDelay",
              plain<&Logger::checkAndNotifyOutBufferAvailableAfterDelay>},
@@ -215,16 +206,14 @@ const Operations& loggerOperations() {
             {"logToBuffers",
              [](Args& a) {
                  const std::string key = a.text();
-                 loggerOf(a).logToBuffers(key.c_str(), static_cast<unsigned long>(a.number()));
+                 loggerOf(a).logToBuffers(key.c_str(), a.number());
              }},
             {"logFramerateToPulse",
              [](Args& a) {
-                 const bool isNull = a.flag("null");
-                 const bool isNullCodec = a.flag("nullCodec");
-                 const float fps = strtof(a.text().c_str(), nullptr);
-                 result(loggerOf(a).logFramerateToPulse(
-                         isNull ? nullptr : "com.android.mediaplayer",
-                         isNullCodec ? nullptr : "avc", fps));
+                 const char* package = a.flag("null") ? nullptr : "com.android.mediaplayer";
+                 const char* codec = a.flag("nullCodec") ? nullptr : "avc";
+                 result(loggerOf(a).logFramerateToPulse(package, codec,
+                                                        strtof(a.text().c_str(), nullptr)));
              }},
             {"getFramerate", ask<AString, &Logger::getFramerate>},
             {"getDurationRange", [](Args& a) { result(loggerOf(a).getDurationRange(a.number())); }},
@@ -242,8 +231,7 @@ const Operations& loggerOperations() {
             {"profileP3End", plain<&Logger::profileP3End>},
             {"profileMCStopBegin", plain<&Logger::profileMCStopBegin>},
             {"profileMCStopEnd", plain<&Logger::profileMCStopEnd>},
-            {"uploadDecoderError",
-             [](Args& a) { loggerOf(a).uploadDecoderError(static_cast<int>(a.number())); }},
+            {"uploadDecoderError", [](Args& a) { loggerOf(a).uploadDecoderError(a.number()); }},
             {"getStatus",
              [](Args& a) {
                  const std::string status = loggerOf(a).getStatus().c_str();

@@ -133,24 +133,20 @@ const Operations& stageOperations() {
              [](Args& a) {
                  const bool isConnected = !a.flag("none");
                  hostplatform::setDisplayConnected(isConnected);
-                 hostplatform::setDisplayConfigStatus(
-                         static_cast<status_t>(a.namedNumber("status", OK)));
+                 hostplatform::setDisplayConfigStatus(a.namedNumber("status", OK));
                  if (a.isEmpty()) return;
                  const int64_t width = a.number();
-                 hostplatform::setDisplaySize(static_cast<int>(width),
-                                              static_cast<int>(a.number()));
+                 hostplatform::setDisplaySize(width, a.number());
              }},
             {"displayQueries", [](Args&) { result(hostplatform::displayQueryCount()); }},
             {"audio", [](Args& a) { hostplatform::setAudioParameters(a.text().c_str()); }},
             {"audioQueries", [](Args&) { result(hostplatform::audioQueryCount()); }},
             {"colorConversion",
-             [](Args& a) {
-                 hostplatform::setColorConversionFailure(static_cast<status_t>(a.number()));
-             }},
+             [](Args& a) { hostplatform::setColorConversionFailure(a.number()); }},
             {"graphicBuffers",
              [](Args& a) {
                  hostplatform::setBufferMapsToNull(a.flag("null"));
-                 hostplatform::setBufferLockFailure(static_cast<status_t>(a.number(NO_ERROR)));
+                 hostplatform::setBufferLockFailure(a.number(NO_ERROR));
              }},
             {"lockedBuffers", [](Args&) { result(hostplatform::lockedBufferCount()); }},
             {"dumps",
@@ -173,15 +169,14 @@ const Operations& stageOperations() {
                  if (a.flag("none")) return a.stage.setService(nullptr);
                  const sp<RecordingService> service = new JournalingService;
                  a.stage.service = service;
-                 const auto lifetime = static_cast<int>(a.namedNumber("lifetime", -1));
+                 const int64_t lifetime = a.namedNumber("lifetime", -1);
                  a.stage.setService(lifetime >= 0 ? sp<IBinder>(new MortalRemote(service, lifetime))
                                                   : sp<IBinder>(service));
              }},
             {"answers",
              [](Args& a) {
                  RecordingService& service = *a.stage.service;
-                 service.allowlisted =
-                         static_cast<int>(a.namedNumber("allowlist", service.allowlisted));
+                 service.allowlisted = a.namedNumber("allowlist", service.allowlisted);
                  service.oldestAudioCodec =
                          a.named("oldestAudio", service.oldestAudioCodec.string()).c_str();
              }},
@@ -198,7 +193,7 @@ const Operations& stageOperations() {
                  const std::string process = a.named("process", "");
                  if (!process.empty() || a.flag("process=")) return makeLoggerOf(a.stage, process);
                  const int64_t pid = a.number(kUnknownPid);
-                 a.stage.makeLogger(static_cast<int>(pid), static_cast<unsigned>(a.number(1000)));
+                 a.stage.makeLogger(pid, a.number(1000));
              }},
             {"logger", [](Args& a) { a.stage.selectLogger(a.text()); }},
             {"release", [](Args& a) { a.stage.logger = nullptr; }},

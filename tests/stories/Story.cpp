@@ -2,9 +2,11 @@
 #include "Story.h"
 
 #include <errno.h>
+#include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -120,6 +122,12 @@ class Player {
             for (long i = 0; i < count; ++i) play(words.begin() + 3, words.end() - 1);
         } else if (name == "fork") {
             inAnotherProcess({words.begin() + 1, words.end()});
+        } else if (name == "during") {
+            if (words.size() < 3) fail("during TEXT EVENT");
+            const std::vector<Word> events(words.begin() + 2, words.end());
+            Journal::instance().setHook(words[1].text, [player = *this, events]() mutable {
+                player.play(events.begin(), events.end());
+            });
         } else {
             Args args(mStage, {words.begin() + 1, words.end()});
             if (!call(name, args)) fail("there is no '" + name + "'");
@@ -132,6 +140,7 @@ class Player {
         Journal::instance().flush();
         const pid_t child = fork();
         if (child == 0) {
+            prctl(PR_SET_PDEATHSIG, SIGKILL);
             Journal::instance().maskPid();
             const bool isBlock = words[0].raw == "{";
             play(words.begin() + isBlock, words.end() - isBlock);

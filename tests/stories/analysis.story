@@ -22,8 +22,7 @@ feed 2000 ; after 5 ; dropIt 2000
     W/ZMediaAnalyticV mFramesOwnedByUs is 0 unexpectedly
 # Only a known frame of video is analysed; reported as rendered, it is not touched.
 dropIt 3000 ; feed 3000 ; dropFrameAnalyze 3000 rendered
-~audioCodec
-feed 4000 ; dropIt 4000
+feed 4000 ; updateBuffers 0 0 notVideo ; dropIt 4000
 
 story afterARenderByMediaTime_theDistanceIsLeftOut: catches a render time that is set against the clock though it is none
 ~begin ; feed 5000000 ; show 5000000000 5000000 ; feed 5040000 ; deliver 5040000

@@ -101,6 +101,9 @@ after 1500 ; checkAndNotifyOutBufferAvailableAfterDelay
 ~configure c2.v video/avc flags=1 ; profileP2End ; input 0 ; resetConsecutiveFrameDropFlag -1 5 fromTunnel ; after 30
 client getTimeSinceLastFrameRendered
     = 6537
+# An encoder's output is none.
+~configure c2.v video/avc encoder
+times 2 { checkAndNotifyOutBufferAvailableAfterDelay ; after 1000 }
 
 story theFirstRenderedFrame_isToldOnce: catches a first frame before an input, of audio, or a second one
 service
@@ -198,7 +201,7 @@ getStatus FramesDropped
 updateVendorMetrics HWCRenderFrameCount=90;
     I 10 frames were dropped in SurfaceFlinger or HWC.
 # The total grows by each report. The display's share is that of the last one.
-~updateVendorMetrics HWCRenderFrameCount=90; ; output 5000000 ; output 10000000
+~updateVendorMetrics HWCRenderFrameCount=90; ; updateVendorMetrics HWCRenderFrameCount=100; ; output 5000000 ; output 10000000
 getStatus FramesDropped
     = 20
 /FramesDropped/ logMetrics

@@ -125,8 +125,8 @@ story vendorValues_followTheirKeys: catches a key found inside another, a missin
 define value = parseMetricValue $1 abc
 value abc=5 ; value abc= ; value abc ; value "" ; value x ; value abc=-12;d ; value abc:x ; value xabc=7abc=8 ; value abc==5 ; value "abc= 6" ; value abc=0x1
     = 5 | 0 | 0 | 0 | 0 | -12 | 0 | 7 | 0 | 6 | 0
-value abc=9223372036854775808
-    = 9223372036854775807
+value abc=9223372036854775808 ; value 12345678
+    = 9223372036854775807 | 0
 
 story thePrefix_tellsWarningsScreenSecurityAndTag: catches a warning's bound, and the marks of security crossed
 ~settle

@@ -163,9 +163,9 @@ story aStop_isTimed_butNotOfAudio: catches a stop of audio, and one that never b
 after 15 ; profileMCStopEnd ; profileMCStopBegin ; after 3 ; profileMCStopEnd
     I MC Stop Time(start: 0, stop:1015 :1015 <profileMCStopEnd 1462>\n
     I MC Stop Time(start: 1015, stop:1018 :3 <profileMCStopEnd 1462>\n
-~configure c2.v audio/mp4a-latm
-profileMCStopBegin ; profileMCStopEnd ; logMetrics
-    = com.android.mediaplayer.VND.c2.audio.mp4a
+~configure c2.v audio/mp4a-latm ; clockReads
+profileMCStopBegin ; profileMCStopEnd ; clockReads ; logMetrics
+    = 0 | com.android.mediaplayer.VND.c2.audio.mp4a
 
 story theStatus_showsTheCodec: catches a line of the status that is missing or another codec's
 ~configure c2.v video/avc flags=1 ; frame 0 secure secureMemory ; after 501 ; output 33333 ; size 1280 -720 ; drop 3 ; render 0

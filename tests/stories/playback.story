@@ -49,7 +49,7 @@ logMetrics
 
 story aTimestampStandsForItsFrames: catches a count that is taken for 1
 service
-~configure ; profileP2End ; input 0 ; output 0 count=3 ; render 0
+~configure ; profileP2End ; input 0 ; output -7 count=9 ; output 0 count=3 ; render 0
 client getBufferCountSinceLastFlush
     = 0
 output 33333 count=0 ; client getBufferCountSinceLastFlush
@@ -144,14 +144,14 @@ story repeats_areThrottledOnRequest: catches another period, or throttling witho
     I W.rot20.99999999.HW.c2.video.avc Repeating PTS in Output = 33333
     I W.rot40.99999999.HW.c2.video.avc Repeating PTS in Output = 33333
     I W.rot60.99999999.HW.c2.video.avc Repeating PTS in Output = 33333
-~settle c2.v video/avc ; times 20 { output 33333 }
+~settle c2.v video/avc flags=1 ; times 20 { output 33333 }
 /Output/ times 3 { output 33333 }
-    I W.rot20.99999999.HW.c2.video.avc Repeating PTS in Output = 33333
-    I W.rot21.99999999.HW.c2.video.avc Repeating PTS in Output = 33333
-    I W.rot22.99999999.HW.c2.video.avc Repeating PTS in Output = 33333
+    I W.rot20.99999999.tunneled.HW.c2.video.avc Repeating PTS in Output = 33333
+    I W.rot21.99999999.tunneled.HW.c2.video.avc Repeating PTS in Output = 33333
+    I W.rot22.99999999.tunneled.HW.c2.video.avc Repeating PTS in Output = 33333
 # Without playback, by its own operation: the count is what it is told.
 logRepeatPTS 5 33333 ; logRepeatPTS 41 33333 ; logRepeatPTS -1 33333
-    I W.rot23.99999999.HW.c2.video.avc Repeating PTS in Output = 33333 (3 times)
+    I W.rot23.99999999.tunneled.HW.c2.video.avc Repeating PTS in Output = 33333 (3 times)
 
 story anInputsRepeat_isOneThatWasQueuedExactlyTwice: catches "at least twice", and a history that holds another number than 20
 ~settle ; input 33333

@@ -18,6 +18,9 @@ after 6000 ; frameShown 138500 @-7
 # After a flush the first frame is measured from zero.
 flush ; after 10000 ; frameShown 7000000 @-5
     I/ZMediaAnalyticV AVSYNC_V:5(30996)(7000) b:7000 rts:30996(-5) pid:<pid> min:30996(7000 )(-5) max:30996(7000)(0) avg:0(0)(-5) cnt:1(0)
+# Also one that was shown when the clock began.
+leapTo 0 ; flush ; frameShown 0 @+20 ; frameShown 40000 @+20
+    I/ZMediaAnalyticV AVSYNC_V:-31020(31021)(0) b:0 rts:31021(31020) pid:<pid> min:31021(0 )(31020) max:31021(0)(31020) avg:0(0)(31020) cnt:1(0)
 
 story whenTheClientRendersByMediaTime_noLeadIsShown: catches a render time that is taken for one of the clock
 ~begin
@@ -55,7 +58,15 @@ fork { frameShown -1000 @ ; feed 9223372036854775000 ; dropIt 922337203685477500
     I/ZMediaAnalyticV AVSYNC_V:0(10000)(-1) b:-1 rts:10000(0) pid:<pid> First min:-1(-1 )(0) max:0(0)(0) avg:0(0)(0) cnt:1(0)
     F/ZMediaAnalyticV overflow: arithmetic overflow: 9223372036854775000 - -1000
     died
-~frameShown 0 @ ; feed 9223372036854775000
+~debug 0 ; omx ; frameShown -9000000000000000 @ ; frameShown 0 @
+fork frameShown max @
+    F/ZMediaAnalyticV overflow: arithmetic overflow: 9000000000000000 + 9223372036854775807
+    died
+~feed min
+dropIt min
+    I/ZMediaAnalyticV Drop:-9223372036854775808(9223372036864775) TD:-9223372036854775 FARD:-10001(-10001) FAD:-10000(-1) AL:10001(10000) FL:-10000(-10001) 0/1
+    W/ZMediaAnalyticV mFramesOwnedByUs is 0 unexpectedly
+~feed 9223372036854775000
 dropIt 9223372036854775000
     I/ZMediaAnalyticV Drop:9223372036854775000(-9223372036844775) TD:9223372036854775 FARD:-10001(-10001) FAD:-10000(-1) AL:10001(10000) FL:-10000(-10001) 0/1
     W/ZMediaAnalyticV mFramesOwnedByUs is 0 unexpectedly

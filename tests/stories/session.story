@@ -227,12 +227,22 @@ logMetrics
     = ""
 uploadDecoderError 1
     I 99999999.HW.c2.video.avc.DecoderErrorTrans = 1
+# One during a report counts until the report tells of errors. Then it is only a line.
+~configure ; profileP2End ; input 0 ; output 0 ; render 0 ; input 0 ; output 5000000 ; output 5001000
+/Error/ during "metric csyv" uploadDecoderError 2 ; logMetrics
+    I 99999999.HW.c2.video.avc.DecoderErrorRecov = 1
+    I 99999999.HW.c2.video.avc..DecoderErrorFatal = 1
+    metric 68pc/2/03330470 .DecoderErrorFatal 1 errors [HW_avc] media=video 1
+    = com.android.mediaplayer.HW.c2.video.avc:videoResolution.SD=5001:BRISK-P5Ms=0:BRISK-P2Ms=0:BRISK-P3Ms=0:FirstFrameReadyMs=0:.DecoderErrorFatal=1
+~configure ; input 0 ; after 5001 ; input 0
+/Error/ during "metric jn5x" uploadDecoderError 2 ; logMetrics ; logMetrics ; configure ; logMetrics
+    I 99999999.HW.c2.video.avc.DecoderErrorRecov = 1
 # Neither the error after the report nor what was played since is left after a configuration.
 ~configure ; play 60 100000 ; updateVendorMetrics "CodecNonFatalErrorCount=2;" ; configure
 ~profileMCStopBegin ; after 500 ; profileMCStopEnd
 uploadDecoderError 2
     I 99999999.HW.c2.video.avc.DecoderErrorRecov = 1
-    I 99999999.HW.c2.video.avc.BRISK-P2Ms = -7080
+    I 99999999.HW.c2.video.avc.BRISK-P2Ms = -12081
     I 99999999.HW.c2.video.avc.BRISK-P3Ms = 0
     I 99999999.HW.c2.video.avc.FirstFrameReadyMs = 0
     I 99999999.HW.c2.video.avc..DecoderErrorFatal = 1

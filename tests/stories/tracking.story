@@ -170,8 +170,9 @@ removeCodec ; references ; codec more ; addCodec ; announce 0 ; references ; rem
 
 story whenRegisteredAgain_theCodecStartsAfresh: catches the old key, the old records, and a registration too many
 ~property mediaanalytic.enable true ; debug 2 ; omx ; feed 1000
-addCodec again key=77 bufferKey=88 ; updateBuffers 0 0 ; updateOmxOutput 1000 key=2 ; updateOmxOutput 1000 key=77
+addCodec again key=77 bufferKey=88 ; updateBuffers 0 0 ; updateOmxOutput 1000 key=2 ; updateOmxOutput 1000 key=77 ; updateBuffers key=2 1 4 ; updateBuffers key=88 1 4
     W/ZMediaAnalyticV again not found ts:1000 size:500 infos Size:0 flag:0 when updateOmxOutput
+    I/ZMediaAnalyticV again input:0 output:4 minUndequeue:0 video:1 decoder:1
 removeCodec ; references
     = 0
 
@@ -261,45 +262,51 @@ bit 0x400
 story theMask_ofAVideoEncoder: catches a record that is stamped though nobody decodes it
 define bit = debug $1 ; encoder ; flush ; announce 1000 ; after 2 ; queue 1000 ; handOver 1000 ; after 5 ; deliver 1000 ; updateACodecOutput data="abcd" ; updateQueueBuffer 8 @-11 @+10 1000 ; show @+10 1000 ; updateDequeueBuffer 16 @-100
 ~begin
-bit 0x47
-    I/ZMediaAnalyticV S:0 v:1 t:1000
+bit 1 ; bit 2 ; bit 4 ; bit 0x40
     I/ZMediaAnalyticV enc ETB:1000, size:1000
     I/ZMediaAnalyticV enc Omx ETB:1000 size:1000 c:3 tsS:1 flag:0
+    I/ZMediaAnalyticV AVSYNC_V:-9(10016)(1) b:0 rts:10017(10) pid:<pid> min:10017(1 )(10) max:10017(1)(10) avg:0(0)(10) cnt:1(0)
     I/ZMediaAnalyticV enc OMX FBD mediaTs:1000 f:0 s:5001
     I/ZMediaAnalyticV enc FBD:1000
-    I/ZMediaAnalyticV enc Render R-S:10 R:10017(10017) pts:1000 0/1
-    I/ZMediaAnalyticV AVSYNC_V:-9(10016)(1) b:0 rts:10017(10) pid:<pid> min:10017(1 )(10) max:10017(1)(10) avg:0(0)(10) cnt:1(0)
+    I/ZMediaAnalyticV AVSYNC_V:-9(10023)(1) b:0 rts:10024(10) pid:<pid> min:10024(1 )(10) max:10024(1)(10) avg:0(0)(10) cnt:1(0)
+    I/ZMediaAnalyticV enc Render R-S:10 R:10031(10031) pts:1000 0/1
+    I/ZMediaAnalyticV AVSYNC_V:-9(10030)(1) b:0 rts:10031(10) pid:<pid> min:10031(1 )(10) max:10031(1)(10) avg:0(0)(10) cnt:1(0)
+    I/ZMediaAnalyticV S:0 v:1 t:1000
+    I/ZMediaAnalyticV AVSYNC_V:-9(10037)(1) b:0 rts:10038(10) pid:<pid> min:10038(1 )(10) max:10038(1)(10) avg:0(0)(10) cnt:1(0)
 bit 0x400
     I/ZMediaAnalyticV queueBuffer cost:11 ts:1000
     I/ZMediaAnalyticV Warning queueBuffer early too small:10 ms ts:1000
     I/ZMediaAnalyticV enc Frame:1 Frame latency in MediaCodec: 0 Frame latency in Codec: 0 1000 s:1 i:0
-    I/ZMediaAnalyticV enc Frame:1 AL: App Latency: time spent by frame after it is ready in MediaCodec but before app handles it 10015
-    I/ZMediaAnalyticV Pre-Render Small_Early:10:1000(10013) TD:1 FARD:(-1) FAD:0(-1) AL:10015(10014) FL:0(0) 0/1
-    I/ZMediaAnalyticV AVSYNC_V:-9(10023)(1) b:0 rts:10024(10) pid:<pid> min:10024(1 )(10) max:10024(1)(10) avg:0(0)(10) cnt:1(0)
+    I/ZMediaAnalyticV enc Frame:1 AL: App Latency: time spent by frame after it is ready in MediaCodec but before app handles it 10036
+    I/ZMediaAnalyticV Pre-Render Small_Early:10:1000(10034) TD:1 FARD:(-1) FAD:0(-1) AL:10036(10035) FL:0(0) 0/1
+    I/ZMediaAnalyticV AVSYNC_V:-9(10044)(1) b:0 rts:10045(10) pid:<pid> min:10045(1 )(10) max:10045(1)(10) avg:0(0)(10) cnt:1(0)
     I/ZMediaAnalyticV dequeue actual:100(100) theory:0 renderTime:-1 index:-1 0x10
 bit 0x7f0000
     I/ZMediaAnalyticV enc input:0 output:0 minUndequeue:0 video:1 decoder:0
-    I/ZMediaAnalyticV AVSYNC_V:-9(10030)(1) b:0 rts:10031(10) pid:<pid> min:10031(1 )(10) max:10031(1)(10) avg:0(0)(10) cnt:1(0)
+    I/ZMediaAnalyticV AVSYNC_V:-9(10051)(1) b:0 rts:10052(10) pid:<pid> min:10052(1 )(10) max:10052(1)(10) avg:0(0)(10) cnt:1(0)
 
 story theMask_ofCodecsWithoutRecords: catches a bit of video that counts for audio, or the other way round
-define bit = debug $1 ; announce 1000 ; queue 1000 ; handOver 1000 ; deliver 1000 ; updateACodecOutput data="abcd" ; updateQueueBuffer 8 @-11 @+10 1000 ; show @+10 1000 ; updateDequeueBuffer 16 @-100
-~begin ; debug 0x7f ; audioCodec
-bit 0
+define bit = debug $1 ; $2 ; announce 1000 ; queue 1000 ; handOver 1000 ; deliver 1000 ; updateC2Output 1000 ; updateACodecOutput data="abcd" ; updateQueueBuffer 8 @-11 @+10 1000 ; show @+10 1000 ; updateDequeueBuffer 16 @-100
+~begin
+bit 0x7f audioCodec
     I/ZMediaAnalyticV queueBuffer rendertime:10010000000, mediatime:1000 size:1
     I/ZMediaAnalyticV dequeue actual:100(100) theory:0 renderTime:-1 index:-1 ownedByCom:3 ownByNat:1 0x10
-~debug 0x47f80 ; audioCodec
-bit 0
+bit 0x47f80 audioCodec
+    I/ZMediaAnalyticV aud input:0 output:0 minUndequeue:0 video:0 decoder:1
     I/ZMediaAnalyticV S:0 v:0 t:1000
     I/ZMediaAnalyticV queueBuffer cost:11 ts:1000
     I/ZMediaAnalyticV Warning queueBuffer early too small:10 ms ts:1000
     I/ZMediaAnalyticV dequeue actual:100(100) theory:0 renderTime:-1 index:-1 0x10
-~debug 0x70000 ; untracked
-bit 0
-    I/ZMediaAnalyticV S:0 v:0 t:1000
+bit 0x10000 untracked ; bit 0x20000 untracked ; bit 0x40000 untracked
+    I/ZMediaAnalyticV off input:0 output:0 minUndequeue:0 video:0 decoder:1
     I/ZMediaAnalyticV off ETB:1000, size:1000
     I/ZMediaAnalyticV off Omx ETB:1000 size:1000 c:3 tsS:0 flag:0
+    I/ZMediaAnalyticV off input:0 output:0 minUndequeue:0 video:0 decoder:1
     I/ZMediaAnalyticV off OMX FBD mediaTs:1000 f:0 s:5000
     I/ZMediaAnalyticV off FBD:1000
+    I/ZMediaAnalyticV off C2 OWD mediaTs:1000 f:0 0
+    I/ZMediaAnalyticV off input:0 output:0 minUndequeue:0 video:0 decoder:1
+    I/ZMediaAnalyticV S:0 v:0 t:1000
 
 story theMask_isDecimalUnlessItBeginsWith0x: catches another base, blanks, and what stands behind the number
 define mask = debug $1 ; omx ; announce 1 ; queue 1 ; updateOutputFrame 1 ; show @ 1
