@@ -54,10 +54,14 @@ dropIt 40000
 ~late 3 ; after 1 ; dequeue 2
 dropIt 40000
     I/ZMediaAnalyticV Drop:40000(10053) TD:40 FARD:1(21) FAD:10(11) AL:1(10093) FL:10(21) 0/3$D:-0(0)D:-6(3)
+# It ends at an input that came earlier, though one before it came later.
+~flush ; shownFirst ; feed 40000 ; announce 80000 ; announce 120000 ; queue 120000 ; after 10 ; decode 40000 ; after 2 ; queue 80000 ; after 9 ; updateOutputFrame 40000
+dropIt 40000
+    I/ZMediaAnalyticV Drop:40000(10084) TD:40 FARD:1(21) FAD:10(11) AL:0(10124) FL:10(21) 0/3
 # Nothing in between leaves no mark.
 ~flush ; shownFirst ; feed 40000 ; after 10 ; decode 40000 ; after 11 ; updateOutputFrame 40000
 dropIt 40000
-    I/ZMediaAnalyticV Drop:40000(10084) TD:40 FARD:1(21) FAD:10(11) AL:0(10124) FL:10(21) 0/1
+    I/ZMediaAnalyticV Drop:40000(10115) TD:40 FARD:1(21) FAD:10(11) AL:0(10155) FL:10(21) 0/1
 
 story theDelayHistory_hasSixInputsAndSixBuffers: catches another length
 ~begin ; shownFirst ; feed 40000 ; decode 40000 ; times 8 { after 2 ; feed +1 ; dequeue 2 } ; updateOutputFrame 40000

@@ -75,10 +75,14 @@ updateMetricsForFlush ; render 0 ; getStatus FramesDropped
     I Rendering first frame after starting or flushing.
     = 8
 
+~settle ; drop 4 ; after -1 ; updateMetricsForFlush
+getStatus FramesDropped
+    = 4
+
 story lateOutput_isToldFromOneSecondOn: catches the bound, the frame that it is measured from, and the order of line and call
 service
 ~configure ; profileP2End
-updateFrameDropCounters 0 ; after 999 ; updateFrameDropCounters 0
+updateFrameDropCounters 0 ; after 999 ; updateFrameDropCounters 0 ; after -1 ; updateFrameDropCounters 0
     I Rendering first frame after starting or flushing.
 after 1000 ; updateFrameDropCounters 0
     I the latest buffer is 1000 old with packageName com.android.mediaplayer. Possible resume detected
@@ -100,7 +104,7 @@ after 1500 ; checkAndNotifyOutBufferAvailableAfterDelay
 # A tunneled codec's time is that of its last output.
 ~configure c2.v video/avc flags=1 ; profileP2End ; input 0 ; resetConsecutiveFrameDropFlag -1 5 fromTunnel ; after 30
 client getTimeSinceLastFrameRendered
-    = 6537
+    = 6536
 # An encoder's output is none.
 ~configure c2.v video/avc encoder
 times 2 { checkAndNotifyOutBufferAvailableAfterDelay ; after 1000 }
@@ -195,7 +199,7 @@ frame 33335 ; clockReads
 story displayDrops_areRenderedButNotShown: catches the total that grows by another number, and the display's count over the codec's
 ~settle ; times 99 { render 0 }
 updateVendorMetrics HWCRenderFrameCount=100;TunnelFrameDropCount=7
-updateVendorMetrics HWCRenderFrameCount=101; ; updateVendorMetrics HWCRenderFrameCount=0;
+updateVendorMetrics HWCRenderFrameCount=101; ; updateVendorMetrics HWCRenderFrameCount=0; ; updateVendorMetrics HWCRenderFrameCount=-1
 getStatus FramesDropped
     = 0
 updateVendorMetrics HWCRenderFrameCount=90;
@@ -213,3 +217,6 @@ getStatus FramesDropped
 updateVendorMetrics HWCRenderFrameCount=90;TunnelFrameDropCount=7
 updateVendorMetrics TunnelFrameDropCount=-9223372036854775808 ; getStatus FramesDropped
     = 7
+updateVendorMetrics TunnelFrameDropCount=-13;MaxConsecutiveFramesDropped=-1 ; updateFrameDropCounters ; updateVendorMetrics MaxConsecutiveFramesDropped=1 ; getEmbeddedWarnings
+    I W.mcfd-1.99999999.tunneled.HW.c2.video.avc Dropped -6 frames
+    = W.mcfd-1.99999999.tunneled.HW.c2.video.avc

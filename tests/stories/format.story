@@ -84,6 +84,10 @@ play 10 100000 ; size 1920 800
     metric k29r/2/02330410 videoResolution 5000 ms [UHD.15] 0
     = com.android.mediaplayer.HW.c2.video.avc:videoResolution.SD=1000:videoResolution.HD=6000:videoResolution.FHD=2000:videoResolution.UHD=5000:BRISK-P5Ms=0:BRISK-P2Ms=18446744073709550616:BRISK-P3Ms=0:FirstFrameReadyMs=0:StreamAvgBitrateInKbps=81
 
+# Audio has no classes.
+~configure c2.v audio/x ; frame 0 ; output 5000000 ; output 6000000 ; size 8 8
+/Playback/ logMetrics
+
 story aChange_asksForTheDisplayAgain: catches a screen that is known from the configuration only, and one that shrinks
 displayQueries ; configure ; displayQueries
     = 0
@@ -144,7 +148,8 @@ getEmbeddedWarnings
 ~input 33333 secure ; input 33333 secure ; times 10 { output 33333 }
 getEmbeddedWarnings
     = W.mcfd10.rot21.99999999.secureSW.HW.c2.video.avc
-~output 33333
+/Input/ output 33333
+    W W.mcfd10.rot22.99999999.secureSW.HW.c2.video.avc Repeating PTS in Input = 33333
 getEmbeddedWarnings
     = W.mcfd10.rot22.rit11.99999999.secureSW.HW.c2.video.avc
 ~input 0 secure secureMemory ; display 3840 2160 ; updateDisplaySize

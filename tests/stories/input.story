@@ -25,8 +25,8 @@ input 0 size=0 ; after 5001 ; input 0 size=0
     I 99999999.HW.c2.video.avc.bitrateInKbps = 0
 performBitrateCalculationAndTracking 0 size=1 ; after 6000 ; performBitrateCalculationAndTracking 0 size=6442450943
     I 99999999.HW.c2.video.avc.bitrateInKbps = 8589934
-performBitrateCalculationAndTracking 0 size=1 ; after 6000 ; performBitrateCalculationAndTracking 0 size=-1
-    I 99999999.HW.c2.video.avc.bitrateInKbps = 0
+performBitrateCalculationAndTracking 0 size=1 ; after 6000 ; performBitrateCalculationAndTracking 0 size=-2
+    I 99999999.HW.c2.video.avc.bitrateInKbps = 3074457345618258
 /Bitrate/ logMetrics
     I 99999999.HW.c2.video.avc.StreamAvgBitrateInKbps = 3031563
     metric jn5x/2/02330410 AvgBitrate 3031563 kbps [HW_avc] media=video 1
@@ -96,16 +96,22 @@ resetConsecutiveFrameDropFlag 7000000 1234
     I [BRISK] HW.c2.video.avc Got First Frame Render 1000(0), renderNum = 1
     W MediaCodecLoggerService in NULL
     I App sets Timestamps for render in SurfaceFlinger
-~queueInputBuffer_pre 2234 7000 ; input 2234 ; output 2234
+~resetMetricsData ; queueInputBuffer_pre 2234 7000 ; input 2234 ; output 2234
 updateFrameDropCounters 2234 dropped
     I/ZMediaAnalyticV Drop:2234(998) TD:1 FARD:993(0) FAD:0(1000) AL:0(1000) FL:-1000(0) 0/1$D:-0(993)
     W/ZMediaAnalyticV mFramesOwnedByUs is 0 unexpectedly
 ~queueInputBuffer_pre 3234 7000 ; input 3234 size=3
 # The flush makes the tracker forget what was queued.
 updateMetricsForFlush ; output 3234
-    I Flushing: 99999999.HW.c2.video.avc.framerate = 1000.000 fps
     W/ZMediaAnalyticV avc not found ts when updateOutputFrame
     I updatePTSTime [HW.c2.video.avc] First PTS after Flush or reset = 3234
+# An encoder's frames as well.
+~updateBuffers 0 0 encoder ; configure c2.v video/avc encoder ; queueInputBuffer_pre 1 7000 ; queueInputBuffer_pre 2 7000
+resetConsecutiveFrameDropFlag 7000000 1 ; updateFrameDropCounters 2 dropped
+    I/ZMediaAnalyticV avc Render R-S:-993 R:7(7) pts:1 0/2
+    I/ZMediaAnalyticV AVSYNC_V:993(7)(0) b:0 rts:7(-993) pid:<pid> min:7(0 )(-993) max:7(0)(0) avg:0(0)(-993) cnt:1(0)
+    I/ZMediaAnalyticV Drop:2(1000) TD:0 FARD:-8(-1001) FAD:0(-1) AL:1001(1000) FL:0(0) 0/1
+    W/ZMediaAnalyticV mFramesOwnedByUs is 0 unexpectedly
 # The end of the logger removes its codec.
 release ; updateInputFrame_pre 0
     = false

@@ -243,6 +243,36 @@ logMetrics ; configure ; logMetrics
     -> unregisterClient(client)
     = com.android.mediaplayer.HW.c2.video.avc:BRISK-P2Ms=18446744073709539114:BRISK-P3Ms=0:FirstFrameReadyMs=0
 
+story afterAReset_everyMemberIsFresh: catches the one member that a reset forgets, or that it clears though it is kept
+service ; answers oldestAudio=mp4a
+define hdr = updateFormatChanged width=1280 height=720 vendor.mtk-codec2.hdr-type=1
+define classes = hdr ; play 60 100000 ; size 1920 1080 ; play 60 100000 ; size 3840 2160 ; play 60 100000 ; size 3840 2160
+# 15 repeats of a timestamp that was queued twice, drops of codec and display, half a sample, a stop, settling again.
+define session = settle ; profileP2End ; classes ; input . ; times 15 { output . } ; drop 1 ; render . ; updateVendorMetrics HWCRenderFrameCount=9 ; profileMCStopBegin ; updateMetricsForFlush ; updateFrameDropCounters . ; resetMetricsData
+~session
+updateMetricsForFlush
+~session
+drop 1 ; updateFrameDropCounters ; updateVendorMetrics HWCRenderFrameCount=1 ; getStatus FramesDropped ; getEmbeddedWarnings ; profileMCStopEnd
+    = 1 | 99999999.HW.c2.video.avc
+    I MC Stop Time(start: 0, stop:38002 :38002 <profileMCStopEnd 1462>\n
+~session ; after 501 ; input 0 ; output 0
+output 0 ; updateFrameDropCounters 0 ; size 8 8 ; after 501 ; output 33333
+    I Rendering first frame after starting or flushing.
+    I updateFormatChanged width = 8 height = 8, hdrType = -1, scanType = -1, bitDepth = -1, colorStandard = 0
+# Before its first input it does not ask for the audio again.
+~session ; output 0 ; updateFrameDropCounters 0 ; after 501 ; output 5000000 ; output 5001000 ; drop 1 ; input 0 ; render 0 ; times 239 { input +20000 }
+/metric/ logMetrics
+    metric j2w8/2/02330410 VideoCodec 5001 ms [HW_avc] 0
+    metric qkuh/2/02330410 TotalVideoPlaybackTimeMs 5001 ms [HW_avc] 0
+    metric 21qt/2/02330410 StreamAvgFramerate 0 fps [avc] fps=15 1
+    metric k29r/2/02330410 videoResolution 5001 ms [SD.15] 0
+    metric lxcd/2/02330410 FramedropType 1 frames [HW_avc] ConsecFD=1 1
+    metric w9lq/2/02330410 TotalFramesDropped 1 frames [HW_avc] 1
+    metric x28y/2/02330470 TotalFrameDrops 1 frames [HW] audioCodec=mp4a videoCodec=avc displayFormat=HDR10 framerate=50 duration=0-5 1
+    metric lxcd/2/02330410 FramedropType 1 frames [HW_avc] ConsecFD=max 1
+    metric csyv/2/02330410 FirstFrameReadyMs -76507 ms [HW_avc] 0
+    metric pb8a/2/02330410 FirstFrameRenderMs 0 ms [HW_avc] 0
+
 story aReconfiguration_endsWhatIsOpen: catches a change or a run of drops that the next session closes
 ~settle ; size 1280 720 ; drop 1 ; configure
 play 40 33333

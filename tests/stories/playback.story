@@ -91,6 +91,10 @@ getStatus "Stream Framerate (fps)" ; updateMetricsForFlush
     = 20.000
     I Flushing: 99999999.HW.c2.video.avc.framerate = 20.000 fps
 
+~configure ; output 50 ; output 60 ; output -7
+getStatus "Stream Framerate (fps)" ; updateMetricsForFlush
+    = 0.000
+
 story theEndOfTheStream_changesNothing: catches an end of stream that is measured
 ~configure
 output 5 eos
@@ -126,6 +130,9 @@ story repeatsCount_from501MsAfterTheFirstRender: catches a bound of settling, an
 define repeatAfter = input 0 ; output 0 ; updateFrameDropCounters 0 ; after 100 ; resetConsecutiveFrameDropFlag -1 0 ; after $1 ; output 0 ; output 0
 ~configure
 /Output/ repeatAfter 400
+~configure ; frame 0 ; after -1
+/Output/ output 0 ; output 0 ; output -5 ; output -5
+    I 99999999.HW.c2.video.avc Repeating PTS in Output = 0 (2 times)
 ~configure
 /Output/ repeatAfter 401
     I 99999999.HW.c2.video.avc Repeating PTS in Output = 0 (2 times)
@@ -150,8 +157,12 @@ story repeats_areThrottledOnRequest: catches another period, or throttling witho
     I W.rot21.99999999.tunneled.HW.c2.video.avc Repeating PTS in Output = 33333
     I W.rot22.99999999.tunneled.HW.c2.video.avc Repeating PTS in Output = 33333
 # Without playback, by its own operation: the count is what it is told.
+~configure c2.v video/avc flags=2
+logRepeatPTS -7 33333
+    I 99999999.HW.c2.video.avc Repeating PTS in Output = 33333
+~settle ; times 24 { output 33333 }
 logRepeatPTS 5 33333 ; logRepeatPTS 41 33333 ; logRepeatPTS -1 33333
-    I W.rot23.99999999.tunneled.HW.c2.video.avc Repeating PTS in Output = 33333 (3 times)
+    I W.rot24.99999999.HW.c2.video.avc Repeating PTS in Output = 33333 (3 times)
 
 story anInputsRepeat_isOneThatWasQueuedExactlyTwice: catches "at least twice", and a history that holds another number than 20
 ~settle ; input 33333
@@ -211,6 +222,9 @@ define next = size $1 $2 ; output 33334
 ~settle
 /metric/ next -1 1920
     metric p61w/2/02330410 UHDRampupTime 501 ms [HW_avc] 0
+~settle ; after -600
+/metric/ next 1920 1080
+    metric c48a/2/02330410 FHDRampupTime 1.84467441e+19 ms [HW_avc] 0
 
 story rampUp_namesTheCodec: catches a mark of the record that is missing or another codec's
 display 3840 2160
@@ -241,6 +255,6 @@ service
 output 33333 count=4294967297 ; client getBufferCountSinceLastFlush ; getEmbeddedWarnings
     I 99999999.HW.c2.video.avc Repeating PTS in Output = 33333
     = 4294967298 | 99999999.HW.c2.video.avc
-output 33333 count=-1 ; output 33333 ; getEmbeddedWarnings
+output 33333 count=-5 ; output 33333 ; getEmbeddedWarnings
     I 99999999.HW.c2.video.avc Repeating PTS in Output = 33333 (2 times)
     = 99999999.HW.c2.video.avc

@@ -2,7 +2,7 @@
 define frameShown = feed $1 ; deliver . ; show $2 .
 
 story theFirstFrame_hasNoSteps: catches a statistic that starts from another number
-~begin ; feed 40000 ; after 5 ; deliver 40000 ; after 10
+~begin ; feed 40000 ; feed 10000 ; after 5 ; deliver 40000 ; deliver 10000 ; after 10
 # Position 40 - 20 - 40, at 10015.
 show @+20 40000
     I/ZMediaAnalyticV AVSYNC_V:-20(10035)(40) b:40 rts:10035(20) pid:<pid> First min:-1(-1 )(20) max:0(0)(20) avg:0(0)(20) cnt:1(0)
@@ -26,6 +26,11 @@ story whenTheClientRendersByMediaTime_noLeadIsShown: catches a render time that 
 ~begin
 feed 40000 ; deliver 40000 ; show 40000000 40000
     I/ZMediaAnalyticV AVSYNC_V:0(10000)(40) b:40 rts:40(0) pid:<pid> First min:-1(-1 )(-9960) max:0(0)(0) avg:0(0)(-9960) cnt:1(0)
+
+# A lead of 2^32 ms is no minimum.
+~omx
+frameShown 0 @+4294967296
+    I/ZMediaAnalyticV AVSYNC_V:-4294967296(4294977296)(0) b:0 rts:4294977296(4294967296) pid:<pid> First min:-1(-1 )(-1) max:0(0)(4294967296) avg:0(0)(4294967296) cnt:1(0)
 
 story aFrameThatTheClientNeverReceived_hasBaseZero: catches a base that is taken from the render
 ~begin

@@ -102,6 +102,13 @@ story playback_countsFrom5001MsToADay: catches either bound of what counts as pl
 /metric/ logMetrics
     metric csyv/2/02330410 FirstFrameReadyMs 0 ms [HW_avc] 0
     metric pb8a/2/02330410 FirstFrameRenderMs 0 ms [HW_avc] 0
+# Time that runs back is unsigned as well, and so too long.
+~configure ; input 0 ; after -3 ; output 0 ; render 0 ; output -7000000
+/metric/ logMetrics
+    metric csyv/2/02330410 FirstFrameReadyMs -3 ms [HW_avc] 0
+    metric pb8a/2/02330410 FirstFrameRenderMs -3 ms [HW_avc] 0
+~configure c2.v audio/x ; output 0 ; output -7000000
+/metric/ logMetrics
 ~configure c2.v audio/mp4a-latm ; frame 0 ; output 5000000
 /metric/ logMetrics
 ~configure c2.v audio/mp4a-latm ; input 0 ; output 0 ; output 5000000 ; output 5001000
@@ -121,7 +128,7 @@ story playback_countsFrom5001MsToADay: catches either bound of what counts as pl
     metric k29r/2/02330410 videoResolution 86395000 ms [SD.0] 0
     I 99999999.HW.c2.video.avc.videoResolution.FHD = 5001
     metric k29r/2/02330410 videoResolution 5001 ms [FHD.0] 0
-    = com.android.mediaplayer.HW.c2.video.avc:videoResolution.SD=86395000:videoResolution.FHD=5001:BRISK-P5Ms=0:BRISK-P2Ms=18446744073709550616:BRISK-P3Ms=0:FirstFrameReadyMs=0
+    = com.android.mediaplayer.HW.c2.video.avc:videoResolution.SD=86395000:videoResolution.FHD=5001:BRISK-P5Ms=0:BRISK-P2Ms=18446744073709550619:BRISK-P3Ms=0:FirstFrameReadyMs=0
 
 story tunneledVideo: catches renders of a tunneled codec that do not count as outputs or count once instead of renderCount times
 # 240 inputs at once, 20 ms apart: 50 fps. 6 s though only every third frame is reported.
@@ -207,7 +214,9 @@ start c2.v text/x ; firstFrame 1920 1080
 ~play 60 100000 ; drop 2 ; render +100000 ; output 6500000
 getStatus ; updateMetricsForFlush
     = \tCodec Type: VIDEO\n\tHW: NO\n\tFormat: x\n\tSecure: NO\n\tIs Secure Memory Used: NO\n\tInput Bitrate: 80\n
-profileMCStopBegin ; profileMCStopEnd ; uploadDecoderError 1
+~clockReads
+profileMCStopBegin ; profileMCStopEnd ; clockReads ; displayQueries ; uploadDecoderError 1
+    = 0 | 1
     I 99999999.VND.c2.unknown.x.DecoderErrorTrans = 1
     I 99999999.VND.c2.unknown.x..DecoderErrorFatal = 1
     metric 68pc/2/03330470 .DecoderErrorFatal 1 errors [VND_x] media=audio 1
@@ -229,11 +238,12 @@ uploadDecoderError 1
     I 99999999.HW.c2.video.avc.DecoderErrorTrans = 1
 # One during a report counts until the report tells of errors. Then it is only a line.
 ~configure ; profileP2End ; input 0 ; output 0 ; render 0 ; input 0 ; output 5000000 ; output 5001000
-/Error/ during "metric csyv" uploadDecoderError 2 ; logMetrics
-    I 99999999.HW.c2.video.avc.DecoderErrorRecov = 1
+define twoErrors = uploadDecoderError 2 ; uploadDecoderError 2
+/Error/ during "metric csyv" twoErrors ; logMetrics
+    I 99999999.HW.c2.video.avc.DecoderErrorRecov = 1 (2 times)
     I 99999999.HW.c2.video.avc..DecoderErrorFatal = 1
     metric 68pc/2/03330470 .DecoderErrorFatal 1 errors [HW_avc] media=video 1
-    = com.android.mediaplayer.HW.c2.video.avc:videoResolution.SD=5001:BRISK-P5Ms=0:BRISK-P2Ms=0:BRISK-P3Ms=0:FirstFrameReadyMs=0:.DecoderErrorFatal=1
+    = com.android.mediaplayer.HW.c2.video.avc:videoResolution.SD=5001:BRISK-P5Ms=0:BRISK-P2Ms=0:BRISK-P3Ms=0:FirstFrameReadyMs=0:.DecoderErrorFatal=2
 ~configure ; input 0 ; after 5001 ; input 0
 /Error/ during "metric jn5x" uploadDecoderError 2 ; logMetrics ; logMetrics ; configure ; logMetrics
     I 99999999.HW.c2.video.avc.DecoderErrorRecov = 1

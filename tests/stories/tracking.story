@@ -44,6 +44,10 @@ story whenTheClientOwnsEveryFrame_onlyOmxWarns: catches the bound, and a frame t
 ~begin ; feed 1000 ; decode 1000 ; decode 1000 ; announce 2000 ; queue 2000
 updateOmxInput 2000 flags=0x10
     W/ZMediaAnalyticV omx Omx ETB:2000 size:1000 c:3 u:2 tsS:2 flag:10
+~handOver 1000 ; decode 1000 ; handOver 2000
+# The frames inside are none then, not a number below.
+/Drop/ after 40 ; deliver 2000 ; dropIt 2000
+    I/ZMediaAnalyticV Pre-Render Drop:2000(10038) TD:2 FARD:(10040) FAD:10040(0) AL:0(10040) FL:40(40) 1/2$I:-40(0:0)I:-40(0:-1)
 c2 ; announce 1000 ; queue 1000 ; updateC2Output 1000 ; updateC2Output 1000 ; announce 2000 ; queue 2000
 
 story inputBytes_areTheHeadOfTheBufferOrOfEachSubSample: catches bytes of another place, and a read behind the buffer
@@ -111,6 +115,7 @@ flush ; times 17 { updateOutputFrame 0 }
     W/ZMediaAnalyticV omx not found ts when updateOutputFrame (16 times)
 property mediaanalytic.maxerrorframe 1 ; addCodec ; updateBuffers 0 0 ; updateOutputFrame 0 ; show @ 0
     W/ZMediaAnalyticV omx not found ts when updateOutputFrame
+property mediaanalytic.maxerrorframe -1 ; addCodec ; updateBuffers 0 0 ; updateOutputFrame 0
 
 story whenFlushed_framesAreForgottenAndNumbersRestartForAll: catches a frame that stays, and numbers of one codec only
 ~begin ; debug 0x400 ; omx
@@ -170,7 +175,7 @@ removeCodec ; references ; codec more ; addCodec ; announce 0 ; references ; rem
 
 story whenRegisteredAgain_theCodecStartsAfresh: catches the old key, the old records, and a registration too many
 ~property mediaanalytic.enable true ; debug 2 ; omx ; feed 1000
-addCodec again key=77 bufferKey=88 ; updateBuffers 0 0 ; updateOmxOutput 1000 key=2 ; updateOmxOutput 1000 key=77 ; updateBuffers key=2 1 4 ; updateBuffers key=88 1 4
+addCodec again key=77 bufferKey=88 ; updateBuffers 0 0 ; updateOmxOutput 1000 key=2 size=2 ; updateOmxOutput 1000 key=77 ; updateBuffers key=2 1 2 ; updateBuffers key=88 1 4
     W/ZMediaAnalyticV again not found ts:1000 size:500 infos Size:0 flag:0 when updateOmxOutput
     I/ZMediaAnalyticV again input:0 output:4 minUndequeue:0 video:1 decoder:1
 removeCodec ; references
@@ -371,10 +376,10 @@ removeCodec
     close dumpdecrypted_1_<pid>_<pid>.raw
     close dumpoutput_video_<pid>_<pid>.raw
     close dumpinput_video_<pid>_<pid>.raw
-/^write/ debug 0x380000 ; audioCodec ; threeBytes one
-    write dumpinput_audio_<pid>_<pid>.raw one
-    write dumpdecrypted_0_<pid>_<pid>.raw one
+/^write/ debug 0x200000 ; audioCodec ; threeBytes one ; debug 0x100000 ; audioCodec ; threeBytes one ; debug 0x80000 ; audioCodec ; threeBytes one
     write dumpoutput_audio_<pid>_<pid>.raw one
+    write dumpdecrypted_0_<pid>_<pid>.raw one
+    write dumpinput_audio_<pid>_<pid>.raw one
 /fail/ dumps closed ; removeCodec ; debug 0x300 ; omx ; updateOmxInput 0 data=one ; updateACodecOutput data=one
     W/ZMediaAnalyticV fopen fail 13 (2 times)
 
