@@ -8,24 +8,16 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
+#include <algorithm>
 #include <functional>
+#include <iterator>
 #include <regex>
+#include <sstream>
 
 namespace android::test {
 
-namespace {
-
-std::string clipFolder() {
-    mkdir(CODECPLAY_CLIPS, 0777);
-    return CODECPLAY_CLIPS;
-}
-
-}  // namespace
-
-std::string picture(double seconds, const std::string& size) {
-    return "-f lavfi -i testsrc2=size=" + size + ":rate=30:duration=" + std::to_string(seconds) +
-           " ";
+std::string picture(double seconds) {
+    return "-f lavfi -i testsrc2=size=64x48:rate=30:duration=" + std::to_string(seconds) + " ";
 }
 
 std::string tone(double seconds) {
@@ -36,18 +28,15 @@ std::string tone(double seconds) {
 std::string clip(const std::string& name, const std::string& arguments) {
     // The hash makes a new clip of a recipe that was changed.
     const std::string path =
-            clipFolder() + "/" + std::to_string(std::hash<std::string>()(arguments)) + "-" + name;
+            CODECPLAY_CLIPS "/" + std::to_string(std::hash<std::string>()(arguments)) + "-" + name;
     if (access(path.c_str(), F_OK) == 0) return path;
     // Several test processes may make the same clip; each makes its own and the last one stays.
-    const std::string folder = clipFolder() + "/" + std::to_string(getpid());
-    mkdir(folder.c_str(), 0777);
-    const std::string made = folder + "/" + name;
+    const std::string made = scratchFile(name);
     const ProcessResult result =
             runProcess({"sh", "-c",
                         "ffmpeg -v error -nostdin -y " + arguments + " -threads 1 '" + made + "'"});
     EXPECT_EQ(result.exitCode, 0) << arguments << "\n" << result.err;
     rename(made.c_str(), path.c_str());
-    rmdir(folder.c_str());
     return path;
 }
 
@@ -58,30 +47,30 @@ std::string ordinaryClip() {
 }
 
 std::string changedClip(const std::string& source, const std::string& name,
-                        void (*change)(std::string* bytes)) {
-    std::string bytes = readFile(source);
-    change(&bytes);
+                        const std::string& command) {
     const std::string path = scratchFile(name);
-    std::ofstream(path, std::ios::binary) << bytes;
+    runProcess({"sh", "-c", "export LC_ALL=C; (" + command + ") >" + path, source});
     return path;
 }
 
 std::string scratchFile(const std::string& name) {
+    mkdir(CODECPLAY_CLIPS, 0777);
     const testing::TestInfo* test = testing::UnitTest::GetInstance()->current_test_info();
     std::string stem = std::string(test->test_suite_name()) + "." + test->name() + "-" + name;
-    for (char& c : stem) {
-        if (c == '/') c = '.';
-    }
-    const std::string path = clipFolder() + "/" + stem;
+    std::replace(stem.begin(), stem.end(), '/', '.');
+    const std::string path = CODECPLAY_CLIPS "/" + stem;
     unlink(path.c_str());
     return path;
 }
 
-Played play(std::vector<std::string> arguments) {
+std::vector<std::string> codecplay(const std::string& arguments) {
+    return {"sh", "-c", "exec " CODECPLAY " " + arguments};
+}
+
+Played play(const std::string& arguments) {
     Played played;
     const std::string logFile = scratchFile("log");
-    played.process =
-            runProcess(std::vector<std::string>{CODECPLAY, "--json", "--log", logFile} + arguments);
+    played.process = runProcess(codecplay("--json --log " + logFile + ' ' + arguments));
     static const std::regex kHead(
             R"(^\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} +\d+ +\d+ ([VDIWEF]) (\S+) *: )");
     for (const std::string& line : splitLines(readFile(logFile))) {
@@ -90,34 +79,42 @@ Played play(std::vector<std::string> arguments) {
         played.log.push_back(head[1].str() + "/" + head[2].str() + ": " + head.suffix().str());
     }
     played.json = Json::parse(played.process.out, nullptr, false);
-    EXPECT_FALSE(played.json.is_discarded()) << played.process.out << played.process.err;
+    EXPECT_TRUE(played.json.is_object()) << played.process.out << played.process.err;
+    EXPECT_EQ(played.json["exit_code"], played.process.exitCode) << played.process.err;
+    for (const Json& file : played.json["files"]) {
+        for (const Json& session : file["sessions"]) {
+            if (session["kind"] == "audio") continue;
+            const Json& dropped = session["dropped"];
+            uint64_t accounted = 0;
+            for (const Json& frames :
+                 {session["rendered"], dropped["late"], dropped["requested"],
+                  dropped["before_target"], session["flushed"], session["no_picture"]}) {
+                accounted += frames.get<uint64_t>();
+            }
+            EXPECT_EQ(accounted, session["packets"]) << session;
+        }
+    }
     return played;
 }
 
-std::vector<std::string> analysis(const std::string& mask) {
-    return {"--prop", "mediaanalytic.enable=true", "--prop", "mediaanalytic.debug=" + mask};
+std::string analysis(const std::string& mask) {
+    return "--prop mediaanalytic.enable=true --prop mediaanalytic.debug=" + mask + ' ';
 }
 
-size_t countLines(const std::vector<std::string>& log, const std::string& text) {
-    size_t count = 0;
-    for (const std::string& line : log) count += line.find(text) != std::string::npos;
-    return count;
-}
-
-std::string findLine(const std::vector<std::string>& log, const std::string& text) {
+std::vector<std::string> Played::lines(const std::string& text) const {
+    std::vector<std::string> found;
     for (const std::string& line : log) {
-        if (line.find(text) != std::string::npos) return line;
+        if (line.find(text) != std::string::npos) found.push_back(line);
     }
-    return "";
+    return found;
 }
 
-long numberBehind(const std::vector<std::string>& log, const std::string& text) {
-    const std::string line = findLine(log, text);
-    return line.empty() ? -1 : atol(line.c_str() + line.find(text) + text.size());
+std::string Played::line(const std::string& text) const {
+    const std::vector<std::string> found = lines(text);
+    return found.empty() ? "" : found.front();
 }
 
-std::string missingInOrder(const std::vector<std::string>& log,
-                           const std::vector<std::string>& texts) {
+std::string Played::missingInOrder(const std::vector<std::string>& texts) const {
     auto next = texts.begin();
     for (const std::string& line : log) {
         if (next != texts.end() && line.find(*next) != std::string::npos) ++next;
@@ -125,23 +122,17 @@ std::string missingInOrder(const std::vector<std::string>& log,
     return next == texts.end() ? "" : *next;
 }
 
-std::vector<uint64_t> probedFrames(const std::string& file) {
-    const ProcessResult result =
-            runProcess({"ffprobe", "-v", "quiet", "-count_frames", "-show_entries",
-                        "stream=nb_read_frames", "-of", "json", file});
-    std::vector<uint64_t> frames;
-    const Json probe = Json::parse(result.out);
-    for (const Json& stream : probe["streams"]) {
-        frames.push_back(std::stoull(stream["nb_read_frames"].get<std::string>()));
-    }
-    return frames;
+long numberBehind(const std::string& line, const std::string& text) {
+    const size_t at = line.find(text);
+    return at == std::string::npos ? -1 : atol(line.c_str() + at + text.size());
 }
 
-uint64_t accountedFrames(const Json& session) {
-    const Json& dropped = session["dropped"];
-    return session["rendered"].get<uint64_t>() + dropped["late"].get<uint64_t>() +
-           dropped["requested"].get<uint64_t>() + dropped["before_target"].get<uint64_t>() +
-           session["flushed"].get<uint64_t>() + session["no_picture"].get<uint64_t>();
+std::vector<uint64_t> probedFrames(const std::string& file) {
+    std::istringstream frames(
+            runProcess({"ffprobe", "-v", "quiet", "-count_frames", "-of", "default=nk=1:nw=1",
+                        "-show_entries", "stream=nb_read_frames", file})
+                    .out);
+    return {std::istream_iterator<uint64_t>(frames), {}};
 }
 
 }  // namespace android::test

@@ -14,7 +14,7 @@ namespace android::test {
 using Json = nlohmann::json;
 
 /** ffmpeg inputs: seconds of a small moving picture at 30 frames a second, and of a tone. */
-std::string picture(double seconds, const std::string& size = "64x48");
+std::string picture(double seconds);
 std::string tone(double seconds);
 
 /** A clip that ffmpeg makes from `arguments`, once a build folder. The name ends in the format. */
@@ -23,9 +23,9 @@ std::string clip(const std::string& name, const std::string& arguments);
 /** 4 s of H.264 with B-frames, a sync frame each second, and AAC. */
 std::string ordinaryClip();
 
-/** A copy of a clip that a function changed. */
+/** What a shell's command makes of a clip, which is its $0. */
 std::string changedClip(const std::string& source, const std::string& name,
-                        void (*change)(std::string* bytes));
+                        const std::string& command);
 
 /** A path for a file of this test case that does not exist yet. */
 std::string scratchFile(const std::string& name);
@@ -38,41 +38,33 @@ struct Played {
     /** The document that --json printed. */
     Json json;
 
-    /** Session `index` of the first file. */
-    const Json& session(size_t index) const { return json["files"][0]["sessions"][index]; }
-    const Json& video() const { return session(0); }
+    const Json& sessions() const { return json["files"][0]["sessions"]; }
+    const Json& video() const { return sessions()[0]; }
+
+    /** The lines of the log that hold a text; how many; and the first, "" if there is none. */
+    std::vector<std::string> lines(const std::string& text) const;
+    size_t count(const std::string& text) const { return lines(text).size(); }
+    std::string line(const std::string& text) const;
+    /** The first of the texts that no line holds behind the line of the text before; "" if none. */
+    std::string missingInOrder(const std::vector<std::string>& texts) const;
 };
 
-/** Runs codecplay with --json and --log besides what is given. */
-Played play(std::vector<std::string> arguments);
+/** What a shell is told to run codecplay with these arguments. */
+std::vector<std::string> codecplay(const std::string& arguments);
 
-/** The arguments that switch the frame analysis on, with a debug mask. */
-std::vector<std::string> analysis(const std::string& mask);
+/**
+ * Runs codecplay with --json and --log besides what is given. Whatever it plays, each packet of
+ * video is accounted for, and the document tells the exit code.
+ */
+Played play(const std::string& arguments);
 
-/** Joins lists. */
-template <typename T>
-std::vector<T> operator+(std::vector<T> left, const std::vector<T>& right) {
-    left.insert(left.end(), right.begin(), right.end());
-    return left;
-}
+/** The number behind a text in a line; -1 if it is not there. */
+long numberBehind(const std::string& line, const std::string& text);
 
-/** How many lines of the log hold a text. */
-size_t countLines(const std::vector<std::string>& log, const std::string& text);
+/** The arguments that switch the frame analysis on, with a debug mask; a space behind them. */
+std::string analysis(const std::string& mask);
 
-/** The first line that holds a text, "" if none does. */
-std::string findLine(const std::vector<std::string>& log, const std::string& text);
-
-/** The number behind a text in the first line that holds it; -1 if none does. */
-long numberBehind(const std::vector<std::string>& log, const std::string& text);
-
-/** The first of the texts that no line holds behind the line of the text before it; "" if none. */
-std::string missingInOrder(const std::vector<std::string>& log,
-                           const std::vector<std::string>& texts);
-
-/** Frames of each stream as ffprobe decodes them. */
+/** Frames of each stream as ffprobe decodes them; twice those of transport streams. */
 std::vector<uint64_t> probedFrames(const std::string& file);
-
-/** The frames that left the codec or were given up, by the session's own account. */
-uint64_t accountedFrames(const Json& session);
 
 }  // namespace android::test

@@ -69,6 +69,5 @@ if(TARGET codecplay)
     target_compile_definitions(codecreport_played_test PRIVATE
         CODECREPORT="$<TARGET_FILE:codecreport>"
         CODECPLAY="$<TARGET_FILE:codecplay>"
-        CODECPLAY_CLIPS="${CMAKE_CURRENT_BINARY_DIR}/codecreport-clips"
-        CODECPLAY_DEMO_CLIP="${CMAKE_SOURCE_DIR}/tools/codecplay/make-demo-clip.sh")
+        CODECPLAY_CLIPS="${CMAKE_CURRENT_BINARY_DIR}/codecreport-clips")
 endif()

@@ -14,10 +14,9 @@ struct Both {
     Json report;
 };
 
-Both playAndReport(std::vector<std::string> arguments) {
+Both playAndReport(const std::string& arguments) {
     const std::string log = scratchFile("session.log");
-    const auto played = runProcess(std::vector<std::string>{CODECPLAY, "--json", "--log", log} +
-                                   std::move(arguments));
+    const auto played = runProcess(codecplay("--json --log " + log + ' ' + arguments));
     EXPECT_EQ(0, played.exitCode) << played.err;
     const auto report = runProcess({CODECREPORT, log, "--json", "-q"});
     EXPECT_EQ(0, report.exitCode) << report.err;
@@ -37,9 +36,8 @@ TEST(CodecreportPlayed, everyLineOfTheLibraryIsUnderstood) {
     // All lines of the analysis but the dumps, of both back-ends, with faults and interruptions.
     for (const char* backEnd : {"--codec2", "--omx", "--tunneled", "--secure"}) {
         const Both both = playAndReport(
-                analysis("0x3046f") +
-                std::vector<std::string>{backEnd, "--speed", "0", "--drop", "60-64", "--seek",
-                                         "0.5@2", "--error", "recoverable@3", ordinaryClip()});
+                analysis("0x3046f") + backEnd +
+                " --speed 0 --drop 60-64 --seek 0.5@2 --error recoverable@3 " + ordinaryClip());
         const Json& input = both.report["input"];
         EXPECT_EQ(0, input["unknown_count"]) << backEnd << input["examples"];
         EXPECT_EQ(0, input["cut_off_count"]) << backEnd << input["examples"];
@@ -52,8 +50,7 @@ TEST(CodecreportPlayed, everyLineOfTheLibraryIsUnderstood) {
 }
 
 TEST(CodecreportPlayed, insertedStallIsFoundAndNamed) {
-    const Both both = playAndReport(analysis("0x407") +
-                                    std::vector<std::string>{"--stall", "60:400", ordinaryClip()});
+    const Both both = playAndReport(analysis("0x407") + "--stall 60:400 " + ordinaryClip());
     const Json session = videoOf(both.report);
     ASSERT_GE(session["incident_count"], 1);
     // 30 frames a second: what was to be shown at 2 s stood for the stall at least.
