@@ -9,17 +9,7 @@ namespace android::test {
 
 namespace {
 
-class FullClient : public FakeClient {
-  public:
-    String8 getClientHDRType() override { return String8("HDR10+"); }
-    int32_t getClientBitDepth() override { return 10; }
-    String8 getClientScanType() override { return String8("p"); }
-    int64_t getTimeSinceLastFrameRendered() override { return 0x0102030405060708; }
-    int32_t getUid() override { return 10057; }
-    int64_t getBufferCountSinceLastFlush() override { return -1; }
-    bool isVideoClientUsingSecureMem() override { return true; }
-    String8 getClientCodecFormat() override { return String8("hevc"); }
-};
+using Client = IMediaCodecLoggerClient;
 
 struct Call {
     uint32_t code;
@@ -27,44 +17,40 @@ struct Call {
     const char* full;   // what a proxy of a FullClient reads from it
     const char* plain;  // what a proxy of a FakeClient reads
     const char* dead;   // what a proxy reads whose peer is dead
-    std::function<std::string(IMediaCodecLoggerClient&)> call;
+    std::function<std::string(Client&)> call;
 };
 
-std::string resolution(IMediaCodecLoggerClient& client) {
-    int width = 7;
-    int height = 8;
-    client.getClientResolution(width, height);
-    return std::to_string(width) + "x" + std::to_string(height);
-}
-
-std::string color(IMediaCodecLoggerClient& client) {
-    int value = 9;
-    client.getClientColorProperties(value);
-    return std::to_string(value);
-}
-
-template <String8 (IMediaCodecLoggerClient::*method)()>
-std::string text(IMediaCodecLoggerClient& client) {
+template <String8 (Client::*method)()>
+std::string text(Client& client) {
     return (client.*method)().string();
 }
 
 template <auto method>
-std::string number(IMediaCodecLoggerClient& client) {
+std::string number(Client& client) {
     return std::to_string((client.*method)());
 }
 
-using Client = IMediaCodecLoggerClient;
 const Call kCalls[] = {
         {1, "09000000 0948573a 20594553 0a000000", "\tHW: YES\n", "\tHW: YES\n", "",
          text<&Client::getStatus>},
         {2, "04000000 612e6263 00000000", "a.bc", "a.bc", "", text<&Client::getPackageName>},
         {3, "01000000", "1", "1", "0", number<&Client::isVideoClient>},
         {4, "67120000", "4711", "4711", "0", number<&Client::getPid>},
-        {6, "80070000 38040000", "1920x1080", "1920x1080", "7x8", resolution},
+        {6, "80070000 38040000", "1920x1080", "1920x1080", "7x8",
+         [](Client& client) {
+             int width = 7, height = 8;
+             client.getClientResolution(width, height);
+             return std::to_string(width) + "x" + std::to_string(height);
+         }},
         {7, "06000000 48445231 302b0000", "HDR10+", "", "", text<&Client::getClientHDRType>},
         {8, "0a000000", "10", "0", "0", number<&Client::getClientBitDepth>},
         {9, "01000000 70000000", "p", "", "", text<&Client::getClientScanType>},
-        {10, "feffffff", "-2", "-2", "9", color},
+        {10, "feffffff", "-2", "-2", "9",
+         [](Client& client) {
+             int value = 9;
+             client.getClientColorProperties(value);
+             return std::to_string(value);
+         }},
         {11, "08070605 04030201", "72623859790382856", "0", "0",
          number<&Client::getTimeSinceLastFrameRendered>},
         {12, "49270000", "10057", "-1", "0", number<&Client::getUid>},
@@ -74,7 +60,7 @@ const Call kCalls[] = {
          text<&Client::getClientCodecFormat>},
 };
 
-sp<IMediaCodecLoggerClient> proxyOf(const sp<IBinder>& binder) {
+sp<Client> proxyOf(const sp<IBinder>& binder) {
     return new BpMediaCodecLoggerClient(binder);
 }
 

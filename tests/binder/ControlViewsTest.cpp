@@ -22,19 +22,15 @@ CodecInfo videoCodec() {
     codec.entry.handle = 12;
     codec.entry.id = 0x7f001234;
     codec.entry.pid = 345;
-    codec.entry.uid = 10057;
     codec.entry.packageName = "com.app";
     codec.entry.format = "hevc";
     codec.entry.isVideo = true;
     codec.entry.isActive = true;
-    codec.entry.lateOutputs = 2;
-    codec.entry.longestDelayMs = 1500;
     codec.status =
             "\tCodec Type: VIDEO\n\tInput Bitrate: 4200\n"
             "\tStream Framerate (fps): 59.940\n\tFramesDropped: 7\n";
     codec.width = 1920;
     codec.height = 1080;
-    codec.hdrType = "HDR10";
     codec.msSinceLastFrame = 16;
     codec.frames = 500;
     readStatusText(&codec);

@@ -170,6 +170,26 @@ class FakeClient : public BnMediaCodecLoggerClient {
     void getClientColorProperties(int& value) override { value = -2; }
 };
 
+/** A client that overrides all. */
+class FullClient : public FakeClient {
+  public:
+    explicit FullClient(const char* format = "hevc", bool isVideo = true)
+        : mFormat(format), mIsVideo(isVideo) {}
+    bool isVideoClient() override { return mIsVideo; }
+    String8 getClientHDRType() override { return String8("HDR10+"); }
+    int32_t getClientBitDepth() override { return 10; }
+    String8 getClientScanType() override { return String8("p"); }
+    int64_t getTimeSinceLastFrameRendered() override { return 0x0102030405060708; }
+    int32_t getUid() override { return 10057; }
+    int64_t getBufferCountSinceLastFlush() override { return -1; }
+    bool isVideoClientUsingSecureMem() override { return true; }
+    String8 getClientCodecFormat() override { return mFormat; }
+
+  private:
+    const String8 mFormat;
+    const bool mIsVideo;
+};
+
 constexpr int64_t kId = 0x7f00'0000'1234;
 #define ID " 34120000 007f0000"
 

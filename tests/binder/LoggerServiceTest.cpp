@@ -15,24 +15,11 @@ namespace {
 using codecloggerd::LoggerService;
 using testing::ElementsAre;
 
-class NamedClient : public FakeClient {
-  public:
-    NamedClient(bool isVideo, const char* format) : mIsVideo(isVideo), mFormat(format) {}
-    bool isVideoClient() override { return mIsVideo; }
-    String8 getClientCodecFormat() override { return String8(mFormat); }
-    int64_t getBufferCountSinceLastFlush() override { return 12; }
-    int32_t getUid() override { return 10057; }
-
-  private:
-    const bool mIsVideo;
-    const char* const mFormat;
-};
-
 class CodecLoggerService : public testing::Test {
   protected:
-    void addVideo(int64_t id) { service->registerClient(id, new NamedClient(true, "avc")); }
+    void addVideo(int64_t id) { service->registerClient(id, new FullClient); }
     void addAudio(int64_t id, const char* format) {
-        service->registerClient(id, new NamedClient(false, format));
+        service->registerClient(id, new FullClient(format, false));
     }
     std::vector<int64_t> activeVideoClients() {
         std::vector<int64_t> ids;
@@ -60,7 +47,7 @@ TEST_F(CodecLoggerService, activeVideoClient_isTheOneWithTheLatestSignOfLife) {
     EXPECT_THAT(activeVideoClients(), ElementsAre(3, 1));
     const sp<IMediaCodecLoggerClient> active = service->getActiveVideoClient(id);
     EXPECT_EQ(id, 3);
-    EXPECT_STREQ(active->getClientCodecFormat(), "avc");
+    EXPECT_STREQ(active->getClientCodecFormat(), "hevc");
     service->unregisterClient(3);
     service->unregisterClient(77);
     EXPECT_THAT(activeVideoClients(), ElementsAre(1));
@@ -76,7 +63,7 @@ TEST_F(CodecLoggerService, queries_areAnsweredByTheClientOrRefused) {
     int32_t uid = 0;
     EXPECT_TRUE(service->getBufferCountSinceLastFlush(1, &count).isOk());
     EXPECT_TRUE(service->getUid(1, &uid).isOk());
-    EXPECT_EQ(count, 12);
+    EXPECT_EQ(count, -1);
     EXPECT_EQ(uid, 10057);
     EXPECT_EQ(textOf(service->getUid(2, &uid)), "-3 no client has id 2");
     addAudio(3, "ac3");

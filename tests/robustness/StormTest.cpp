@@ -59,10 +59,9 @@ class StormService : public RecordingService {
         mClients[id] = client;
     }
     void unregisterClient(int64_t id) override {
-        // Released outside the lock: it may be the last reference.
-        decltype(mClients)::node_type removed;
-        std::lock_guard<std::mutex> guard(mTableLock);
-        removed = mClients.extract(id);
+        std::unique_lock<std::mutex> guard(mTableLock);
+        const auto removed = mClients.extract(id);
+        guard.unlock();  // it may be the last reference
     }
     sp<IMediaCodecLoggerClient> anyClient(Random& random) {
         std::lock_guard<std::mutex> guard(mTableLock);

@@ -49,10 +49,6 @@ void FakeClock::leapTo(int64_t seconds) {
     gLeapSeconds = static_cast<uint64_t>(seconds) - gNowNs / kNsPerSecond;
 }
 
-int64_t FakeClock::nowMs() const {
-    return gNowNs / 1000000;
-}
-
 int64_t FakeClock::nowUs() const {
     return gNowNs / 1000;
 }
@@ -61,8 +57,8 @@ int64_t FakeClock::reads() const {
     return gReads;
 }
 
-void FakeClock::advanceNs(int64_t ns) {
-    gNowNs += ns;
+void FakeClock::advanceUs(int64_t us) {
+    gNowNs += us * 1000;
 }
 
 }  // namespace android::test

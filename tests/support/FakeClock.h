@@ -17,21 +17,14 @@ class FakeClock {
     explicit FakeClock(int64_t startMs = 0);
     ~FakeClock();
 
-    FakeClock(const FakeClock&) = delete;
-    FakeClock& operator=(const FakeClock&) = delete;
-
-    void advanceMs(int64_t ms) { advanceNs(ms * 1000000); }
-    void advanceUs(int64_t us) { advanceNs(us * 1000); }
-    /** Moves it to any second that a timespec can hold, which nowMs() and nowUs() do not follow. */
+    void advanceMs(int64_t ms) { advanceUs(ms * 1000); }
+    void advanceUs(int64_t us);
+    /** Moves it to any second that a timespec can hold, which nowUs() does not follow. */
     void leapTo(int64_t seconds);
-    int64_t nowMs() const;
     int64_t nowUs() const;
 
-    /** How often the clock was read since its creation, not counting nowMs() and nowUs(). */
+    /** How often the clock was read since its creation, not counting nowUs(). */
     int64_t reads() const;
-
-  private:
-    void advanceNs(int64_t ns);
 };
 
 }  // namespace android::test

@@ -20,8 +20,12 @@ namespace android::test {
 class OneServiceManager : public IServiceManager {
   public:
     static OneServiceManager& instance() {
-        static OneServiceManager& manager = install();
-        return manager;
+        static const sp<OneServiceManager> manager = [] {
+            const sp<OneServiceManager> made = new OneServiceManager;
+            setDefaultServiceManager(made);
+            return made;
+        }();
+        return *manager;
     }
 
     void setService(const sp<IBinder>& service) {
@@ -45,12 +49,6 @@ class OneServiceManager : public IServiceManager {
     IBinder* onAsBinder() override { return nullptr; }
 
   private:
-    static OneServiceManager& install() {
-        const sp<OneServiceManager> manager = new OneServiceManager;
-        setDefaultServiceManager(manager);
-        return *manager;
-    }
-
     mutable std::mutex mLock;
     sp<IBinder> mService;
 };

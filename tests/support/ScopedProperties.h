@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <stdio.h>
 #include <stdlib.h>
 
 #include <initializer_list>
@@ -22,13 +21,9 @@ class ScopedProperties {
         hostplatform::failPropertySet(false);
         hostplatform::clearProperties();
     }
-    ScopedProperties(const ScopedProperties&) = delete;
-    ScopedProperties& operator=(const ScopedProperties&) = delete;
 
     void set(const char* key, const char* value) {
-        if (property_set(key, value) == 0) return;
-        fprintf(stderr, "property %s cannot be set\n", key);
-        abort();
+        if (property_set(key, value) != 0) abort();
     }
 };
 

@@ -62,19 +62,12 @@ void write(Parcel& parcel, const sp<IBinder>& value) {
     parcel.writeStrongBinder(value);
 }
 
-/** Calls `code` with integers and objects. */
+/** Calls `code` with integers and objects; one-way where there is no place for a reply. */
 template <typename... Values>
 status_t call(const sp<IBinder>& target, uint32_t code, Parcel* reply, const Values&... values) {
     Parcel request;
     (write(request, values), ...);
-    return target->transact(code, request, reply);
-}
-
-template <typename... Values>
-status_t callOneway(const sp<IBinder>& target, uint32_t code, const Values&... values) {
-    Parcel request;
-    (write(request, values), ...);
-    return target->transact(code, request, nullptr, IBinder::FLAG_ONEWAY);
+    return target->transact(code, request, reply, reply == nullptr ? IBinder::FLAG_ONEWAY : 0);
 }
 
 /** The int32 that `code` answers, or the negative status. */
@@ -173,15 +166,15 @@ TEST_F(CrossProcessTest, callsNestOnTheThreadThatWaits) {
 }
 
 TEST_F(CrossProcessTest, oneWayCallsKeepTheirOrderAndDoNotWait) {
-    EXPECT_EQ(OK, callOneway(mRemote, kBlock));
-    for (int i = 0; i < 200; i++) EXPECT_EQ(OK, callOneway(mRemote, kAppend, i));
+    EXPECT_EQ(OK, call(mRemote, kBlock, nullptr));
+    for (int i = 0; i < 200; i++) EXPECT_EQ(OK, call(mRemote, kAppend, nullptr, i));
     const sp<IBinder> made = callBinder(mRemote, kMake);
-    EXPECT_EQ(OK, callOneway(made, kAppend, 9));
+    EXPECT_EQ(OK, call(made, kAppend, nullptr, 9));
     EXPECT_TRUE(eventually([&] { return listOf(made).size() == 1; }));
     // Two-way calls overtake them, and the order is that of one object, not of the process.
     EXPECT_TRUE(eventually([&] { return callInt(mRemote, kBlocked) == 1; }));
     EXPECT_TRUE(listOf(mRemote).empty());
-    EXPECT_EQ(OK, call(mRemote, kUnblock, nullptr));
+    EXPECT_EQ(OK, callInt(mRemote, kUnblock));
     ASSERT_TRUE(eventually([&] { return listOf(mRemote).size() == 200; }));
     const std::vector<int64_t> list = listOf(mRemote);
     // The first is the calling pid, which a one-way call does not tell: 0.
@@ -217,7 +210,7 @@ TEST_F(CrossProcessTest, whenAPeerDies_callsUnderWayFailAndAllItsObjectsAreDead)
     mPeer.end(SIGKILL, 128 + SIGKILL);
     for (std::thread& thread : threads) thread.join();
     EXPECT_EQ(8, failed);
-    EXPECT_EQ(DEAD_OBJECT, callOneway(mRemote, kAppend, 1));
+    EXPECT_EQ(DEAD_OBJECT, call(mRemote, kAppend, nullptr, 1));
     EXPECT_TRUE(eventually([&] { return recipient->deaths == 1; }));
     EXPECT_EQ(linked.get(), recipient->lastDead);
     EXPECT_FALSE(linked->isBinderAlive());
@@ -272,7 +265,7 @@ TEST_F(CrossProcessTest, whatIsNoMessageEndsTheConnectionAndHarmsNobody) {
         uint8_t byte;
         return recv(socket.get(), &byte, 1, MSG_DONTWAIT) == 0;
     }));
-    call(mRemote, kKeep, nullptr, sp<IBinder>());
+    callBinder(mRemote, kKeep, sp<IBinder>());
     EXPECT_EQ(5, callInt(mRemote, kEcho, 5));
     EXPECT_TRUE(eventually([&] { return callInt(mRemote, kCount) == 1; }));
     mPeer.end(SIGTERM, 0);  // in good order, with connections open
