@@ -120,7 +120,7 @@ const Operations& analyticsOperations() {
                  const bool isVideo = !a.flag("notVideo");
                  const bool isOff = a.flag("off");
                  const bool isDecoder = !a.flag("encoder");
-                 const long key = a.namedNumber("key", 0);
+                 const long key = a.flag("byKey") ? a.stage.key : a.namedNumber("key", 0);
                  const int64_t port = a.number();
                  const int64_t count = a.number();
                  const int64_t minUndequeued = a.number(0);

@@ -242,7 +242,11 @@ const Operations& loggerOperations() {
                  if (at == std::string::npos) return result("none");
                  result(status.substr(at + name.size(), status.find('\n', at) - at - name.size()));
              }},
-            {"client", askClient},
+            {"client",
+             [](Args& a) {
+                 do askClient(a);
+                 while (!a.isEmpty());
+             }},
     };
     return operations;
 }

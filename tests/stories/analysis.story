@@ -32,13 +32,10 @@ dropIt 5040000
 story texts_growBeyondTheirBuffer: catches a line that is cut or loses a character where its buffer ends
 define longName = codec x ; addCodec "n"*$1 ; updateBuffers 0 0 ; announce 1 ; updateInputFrame 1 format="n"*$1 ; updateOutputFrame 1
 ~begin ; debug 0x400
-/Pre-Render/ longName 191
+/Pre-Render/ longName 191 ; longName 192 ; longName 193 ; longName 600
     I/ZMediaAnalyticV Pre-Render n{191}:1(10000) TD:0 FARD:(10000) FAD:0(10000) AL:0(10000) FL:0(0) 0/1$D:-0(0)$I:-0(0:0)
-/Pre-Render/ longName 192
     I/ZMediaAnalyticV Pre-Render n{192}:1(10000) TD:0 FARD:(10000) FAD:0(10000) AL:0(10000) FL:0(0) 0/1$D:-0(0)$I:-0(0:0)
-/Pre-Render/ longName 193
     I/ZMediaAnalyticV Pre-Render n{193}:1(10000) TD:0 FARD:(10000) FAD:0(10000) AL:0(10000) FL:0(0) 0/1$D:-0(0)$I:-0(0:0)
-/Pre-Render/ longName 600
     I/ZMediaAnalyticV Pre-Render n{600}:1(10000) TD:0 FARD:(10000) FAD:0(10000) AL:0(10000) FL:0(0) 0/1$D:-0(0)$I:-0(0:0)
 
 story whenTheMessageIsLate_itsHistoryIsShown: catches the bound, an event outside the time between, and inputs or buffers in another order
@@ -132,15 +129,9 @@ define reach = flush ; shownFirst ; feed 40000 ; dequeue 99 ; after 40 ; decode 
 story limits_areSetByTheirProperties: catches a property that sets another limit, or none
 define one = codec one ; addCodec ; updateBuffers 0 0 ; feed 1000 ; decode 1000 ; after 11 ; feed 2000 ; updateOutputFrame 1000 ; updateQueueBuffer 1 @-11 @+289 ; updateQueueBuffer 2 @-11 @-7 ; updateDequeueBuffer 1 @-90 ; removeCodec ; after -11
 ~begin ; debug 0x400
-/a/ one
-    I/ZMediaAnalyticV one Frame:1 Decrypt cost:0 ts:1000 size:1000
-    I/ZMediaAnalyticV one Frame:1 sent to Omx, ETB(Empty this buffer) Timestamp:1000 size:1000 frames owned by OMX:3 tsS:1 flag:0
-    I/ZMediaAnalyticV one Frame:2 Decrypt cost:0 ts:2000 size:1000
-    I/ZMediaAnalyticV one Frame:2 sent to Omx, ETB(Empty this buffer) Timestamp:2000 size:1000 frames owned by OMX:3 tsS:2 flag:0
-    I/ZMediaAnalyticV one Frame:1 Decoded and filled into output buffer, FBD(Fill buffer done) mediaTs:1000, 0/2
-    I/ZMediaAnalyticV one Frame:1 Frame latency in MediaCodec: 11 Frame latency in Codec: 0 1000 s:2 i:0
-    I/ZMediaAnalyticV one Frame:1 AL: App Latency: time spent by frame after it is ready in MediaCodec but before app handles it 0
+/$/ one
     I/ZMediaAnalyticV Pre-Render one:1000(10010) TD:1 FARD:(10011) FAD:10000(11) AL:0(10011) FL:0(11) 0/2$D:-0(0)$I:-0(1:0)
+/ue/ one
     I/ZMediaAnalyticV queueBuffer cost:11 ts:40000
     I/ZMediaAnalyticV Warning queueBuffer early too large:289 ms ts:40000
     W/ZMediaAnalyticV Warning: queue too many buffers 1
@@ -154,9 +145,7 @@ define one = codec one ; addCodec ; updateBuffers 0 0 ; feed 1000 ; decode 1000 
 ~property mediaanalytic.maxdecodetime "" ; property mediaanalytic.vsyncperiod -7
 /small/ one
 ~property mediaanalytic.vsyncperiod "" ; property mediaanalytic.maxqueuetime 0x64
-/cost/ one
-    I/ZMediaAnalyticV one Frame:9 Decrypt cost:0 ts:1000 size:1000
-    I/ZMediaAnalyticV one Frame:10 Decrypt cost:0 ts:2000 size:1000
+/queueBuffer cost/ one
 ~property mediaanalytic.maxqueuetime "" ; property mediaanalytic.maxearlytime 300
 /large/ one
 ~property mediaanalytic.maxearlytime "" ; property mediaanalytic.maxdequeuetime 90

@@ -1,14 +1,6 @@
 # Frames that are dropped, frames that are rendered, and what the service is told of them.
 
 story aRun_countsAsPiecesOf10_5_2And1: catches a piece that is lost or of another size
-~settle ; drop 1 ; render 0 ; output 5000000 ; output 10000000
-/ConsecFD/ logMetrics
-    metric lxcd/2/02330410 FramedropType 1 frames [HW_avc] ConsecFD=1 1
-    metric lxcd/2/02330410 FramedropType 1 frames [HW_avc] ConsecFD=max 1
-~settle ; drop 4 ; render 0 ; output 5000000 ; output 10000000
-/ConsecFD/ logMetrics
-    metric lxcd/2/02330410 FramedropType 2 frames [HW_avc] ConsecFD=2 1
-    metric lxcd/2/02330410 FramedropType 4 frames [HW_avc] ConsecFD=max 1
 ~settle ; drop 9 ; render 0 ; output 5000000 ; output 10000000
 /ConsecFD/ logMetrics
     metric lxcd/2/02330410 FramedropType 2 frames [HW_avc] ConsecFD=2 1
@@ -23,7 +15,7 @@ story aRun_countsAsPiecesOf10_5_2And1: catches a piece that is lost or of anothe
     I 99999999.HW.c2.video.avc.TotalFramesDropped = 57
     metric w9lq/2/02330410 TotalFramesDropped 57 frames [HW_avc] 1
     I 99999999.HW.c2.video.avc.MaxConsecutiveFramesDropped = 48
-    = com.android.mediaplayer.HW.c2.video.avc:videoResolution.SD=10000:OneConsecutiveFramesDropped=3:TwoConsecutiveFramesDropped=2:FiveConsecutiveFramesDropped=2:TenConsecutiveFramesDropped=4:TotalFramesDropped=57:MaxConsecutiveFramesDropped=48:BRISK-P5Ms=0:BRISK-P2Ms=18446744073709549113:BRISK-P3Ms=0:FirstFrameReadyMs=0
+    = com.android.mediaplayer.HW.c2.video.avc:videoResolution.SD=10000:OneConsecutiveFramesDropped=3:TwoConsecutiveFramesDropped=2:FiveConsecutiveFramesDropped=2:TenConsecutiveFramesDropped=4:TotalFramesDropped=57:MaxConsecutiveFramesDropped=48:BRISK-P5Ms=0:BRISK-P2Ms=18446744073709550115:BRISK-P3Ms=0:FirstFrameReadyMs=0
 
 story theTotal_isLoggedWhenItIsAMultipleOfTen: catches another multiple, and a prefix that is a run too early
 ~settle
@@ -180,15 +172,9 @@ service lifetime=0 ; answers allowlist=1 ; isInMitigateFrameDropAllowlist
     = false
 
 story theDropClass_isHardwareOrSoftware: catches the marks of a class in another order or of another codec
-~configure c2.vendor.x video/avc flags=1 ; input 0 secure
-getFramedropMeta
-    = HW_secure_tunneled
-~configure c2.android.x video/avc ; input 0 secure
-getFramedropMeta
-    = SW_secure
-~configure c2.v audio/mp4a-latm ; input 0
-getFramedropMeta
-    = SW
+define class = configure $* ; input 0 secure ; getFramedropMeta
+/^=/ class c2.vendor.x video/avc flags=1 ; class c2.android.x video/avc ; class c2.v audio/mp4a-latm
+    = HW_secure_tunneled | SW_secure | SW_secure
 
 story aFrame_readsTheClockThreeTimes: catches a clock read more on the path of every frame
 # Once for the input, once for the render, once for the late-output check.

@@ -103,18 +103,13 @@ display 1280 720 ; size 1280 720 ; updateDisplaySize ; displayQueries ; getEmbed
 
 story theDisplay_mayFail: catches a class that is taken from a display that did not answer
 ~configure
-display none 3840 2160 ; updateDisplaySize ; getEmbeddedWarnings
-    = 99999999.HW.c2.video.avc
-display status=-2 ; updateDisplaySize ; getEmbeddedWarnings
-    = 99999999.HW.c2.video.avc
-display ; updateDisplaySize ; getEmbeddedWarnings
-    = 99999999.4K.HW.c2.video.avc
+define screen = display $* ; updateDisplaySize ; getEmbeddedWarnings
+screen none 3840 2160 ; screen status=-2 ; screen
+    = 99999999.HW.c2.video.avc | 99999999.HW.c2.video.avc | 99999999.4K.HW.c2.video.avc
 
 story widths_mapToClasses: catches the bounds, and a width compared signed
-mapResolution 0 ; mapResolution 1279 ; mapResolution 1280 ; mapResolution 1919 ; mapResolution 1920
-    = 0 | 0 | 1 | 1 | 2
-mapResolution 3839 ; mapResolution 3840 ; mapResolution 4294967295
-    = 2 | 3 | 3
+mapResolution 0 ; mapResolution 1279 ; mapResolution 1280 ; mapResolution 1919 ; mapResolution 1920 ; mapResolution 3839 ; mapResolution 3840 ; mapResolution 4294967295
+    = 0 | 0 | 1 | 1 | 2 | 2 | 3 | 3
 
 story anEncodersChange_isIgnored: catches a change that an encoder or another's switch takes up
 ~configure c2.v video/avc encoder
@@ -127,10 +122,8 @@ configure c2.v video/avc ; size 1280 720 ; getResolution
 
 story vendorValues_followTheirKeys: catches a key found inside another, a missing separator, and numbers of another base
 define value = parseMetricValue $1 abc
-value abc=5 ; value abc= ; value abc ; value "" ; value x ; value abc=-12;d ; value abc:x ; value xabc=7abc=8 ; value abc==5 ; value "abc= 6" ; value abc=0x1
-    = 5 | 0 | 0 | 0 | 0 | -12 | 0 | 7 | 0 | 6 | 0
-value abc=9223372036854775808 ; value 12345678
-    = 9223372036854775807 | 0
+value abc=5 ; value abc= ; value abc ; value "" ; value x ; value abc=-12;d ; value abc:x ; value xabc=7abc=8 ; value abc==5 ; value "abc= 6" ; value abc=0x1 ; value abc=9223372036854775808 ; value 12345678
+    = 5 | 0 | 0 | 0 | 0 | -12 | 0 | 7 | 0 | 6 | 0 | 9223372036854775807 | 0
 
 story thePrefix_tellsWarningsScreenSecurityAndTag: catches a warning's bound, and the marks of security crossed
 ~settle

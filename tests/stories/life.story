@@ -22,9 +22,6 @@ getCodecFormat video/x-vnd.on2.vp9 ; getCodecFormat audio ; getCodecFormat text/
     = vp9 | audio | a/b
 
 story whenANameIsEmpty_theProcessDies: catches a precondition that is not held to
-fork configure "" video/avc
-    F !(!codecName.empty()): media/mediaCodecLogger/MediaCodecLogger:430 CHECK(!codecName.empty()) failed.
-    died
 fork configure "" ""
     F !(!codecName.empty()): media/mediaCodecLogger/MediaCodecLogger:430 CHECK(!codecName.empty()) failed.
     died
@@ -34,11 +31,10 @@ fork configure c2.vendor ""
 
 story whenPlaybackIsAdaptive_logsTheScreen: catches the bounds of a screen's class, and a size of which one side is 0
 define adaptive = display $1 1 ; configure c2.v $2 maxWidth=$3 maxHeight=$4
-/Adaptive/ adaptive 1279 video/avc 8 9 ; adaptive 1280 video/avc 8 9 ; adaptive 1920 video/avc 8 9 ; adaptive 3839 video/avc -8 9
+/Adaptive/ adaptive 1279 video/avc 8 9 ; adaptive 1280 video/avc 8 9 ; adaptive 1920 video/avc 8 9 ; adaptive 3839 video/avc -8 9 ; adaptive 3840 video/avc 8 9 ; adaptive 3840 video/avc 8 0 ; adaptive 3840 video/avc 0 9
     I HW.c2.video.avc Adaptive Streaming max w:8 h:9, screen size:SD (2 times)
     I HW.c2.video.avc Adaptive Streaming max w:8 h:9, screen size:FHD
     I HW.c2.video.avc Adaptive Streaming max w:-8 h:9, screen size:FHD
-/Adaptive/ adaptive 3840 video/avc 8 9 ; adaptive 3840 video/avc 8 0 ; adaptive 3840 video/avc 0 9
     I HW.c2.video.avc Adaptive Streaming max w:8 h:9, screen size:4K
 # Audio does not ask for the display.
 ~displayQueries ; adaptive 3840 audio/x 8 9
@@ -76,7 +72,7 @@ profileP2End
     I [BRISK] HW.c2.video.avc P2 - 1000
     D Got zephra_media_codec_logger Service. Calling PID = 99999999
     -> registerClient(client)
-client getPid ; client isVideoClient ; client getPackageName ; client getUid
+client getPid isVideoClient getPackageName getUid
     = 99999999 | true | com.android.mediaplayer | 1000
 # Once more with the service it has. The reset in between takes it off the list.
 configure c2.v audio/mp4a-latm
@@ -90,21 +86,17 @@ profileP2End
 logMetrics ; release
     -> unregisterClient(client)
     = com.android.mediaplayer.VND.c2.audio.mp4a
-client getUid ; client getPid ; client getStatus ; client getClientCodecFormat ; client getClientResolution
-    = -1 | 99999999 | "" | "" | -1x-1
-client getTimeSinceLastFrameRendered ; client getBufferCountSinceLastFlush ; client isVideoClientUsingSecureMem
-    = 0 | 0 | false
+client getUid getPid getStatus getClientCodecFormat getClientResolution getTimeSinceLastFrameRendered getBufferCountSinceLastFlush isVideoClientUsingSecureMem
+    = -1 | 99999999 | "" | "" | -1x-1 | 0 | 0 | false
 
 story theClient_answersForItsLogger: catches a getter that asks for something else
 service
 ~configure c2.v video/hevc ; profileP2End ; input 0 ; output 0 ; output 33333 ; render 0 ; input 5 secureMemory
 ~updateFormatChanged width=1280 height=720 vendor.mtk-codec2.hdr-type=4 vendor.mtk-codec2.color-depth=10 vendor.mtk-codec2.scan-type=1 color-standard=6
 ~output 66666 ; output 99999
-client getClientResolution ; client getClientHDRType ; client getClientBitDepth ; client getClientScanType
-    = 1280x720 | HLG | 10 | interlace
-client getClientColorProperties ; client getBufferCountSinceLastFlush ; client isVideoClientUsingSecureMem ; client getClientCodecFormat
-    = 6 | 2 | true | hevc
-after 12 ; client getTimeSinceLastFrameRendered ; client getStatus
+client getClientResolution getClientHDRType getClientBitDepth getClientScanType getClientColorProperties getBufferCountSinceLastFlush isVideoClientUsingSecureMem getClientCodecFormat
+    = 1280x720 | HLG | 10 | interlace | 6 | 2 | true | hevc
+after 12 ; client getTimeSinceLastFrameRendered getStatus
     = 12 | \tCodec Type: VIDEO\n\tHW: YES\n\tFormat: hevc\n\tSecure: NO\n\tIs Secure Memory Used: YES\n\tInput Bitrate: 0\n\tResolution: 1280x720\n\tStream Framerate (fps): 30.000\n\tFramesDropped: 0\n
 
 story withoutAService_aLineSaysSo: catches a client that registers nowhere silently
@@ -197,7 +189,7 @@ resetMetricsData
     -> unregisterClient(client)
 getStatus ; getEmbeddedWarnings ; getFramerate ; getResolution ; getBitDepth ; getColorProperties ; getFramedropMeta
     = \tCodec Type: VIDEO\n\tHW: YES\n\tFormat: avc\n\tSecure: NO\n\tIs Secure Memory Used: NO\n\tInput Bitrate: 0\n\tResolution: 0x0\n\tStream Framerate (fps): 0.000\n\tFramesDropped: 0\n | 99999999.HW.c2.video.avc | 24 | 0x0 | 0 | 0 | HW
-client getBufferCountSinceLastFlush ; client getTimeSinceLastFrameRendered ; client isVideoClientUsingSecureMem ; client getClientCodecFormat
+client getBufferCountSinceLastFlush getTimeSinceLastFrameRendered isVideoClientUsingSecureMem getClientCodecFormat
     = 0 | 7502 | false | avc
 # No change is pending, no run is open, no repeat is counted; the first timestamp and the first frame come again.
 updateFrameDropCounters ; input 7 ; output 40000 ; output 40000 ; render 40000
@@ -211,27 +203,8 @@ updateFrameDropCounters ; input 7 ; output 40000 ; output 40000 ; render 40000
     -> onFirstFrameRendered(client)
 # What is left of the sample, the interval and the stop shows in what is measured next.
 ~after 5001 ; input 0 ; times 239 { input +20000 } ; output 5040000 ; output 10040000
-getFramerate ; logMetrics
-    = 50
-    I 99999999.HW.c2.video.avc.TotalVideoPlaybackTimeMs = 10000
-    metric j2w8/2/02330410 VideoCodec 10000 ms [HW_avc] 0
-    metric qkuh/2/02330410 TotalVideoPlaybackTimeMs 10000 ms [HW_avc] 0
-    I 99999999.HW.c2.video.avc.StreamAvgFramerate = 0.300
-    metric 21qt/2/02330410 StreamAvgFramerate 0 fps [avc] fps=15 1
-    I 99999999.HW.c2.video.avc.videoResolution.SD = 10000
-    metric k29r/2/02330410 videoResolution 10000 ms [SD.15] 0
-    I 99999999.HW.c2.video.avc.StreamFramerate = 50.210
-    I 99999999.HW.c2.video.avc.AspectRatio = nan
-    I 99999999.HW.c2.video.avc.BRISK-P5Ms = 0
-    metric csyv/2/02330410 FirstFrameReadyMs 0 ms [HW_avc] 0
-    metric pb8a/2/02330410 FirstFrameRenderMs 0 ms [HW_avc] 0
-    I 99999999.HW.c2.video.avc.BRISK-P2Ms = 0
-    I 99999999.HW.c2.video.avc.BRISK-P3Ms = 0
-    I 99999999.HW.c2.video.avc.FirstFrameReadyMs = 0
-    I 99999999.HW.c2.video.avc.StreamAvgBitrateInKbps = 3
-    metric jn5x/2/02330410 AvgBitrate 3 kbps [HW_avc] media=video 1
-    -> unregisterClient(client)
-    = com.android.mediaplayer.HW.c2.video.avc:videoResolution.SD=10000:BRISK-P5Ms=0:BRISK-P2Ms=0:BRISK-P3Ms=0:FirstFrameReadyMs=0:StreamAvgBitrateInKbps=3
+/^=/ getFramerate ; logMetrics
+    = 50 | com.android.mediaplayer.HW.c2.video.avc:videoResolution.SD=10000:BRISK-P5Ms=0:BRISK-P2Ms=0:BRISK-P3Ms=0:FirstFrameReadyMs=0:StreamAvgBitrateInKbps=3
 # Once reported, a session is over until it is configured anew.
 logMetrics ; configure ; logMetrics
     = ""

@@ -84,8 +84,10 @@ bool replay(const std::string& story, const Definitions& definitions, std::strin
 
 void printDifference(const std::string& path, const std::string& actual) {
     fflush(stdout);
-    FILE* diff = popen(
-            ("diff -u -F '^story ' --label written --label now '" + path + "' -").c_str(), "w");
+    FILE* diff =
+            popen(("diff -u -F '^story ' --label written --label now '" + path + "' - | head -n 40")
+                          .c_str(),
+                  "w");
     fputs(actual.c_str(), diff);
     pclose(diff);
 }

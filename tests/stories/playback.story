@@ -229,11 +229,9 @@ define next = size $1 $2 ; output 33334
 story rampUp_namesTheCodec: catches a mark of the record that is missing or another codec's
 display 3840 2160
 define ramp = settle $* ; input 1 secure ; size 1920 1080 ; output 33334
-/metric/ ramp c2.vendor.dec video/hevc flags=1
+/metric/ ramp c2.vendor.dec video/hevc flags=1 ; ramp c2.android.dec video/hevc flags=1 ; ramp c2.vendor.dec text/x flags=1
     metric c48a/2/02330410 FHDRampupTime 501 ms [HW_hevc_4K_secure_tunneled] 0
-/metric/ ramp c2.android.dec video/hevc flags=1
     metric c48a/2/02330410 FHDRampupTime 501 ms [SW_hevc_4K_secure_tunneled] 0
-/metric/ ramp c2.vendor.dec text/x flags=1
     metric c48a/2/02330410 FHDRampupTime 2503 ms [VND_x] 0
 
 story aFlush_logsTheFramerateAndSettlesAnew: catches a segment that a flush leaves open, and an order in which it closes it

@@ -69,8 +69,6 @@ logMetrics
     metric jn5x/2/02330410 AvgBitrate 477 kbps [HW_avc] media=video 1
     -> unregisterClient(client)
     = com.android.mediaplayer.HW.c2.video.avc:videoResolution.FHD=6333:OneConsecutiveFramesDropped=1:TwoConsecutiveFramesDropped=2:FiveConsecutiveFramesDropped=1:TenConsecutiveFramesDropped=1:DisplayFramesDropped=4:MediaCodecFramesDropped=20:TotalFramesDropped=24:MaxConsecutiveFramesDropped=17:BRISK-P5Ms=40:BRISK-P2Ms=5:BRISK-P3Ms=15:FirstFrameReadyMs=30:TotalMediaCodecStopTimeMs=501:CodecNonFatalErrorCount=2:StreamAvgBitrateInKbps=477
-logMetrics
-    = ""
 
 story shortVideo_isNotReported: catches a bound of 5 s that lets a session of less report its playback
 ~start ; firstFrame 1280 720 ; output 4000999
@@ -87,16 +85,10 @@ story playback_countsFrom5001MsToADay: catches either bound of what counts as pl
 ~configure ; input 0 ; output 0 ; output 5000000 ; output 5001000
 /metric/ logMetrics
 ~configure ; frame 0 ; output 5000000 ; output 5001000
-/metric/ logMetrics
-    metric j2w8/2/02330410 VideoCodec 5001 ms [HW_avc] 0
+/qkuh/ logMetrics
     metric qkuh/2/02330410 TotalVideoPlaybackTimeMs 5001 ms [HW_avc] 0
-    metric 21qt/2/02330410 StreamAvgFramerate 0 fps [avc] fps=15 1
-    metric k29r/2/02330410 videoResolution 5001 ms [SD.15] 0
-    metric csyv/2/02330410 FirstFrameReadyMs 0 ms [HW_avc] 0
-    metric pb8a/2/02330410 FirstFrameRenderMs 0 ms [HW_avc] 0
 ~configure ; frame 0 ; times 17279 { output +5000000 } ; output +4999000
-/Playback/ logMetrics
-    I 99999999.HW.c2.video.avc.TotalVideoPlaybackTimeMs = 86399999
+/qkuh/ logMetrics
     metric qkuh/2/02330410 TotalVideoPlaybackTimeMs 86399999 ms [HW_avc] 0
 ~configure ; frame 0 ; times 17280 { output +5000000 }
 /metric/ logMetrics
@@ -116,19 +108,15 @@ story playback_countsFrom5001MsToADay: catches either bound of what counts as pl
     metric v8xh/2/02330410 TotalAudioPlaybackTimeMs 5001 ms [VND_mp4a] 0
     metric 20fc/2/02330410 AudioCodec 5001 ms [VND_mp4a] 0
 ~configure c2.v audio/mp4a-latm ; frame 0 ; times 17279 { output +5000000 } ; output +4999000
-/=/ logMetrics
-    I 99999999.VND.c2.audio.mp4a.TotalAudioPlaybackTimeMs = 86399999
+/^=/ logMetrics
     = com.android.mediaplayer.VND.c2.audio.mp4a:TotalAudioPlaybackTimeMs=86399999
 ~configure c2.v audio/mp4a-latm ; frame 0 ; times 17280 { output +5000000 }
 /metric/ logMetrics
 # The classes of a session of a day are reported one by one. The rate is then unknown.
 ~configure ; frame 0 ; times 17279 { output +5000000 } ; size 1920 1080 ; output +2000000 ; output +3001000
-/Resolution/ logMetrics
-    I 99999999.HW.c2.video.avc.videoResolution.SD = 86395000
+/k29r/ logMetrics
     metric k29r/2/02330410 videoResolution 86395000 ms [SD.0] 0
-    I 99999999.HW.c2.video.avc.videoResolution.FHD = 5001
     metric k29r/2/02330410 videoResolution 5001 ms [FHD.0] 0
-    = com.android.mediaplayer.HW.c2.video.avc:videoResolution.SD=86395000:videoResolution.FHD=5001:BRISK-P5Ms=0:BRISK-P2Ms=18446744073709550619:BRISK-P3Ms=0:FirstFrameReadyMs=0
 
 story tunneledVideo: catches renders of a tunneled codec that do not count as outputs or count once instead of renderCount times
 # 240 inputs at once, 20 ms apart: 50 fps. 6 s though only every third frame is reported.
@@ -167,14 +155,10 @@ play4K ; size 3840 2160
     I updateFormatChanged width = 3840 height = 2160, hdrType = -1, scanType = -1, bitDepth = -1, colorStandard = 0
     I 99999999.4K.secure.HW.omx.video.hevc.framerate = 10.000 fps
 # Bitrate: 51 inputs of 1000 bytes in 5040 ms.
-/metric/ play4K ; logMetrics
+/_4K/ play4K ; logMetrics
     metric p61w/2/02330410 UHDRampupTime 4100 ms [HW_hevc_4K_secure] 0
     metric j2w8/2/02330410 VideoCodec 6000 ms [HW_hevc_4K_secure] 0
     metric qkuh/2/02330410 TotalVideoPlaybackTimeMs 6000 ms [HW_hevc_4K_secure] 0
-    metric 21qt/2/02330410 StreamAvgFramerate 10 fps [hevc] fps=15 1
-    metric k29r/2/02330410 videoResolution 2000 ms [HD.15] 0
-    metric k29r/2/02330410 videoResolution 2000 ms [FHD.15] 0
-    metric k29r/2/02330410 videoResolution 2000 ms [UHD.15] 0
     metric csyv/2/02330410 FirstFrameReadyMs 30 ms [HW_hevc_4K_secure] 0
     metric pb8a/2/02330410 FirstFrameRenderMs 40 ms [HW_hevc_4K_secure] 0
     metric jn5x/2/02330410 AvgBitrate 80 kbps [HW_hevc_4K_secure] media=video 1
@@ -198,13 +182,8 @@ logMetrics
 
 story neitherAudioNorVideo: catches what is meant for "not audio" or "not video" and would hold for a third kind as well
 service
-start c2.v text/x ; firstFrame 1920 1080
-    I [BRISK] VND.c2.unknown.x P2 + 1000
-    I [BRISK] VND.c2.unknown.x P2 - 1005
-    D Got zephra_media_codec_logger Service. Calling PID = 99999999
-    -> registerClient(client)
-    I [BRISK] VND.c2.unknown.x P3 + 1005
-    I [BRISK] VND.c2.unknown.x P3 - 1020
+~start c2.v text/x
+firstFrame 1920 1080
     I [BRISK] VND.c2.unknown.x Got First Input Frame 1040 pts:0
     I updateFormatChanged width = 1920 height = 1080, hdrType = -1, scanType = -1, bitDepth = -1, colorStandard = 0
     I updatePTSTime [VND.c2.unknown.x] First PTS after Flush or reset = 0
@@ -262,16 +241,11 @@ uploadDecoderError 2
 
 story errorsOfAudio_areReportedToo: catches an error's name or record that is another type's
 ~configure c2.v audio/mp4a-latm
-uploadDecoderError 2 ; uploadDecoderError 2
+uploadDecoderError 2 ; uploadDecoderError -3
     I 99999999.VND.c2.audio.mp4a.DecoderErrorRecov = 1
     I 99999999.VND.c2.audio.mp4a..DecoderErrorFatal = 1
     metric 68pc/2/03330470 .DecoderErrorFatal 1 errors [VND_mp4a] media=audio 1
-    I 99999999.VND.c2.audio.mp4a.DecoderErrorRecov = 1
-~configure c2.v audio/mp4a-latm
-uploadDecoderError -3
     I 99999999.VND.c2.audio.mp4a.DecoderErrorTrans = 1
-    I 99999999.VND.c2.audio.mp4a..DecoderErrorFatal = 1
-    metric 68pc/2/03330470 .DecoderErrorFatal 1 errors [VND_mp4a] media=audio 1
 # With logging off there is only the line of the error.
 ~configure c2.v audio/mp4a-latm loggingOff
 uploadDecoderError 0 ; logMetrics
@@ -301,27 +275,22 @@ define spread = configure ; input 0 ; times 239 { input $1 } ; getFramerate
     = 50 | 50 | 60
 
 story playingTimes_haveClasses: catches a bound of a class of playing times
-getDurationRange -1 ; getDurationRange 300000 ; getDurationRange 300001 ; getDurationRange 1800000
-    = 0-5 | 0-5 | 5-30 | 5-30
-getDurationRange 1800001 ; getDurationRange 7200000 ; getDurationRange 7200001
-    = 30-120 | 30-120 | 120+
+getDurationRange -1 ; getDurationRange 300000 ; getDurationRange 300001 ; getDurationRange 1800000 ; getDurationRange 1800001 ; getDurationRange 7200000 ; getDurationRange 7200001
+    = 0-5 | 0-5 | 5-30 | 5-30 | 30-120 | 30-120 | 120+
 
 story texts_areCutAtTheirBuffersSize: catches a buffer that is one byte shorter or longer
 # A key holds 149 characters with the package, whose place the pid then takes.
 ~configure c2.v text/"f"*91
-/Decoder/ uploadDecoderError 0
+/^I/ uploadDecoderError 0
     I 99999999.VND.c2.unknown.f{91}.DecoderErrorFatal = 1
     I 99999999.VND.c2.unknown.f{91}..DecoderErrorFatal = 1
-    metric 68pc/2/03330470 .DecoderErrorFatal 1 errors [VND_f{91}] media=audio 1
 ~configure c2.v text/"f"*92
-/Decoder/ uploadDecoderError 0
+/^I/ uploadDecoderError 0
     I 99999999.VND.c2.unknown.f{92}.DecoderErrorFatal = 1
     I 99999999.VND.c2.unknown.f{92}..DecoderErrorFata = 1
-    metric 68pc/2/03330470 .DecoderErrorFatal 1 errors [VND_f{92}] media=audio 1
 ~configure c2.v text/"f"*93
-/Decoder/ uploadDecoderError 0
+/^I/ uploadDecoderError 0
     I 99999999.VND.c2.unknown.f{93}.DecoderErrorFata = 1
     I 99999999.VND.c2.unknown.f{93}..DecoderErrorFat = 1
-    metric 68pc/2/03330470 .DecoderErrorFatal 1 errors [VND_f{93}] media=audio 1
 logToBuffers com.android.mediaplayer.key -1
     I 99999999.key = -1

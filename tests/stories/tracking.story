@@ -135,9 +135,7 @@ dropIt 1000 ; dropIt 2000
     I/ZMediaAnalyticV omx Frame:2 AL: App Latency: time spent by frame after it is ready in MediaCodec but before app handles it 10001
     I/ZMediaAnalyticV Pre-Render Drop:2000(9998) TD:2 FARD:(-1) FAD:0(-1) AL:10001(10000) FL:-10000(-10001) 0/1
     W/ZMediaAnalyticV mFramesOwnedByUs is 0 unexpectedly
-codec c2 ; updateC2Output 1000 ; dropIt 1000
-    I/ZMediaAnalyticV c2 Frame:2 Frame latency in MediaCodec: -10001 Frame latency in Codec: 0 1000 s:2 i:0
-    I/ZMediaAnalyticV c2 Frame:2 AL: App Latency: time spent by frame after it is ready in MediaCodec but before app handles it 10001
+/Drop/ codec c2 ; updateC2Output 1000 ; dropIt 1000
     I/ZMediaAnalyticV Pre-Render Drop:1000(9999) TD:1 FARD:(-1) FAD:10000(-10001) AL:10001(10000) FL:0(-10001) 0/2$I:-0(2:1)I:-0(1:0)
 
 story bufferCounts_areLoggedWhenTheOutputOfVideoChanges: catches another port's change, and a codec that is no video
@@ -201,38 +199,32 @@ updateQueueBuffer 1 @ @ ; updateDequeueBuffer 1 @ ; updateCCodecConfigs ; noCode
     = false
 
 story thePackage_isThatOfThisProcess: catches another process's, or a name that is kept
-package com.example.player ; getPackageName
-    = com.example.player
-package com.example.other ; getPackageName
-    = com.example.other
+package com.example.player ; getPackageName ; package com.example.other ; getPackageName
+    = com.example.player | com.example.other
 
 story theMask_ofAnOmxVideoDecoder: catches a bit that logs something else, or of another kind of codec
-define bit = after -$1 ; debug $2 ; omx ; flush ; announce 1000 ; after 2 ; queue 1000 ; handOver 1000 ; after 5 ; deliver 1000 ; updateACodecOutput data="abcd" ; after 3 ; updateQueueBuffer 8 @-11 @+10 1000 ; show @+10 1000 ; updateDequeueBuffer 16 @-100 owned=2
+define bit = after -$1 ; debug $2 ; omx ; flush ; announce 1000 ; after 2 ; queue 1000 ; handOver 1000 ; after 5 ; deliver 1000 ; updateACodecOutput data="abcd" ; after 3 ; updateQueueBuffer 8 @-11 @+10 1000 ; updateDequeueBuffer 16 @-100 owned=2
+define shown = bit $1 $2 ; show @+10 1000
 ~begin
-bit 0 0
+shown 0 0
     I/ZMediaAnalyticV AVSYNC_V:-10(10020)(1) b:1 rts:10020(10) pid:<pid> min:10020(1 )(10) max:10020(1)(10) avg:0(0)(10) cnt:1(0)
 bit 10 0x1
     I/ZMediaAnalyticV omx ETB:1000 s:1000 tsS:1
     I/ZMediaAnalyticV omx Omx ETB:1000 size:1000 c:3 tsS:1 flag:0
-    I/ZMediaAnalyticV AVSYNC_V:-10(10020)(1) b:1 rts:10020(10) pid:<pid> min:10020(1 )(10) max:10020(1)(10) avg:0(0)(10) cnt:1(0)
 bit 10 0x2
     I/ZMediaAnalyticV omx OMX FBD FL:5 mediaTs:1000 f:0 s:5000/1
     I/ZMediaAnalyticV omx FBD mediaTs:1000, 0/1
     I/ZMediaAnalyticV Pre-Render FBD:1000(10006) TD:1 FARD:(10007) FAD:10007(0) AL:0(10007) FL:5(5) 0/1$I:-5(1:0)
-    I/ZMediaAnalyticV AVSYNC_V:-10(10020)(1) b:1 rts:10020(10) pid:<pid> min:10020(1 )(10) max:10020(1)(10) avg:0(0)(10) cnt:1(0)
-bit 10 0x4
+shown 10 0x4
     I/ZMediaAnalyticV omx Render R-S:10 R:10020(10020) pts:1000 0/1
     I/ZMediaAnalyticV AVSYNC_V:-10(10020)(1) b:1 rts:10020(10) pid:<pid> min:10020(1 )(10) max:10020(1)(10) avg:0(0)(10) cnt:1(0)
 bit 10 0x8
-    I/ZMediaAnalyticV AVSYNC_V:-10(10020)(1) b:1 rts:10020(10) pid:<pid> min:10020(1 )(10) max:10020(1)(10) avg:0(0)(10) cnt:1(0)
     I/ZMediaAnalyticV dequeue actual:100(100) theory:0 renderTime:-1 index:-1 ownedByCom:2 ownByNat:1 0x10
 bit 10 0x20
     I/ZMediaAnalyticV queueBuffer rendertime:10020000000, mediatime:1000 size:1
-    I/ZMediaAnalyticV AVSYNC_V:-10(10020)(1) b:1 rts:10020(10) pid:<pid> min:10020(1 )(10) max:10020(1)(10) avg:0(0)(10) cnt:1(0)
 bit 10 0x40
     I/ZMediaAnalyticV S:0 v:1 t:1000
-    I/ZMediaAnalyticV AVSYNC_V:-10(10020)(1) b:1 rts:10020(10) pid:<pid> min:10020(1 )(10) max:10020(1)(10) avg:0(0)(10) cnt:1(0)
-bit 10 0x400
+shown 10 0x400
     I/ZMediaAnalyticV omx Frame:1 Decrypt cost:2 ts:1000 size:1000
     I/ZMediaAnalyticV omx Frame:1 sent to Omx, ETB(Empty this buffer) Timestamp:1000 size:1000 frames owned by OMX:3 tsS:1 flag:0
     I/ZMediaAnalyticV omx Frame:1 Decoded and filled into output buffer, FBD(Fill buffer done) mediaTs:1000, 0/1
@@ -241,14 +233,13 @@ bit 10 0x400
     I/ZMediaAnalyticV Pre-Render omx:1000(10006) TD:1 FARD:(10007) FAD:10007(0) AL:0(10007) FL:5(5) 0/1$I:-5(1:0)
     I/ZMediaAnalyticV queueBuffer cost:11 ts:1000
     I/ZMediaAnalyticV Warning queueBuffer early too small:10 ms ts:1000
+    I/ZMediaAnalyticV dequeue actual:100(100) theory:0 renderTime:-1 index:-1 0x10
     I/ZMediaAnalyticV omx Frame:1 Frame latency in MediaCodec: 5 Frame latency in Codec: 5 1000 s:1 i:0
     I/ZMediaAnalyticV omx Frame:1 AL: App Latency: time spent by frame after it is ready in MediaCodec but before app handles it 3
     I/ZMediaAnalyticV Pre-Render Small_Early:10:1000(10009) TD:1 FARD:(10007) FAD:10007(0) AL:3(10010) FL:5(5) 0/1$I:-5(1:0)
     I/ZMediaAnalyticV AVSYNC_V:-10(10020)(1) b:1 rts:10020(10) pid:<pid> min:10020(1 )(10) max:10020(1)(10) avg:0(0)(10) cnt:1(0)
-    I/ZMediaAnalyticV dequeue actual:100(100) theory:0 renderTime:-1 index:-1 0x10
 bit 10 0x7f0000
     I/ZMediaAnalyticV omx input:0 output:0 minUndequeue:0 video:1 decoder:1
-    I/ZMediaAnalyticV AVSYNC_V:-10(10020)(1) b:1 rts:10020(10) pid:<pid> min:10020(1 )(10) max:10020(1)(10) avg:0(0)(10) cnt:1(0)
 
 story theMask_ofACodec2VideoDecoder: catches what is another back-end's
 define bit = debug $1 ; c2 ; flush ; announce 1000 ; after 2 ; queue 1000 ; after 5 ; updateC2Output 1000 ; updateOutputFrame 1000
@@ -265,30 +256,27 @@ bit 0x400
     I/ZMediaAnalyticV Pre-Render c2:1000(10013) TD:1 FARD:(10014) FAD:10014(0) AL:0(10014) FL:5(5) 0/1$I:-5(1:0)
 
 story theMask_ofAVideoEncoder: catches a record that is stamped though nobody decodes it
-define bit = debug $1 ; encoder ; flush ; announce 1000 ; after 2 ; queue 1000 ; handOver 1000 ; after 5 ; deliver 1000 ; updateACodecOutput data="abcd" ; updateQueueBuffer 8 @-11 @+10 1000 ; show @+10 1000 ; updateDequeueBuffer 16 @-100
+define bit = debug $1 ; encoder ; flush ; announce 1000 ; after 2 ; queue 1000 ; handOver 1000 ; after 5 ; deliver 1000 ; updateACodecOutput data="abcd" ; updateQueueBuffer 8 @-11 @+10 1000 ; updateDequeueBuffer 16 @-100
+define shown = bit $1 ; show @+10 1000
 ~begin
-bit 1 ; bit 2 ; bit 4 ; bit 0x40
+bit 1 ; bit 2 ; shown 4 ; bit 0x40
     I/ZMediaAnalyticV enc ETB:1000, size:1000
     I/ZMediaAnalyticV enc Omx ETB:1000 size:1000 c:3 tsS:1 flag:0
-    I/ZMediaAnalyticV AVSYNC_V:-9(10016)(1) b:0 rts:10017(10) pid:<pid> min:10017(1 )(10) max:10017(1)(10) avg:0(0)(10) cnt:1(0)
     I/ZMediaAnalyticV enc OMX FBD mediaTs:1000 f:0 s:5001
     I/ZMediaAnalyticV enc FBD:1000
-    I/ZMediaAnalyticV AVSYNC_V:-9(10023)(1) b:0 rts:10024(10) pid:<pid> min:10024(1 )(10) max:10024(1)(10) avg:0(0)(10) cnt:1(0)
     I/ZMediaAnalyticV enc Render R-S:10 R:10031(10031) pts:1000 0/1
     I/ZMediaAnalyticV AVSYNC_V:-9(10030)(1) b:0 rts:10031(10) pid:<pid> min:10031(1 )(10) max:10031(1)(10) avg:0(0)(10) cnt:1(0)
     I/ZMediaAnalyticV S:0 v:1 t:1000
-    I/ZMediaAnalyticV AVSYNC_V:-9(10037)(1) b:0 rts:10038(10) pid:<pid> min:10038(1 )(10) max:10038(1)(10) avg:0(0)(10) cnt:1(0)
-bit 0x400
+shown 0x400
     I/ZMediaAnalyticV queueBuffer cost:11 ts:1000
     I/ZMediaAnalyticV Warning queueBuffer early too small:10 ms ts:1000
+    I/ZMediaAnalyticV dequeue actual:100(100) theory:0 renderTime:-1 index:-1 0x10
     I/ZMediaAnalyticV enc Frame:1 Frame latency in MediaCodec: 0 Frame latency in Codec: 0 1000 s:1 i:0
     I/ZMediaAnalyticV enc Frame:1 AL: App Latency: time spent by frame after it is ready in MediaCodec but before app handles it 10036
     I/ZMediaAnalyticV Pre-Render Small_Early:10:1000(10034) TD:1 FARD:(-1) FAD:0(-1) AL:10036(10035) FL:0(0) 0/1
     I/ZMediaAnalyticV AVSYNC_V:-9(10044)(1) b:0 rts:10045(10) pid:<pid> min:10045(1 )(10) max:10045(1)(10) avg:0(0)(10) cnt:1(0)
-    I/ZMediaAnalyticV dequeue actual:100(100) theory:0 renderTime:-1 index:-1 0x10
 bit 0x7f0000
     I/ZMediaAnalyticV enc input:0 output:0 minUndequeue:0 video:1 decoder:0
-    I/ZMediaAnalyticV AVSYNC_V:-9(10051)(1) b:0 rts:10052(10) pid:<pid> min:10052(1 )(10) max:10052(1)(10) avg:0(0)(10) cnt:1(0)
 
 story theMask_ofCodecsWithoutRecords: catches a bit of video that counts for audio, or the other way round
 define bit = debug $1 ; $2 ; announce 1000 ; queue 1000 ; handOver 1000 ; deliver 1000 ; updateC2Output 1000 ; updateACodecOutput data="abcd" ; updateQueueBuffer 8 @-11 @+10 1000 ; show @+10 1000 ; updateDequeueBuffer 16 @-100
@@ -316,27 +304,22 @@ bit 0x10000 untracked ; bit 0x20000 untracked ; bit 0x40000 untracked
 story theMask_isDecimalUnlessItBeginsWith0x: catches another base, blanks, and what stands behind the number
 define mask = debug $1 ; omx ; announce 1 ; queue 1 ; updateOutputFrame 1 ; show @ 1
 ~begin
-/omx/ mask 5
+/omx/ mask 5 ; mask 0x5 ; mask 0xaF
     I/ZMediaAnalyticV omx ETB:1 s:1000 tsS:1
     I/ZMediaAnalyticV omx Render R-S:0 R:10000(10000) pts:1 0/1
-/omx/ mask 0x5
     I/ZMediaAnalyticV omx ETB:1 s:1000 tsS:1
     I/ZMediaAnalyticV omx Render R-S:0 R:10000(10000) pts:1 0/1
-/omx/ mask 0xaF
     I/ZMediaAnalyticV omx ETB:1 s:1000 tsS:1
     I/ZMediaAnalyticV omx FBD mediaTs:1, 0/1
     I/ZMediaAnalyticV omx Render R-S:0 R:10000(10000) pts:1 0/1
-/omx/ mask 010
+/omx/ mask 010 ; mask " 3"
     I/ZMediaAnalyticV omx FBD mediaTs:1, 0/1
-/omx/ mask " 3"
     I/ZMediaAnalyticV omx ETB:1 s:1000 tsS:1
     I/ZMediaAnalyticV omx FBD mediaTs:1, 0/1
 /ETB:1/ mask -1
     I/ZMediaAnalyticV omx ETB:1 s:1000 tsS:1
-/omx/ mask 12abc
-    I/ZMediaAnalyticV omx Render R-S:0 R:10000(10000) pts:1 0/1
-/omx/ mask 0x80000004
-    I/ZMediaAnalyticV omx Render R-S:0 R:10000(10000) pts:1 0/1
+/omx/ mask 12abc ; mask 0x80000004
+    I/ZMediaAnalyticV omx Render R-S:0 R:10000(10000) pts:1 0/1 (2 times)
 /omx/ mask "" ; mask 0X5 ; mask " 0x3" ; mask abc ; mask 0x ; mask 0xzz ; mask 0x-1
 
 story drops_areTracedAfterThePropertyThatAsksForIt: catches a counter before its property, and a bit that traces nothing
