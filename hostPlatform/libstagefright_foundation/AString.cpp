@@ -129,7 +129,7 @@ AString AStringPrintf(const char* format, ...) {
     const int length = vasprintf(&text, format, arguments);
     va_end(arguments);
     if (length < 0) return AString();
-    const AString result(text, length);
+    AString result(text, length);
     free(text);
     return result;
 }

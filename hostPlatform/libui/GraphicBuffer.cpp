@@ -46,6 +46,7 @@ Layout layoutOf(PixelFormat format) {
 GraphicBuffer::GraphicBuffer() = default;
 
 GraphicBuffer::GraphicBuffer(uint32_t width, uint32_t height, PixelFormat format,
+                             // NOLINTNEXTLINE(performance-unnecessary-value-param): the platform's
                              uint32_t layerCount, uint64_t usage, std::string /*requestorName*/)
     : mWidth(width),
       mHeight(height),

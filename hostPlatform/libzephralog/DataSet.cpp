@@ -26,7 +26,7 @@ size_t usedBytes(const void* dataSet) {
 
 /** Takes one NUL-ended text from the front of [*at, end); what lacks its NUL ends at end. */
 std::string takeText(const char** at, const char* end) {
-    const std::string text(*at, strnlen(*at, end - *at));
+    std::string text(*at, strnlen(*at, end - *at));
     *at += std::min<size_t>(text.size() + 1, end - *at);
     return text;
 }

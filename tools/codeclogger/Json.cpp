@@ -69,7 +69,10 @@ void Json::write(std::string* out, int indent) const {
     *out += mOpen;
     for (size_t i = 0; i < mMembers.size(); ++i) {
         const auto& [key, value] = mMembers[i];
-        *out += (i > 0 ? "," : "") + lead + (inOneLine ? "" : "  ") + key;
+        if (i > 0) *out += ',';
+        *out += lead;
+        if (!inOneLine) *out += "  ";
+        *out += key;
         if (!key.empty()) *out += inOneLine ? ":" : ": ";
         value.write(out, inOneLine ? indent : indent + 2);
     }

@@ -35,6 +35,7 @@ std::string codecsText(const ViewRequest& request, const ServiceState& state,
     switch (request.format) {
         case ViewRequest::Format::JSON: {
             std::vector<Json> list;
+            list.reserve(codecs.size());
             for (const CodecInfo& codec : codecs) list.push_back(codecJson(codec));
             return stateJson(state, list).text(false);
         }

@@ -97,7 +97,7 @@ class EventDescriber {
     std::string line(const Event& event) {
         if (event.kind != Event::UNREGISTERED) learn();
         const codeclogger::ClientEntry* const entry = find(event);
-        const std::string line = mAsJson ? jsonLine(event, entry) : textLine(event, entry);
+        std::string line = mAsJson ? jsonLine(event, entry) : textLine(event, entry);
         if (event.kind == Event::UNREGISTERED) mKnown.erase(static_cast<int32_t>(event.id));
         return line;
     }

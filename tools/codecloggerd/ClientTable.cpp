@@ -69,6 +69,7 @@ std::vector<ClientEntry> ClientTable::videoClients() const {
     std::sort(records.begin(), records.end(),
               [](const Record& a, const Record& b) { return a.signOfLife > b.signOfLife; });
     std::vector<ClientEntry> clients;
+    clients.reserve(records.size());
     for (Record& record : records) clients.push_back(std::move(record.entry));
     if (!clients.empty()) clients.front().isActive = true;
     return clients;

@@ -49,7 +49,8 @@ void write(const CodecBase* codec, const std::string& event) {
 void startStory(OutputFile* file, const Options& options) {
     std::string head = "story played: a session of codecplay; name the faults that it catches\n";
     for (const auto& [name, value] : options.properties) {
-        head += "property " + name + " \"" + value + "\"\n";
+        head += "property " + name;
+        head += " \"" + value + "\"\n";
     }
     if (options.displayWidth > 0) {
         head += "display " + std::to_string(options.displayWidth) + " " +

@@ -117,6 +117,7 @@ bool openOutputs(const Options& options, Outputs* outputs) {
 std::vector<FileResult> playFile(const Options& options, const std::string& file) {
     std::vector<FileResult> results(static_cast<size_t>(options.instances));
     std::vector<std::thread> threads;
+    threads.reserve(results.size());
     collectFfmpegMessages(file, options.quiet);
     for (int i = 0; i < options.instances; ++i) {
         threads.emplace_back([&, i] {

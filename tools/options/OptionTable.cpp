@@ -288,20 +288,18 @@ std::string zsh(const Program& program) {
     std::string out = std::string("#compdef ") + program.name +
                       "\n# SPDX-License-Identifier: Apache-2.0\n_arguments";
     for (const Option* option : allOptions(program)) {
-        const std::string text = std::string("[") + inZsh(option->help) + ']';
-        std::string value;
-        if (option->value != nullptr) {
-            value = (isOptional(*option) ? "::" : ":") + inZsh(option->value) +
-                    zshAction(option->completion);
-        }
         out += " \\\n    ";
         if (option->letter != 0) {
-            out += std::string("'*'{-") + option->letter + ",--" + option->name + "}'" + text +
-                   value + '\'';
+            out += std::string("'*'{-") + option->letter + ",--" + option->name + "}'";
         } else {
-            out += std::string("'*--") + option->name + (isOptional(*option) ? "=-" : "") + text +
-                   value + '\'';
+            out += std::string("'*--") + option->name + (isOptional(*option) ? "=-" : "");
         }
+        out += '[' + inZsh(option->help) + ']';
+        if (option->value != nullptr) {
+            out += (isOptional(*option) ? "::" : ":") + inZsh(option->value) +
+                   zshAction(option->completion);
+        }
+        out += '\'';
     }
     if (!program.commands.empty()) {
         std::string words;

@@ -51,7 +51,7 @@ std::shared_ptr<Link> Router::linkTo(const PeerId& peer) {
     if (mStopping) return nullptr;
     if (const auto known = mServers.find(peer); known != mServers.end()) {
         // Not to give out a dead service because the reader has not come round to it yet.
-        const std::shared_ptr<Link> link = known->second;
+        std::shared_ptr<Link> link = known->second;
         while (!link->dead && link->channel.hasHungUp()) mLinksChanged.wait(mLock);
         if (!link->dead) return link;
     }

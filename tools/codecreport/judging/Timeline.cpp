@@ -22,6 +22,8 @@ constexpr size_t kPausePictures = 5;
 // What a seek, a flush or the end of a session may take without a word.
 constexpr int64_t kStandingUs = Standing::kLeastMs * 1000;
 constexpr int64_t kNoiseUs = 4000;
+// What is ready so little after a refresh still makes it.
+constexpr int64_t kRefreshSlackUs = 1000;
 
 }  // namespace
 
@@ -62,7 +64,8 @@ int64_t Timeline::shownAt(const Frame& frame) const {
     }
     // What was asked for too late waits for the next refresh.
     return mRefreshUs +
-           static_cast<int64_t>(ceil((earliestUs - mRefreshUs - kNoiseUs / 4) / period) * period);
+           static_cast<int64_t>(ceil((earliestUs - mRefreshUs - kRefreshSlackUs) / period) *
+                                period);
 }
 
 /** The one after it is shown at the same refresh. */
