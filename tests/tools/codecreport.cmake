@@ -6,7 +6,7 @@ endif()
 find_package(LibArchive REQUIRED)
 
 add_library(codecreport_synthetic_log OBJECT codecreport/SyntheticLog.cpp)
-target_link_libraries(codecreport_synthetic_log PUBLIC codecreport_parts)
+target_link_libraries(codecreport_synthetic_log PUBLIC codecreport_parts android::base)
 
 mcl_add_test(codecreport_test
     SOURCES codecreport/CommandTest.cpp codecreport/DatabaseTest.cpp codecreport/InputTest.cpp codecreport/LibraryTextTest.cpp

@@ -11,7 +11,6 @@ namespace android::test {
 namespace {
 
 using testing::HasSubstr;
-using testing::StartsWith;
 
 std::string playedLog(std::set<int> drops = {}, int frames = 60) {
     Playback playback;
@@ -20,22 +19,15 @@ std::string playedLog(std::set<int> drops = {}, int frames = 60) {
     return logOf({playback});
 }
 
+/** An archive of 600 frames whose last bytes are missing. */
 std::string cutArchive() {
     const std::string path = fileWith(playedLog({}, 600), "cut") + ".gz";
     runProcess({"sh", "-c", "gzip -c < ${0%.gz} | head -c -100 > $0", path});
     return path;
 }
 
-TEST(Codecreport, readsStandardInputPlainAndCompressed) {
-    const std::string log = fileWith(playedLog());
-    for (const char* command :
-         {"cat %s | %s --json", "gzip -c %s | %s - --json -q", "xz -c %s | %s --json=- -q"}) {
-        char line[400];
-        snprintf(line, sizeof(line), command, log.c_str(), CODECREPORT);
-        const ProcessResult result = runProcess({"sh", "-c", line});
-        ASSERT_EQ(0, result.exitCode) << result.err;
-        EXPECT_EQ(60, Json::parse(result.out)["sessions"][0]["counts"]["rendered_count"]) << line;
-    }
+Json fileInFolderOf(const std::string& path, const char* name) {
+    return Json::parse(readFile(path.substr(0, path.rfind('/') + 1) + name));
 }
 
 TEST(Codecreport, whatIsNotUnderstoodIsSaidAndNotFatal) {
@@ -76,7 +68,7 @@ TEST(Codecreport, outputTakesItsNameWhenComplete_elseWhatWasThereStays) {
               shell("head -1 page; test -L link && stat -c '%a %n' page; grep -aq 'HW.c2.video.avc "
                     "#1' trace && echo 1")
                       .out);
-    EXPECT_EQ(1u, Json::parse(readFile(folder + "/json"))["sessions"].size());
+    EXPECT_EQ(1u, fileInFolderOf(folder + "/page", "json")["sessions"].size());
 
     const std::pair<const char*, const char*> refused[] = {
             {" -o ../log", "../log: is an input"},
@@ -97,28 +89,27 @@ TEST(Codecreport, outputTakesItsNameWhenComplete_elseWhatWasThereStays) {
 
 TEST(Codecreport, followedLogGivesReportsOnTheWayAndAWholeOneAtTheEnd) {
     const std::string whole = fileWith(playedLog(), "followed");
+    const auto follow = [&](const char* script) {
+        return runProcess({"sh", "-c", std::string("cd ${1%/*}; rm -f part now first;") + script,
+                           CODECREPORT, whole});
+    };
     // What is rotated away is not lost; an interrupt ends with all that came.
-    const ProcessResult file = runProcess(
-            {"sh", "-c",
-             "cd ${1%/*}; rm -f part now first; head -100 $1 > part;"
-             "$0 part --follow=0.05 --json=now -q & report=$!;"
-             "while ! [ -e now ]; do sleep 0.02; done; cp now first;"
-             "mv part old; tail -n +101 $1 > part; sleep 0.5; kill -TERM $report; wait $report",
-             CODECREPORT, whole});
+    const ProcessResult file =
+            follow("head -100 $1 > part; $0 part --follow=0.05 --json=now -q & report=$!;"
+                   "while ! [ -e now ]; do sleep 0.02; done; cp now first;"
+                   "mv part old; tail -n +101 $1 > part;"
+                   "while ! grep -q \"line_count.*$(wc -l < $1)\" now; do sleep 0.02; done;"
+                   "kill -TERM $report; wait $report");
     EXPECT_EQ(0, file.exitCode) << file.err;
-    const std::string folder = whole.substr(0, whole.rfind('/') + 1);
     const Json expected = reportOf(playedLog())["sessions"];
-    EXPECT_EQ(expected, Json::parse(readFile(folder + "now"))["sessions"]);
-    const Json first = Json::parse(readFile(folder + "first"));
-    EXPECT_EQ(100, first["input"]["line_count"]);
-    EXPECT_EQ("part", first["input"]["files"][0]);
+    EXPECT_EQ(expected, fileInFolderOf(whole, "now")["sessions"]);
+    expectHas(R"({"line_count": 100, "files": ["part"]})", fileInFolderOf(whole, "first")["input"]);
 
     const ProcessResult pipe =
-            runProcess({"sh", "-c",
-                        "rm -f $1.j; (head -100 $1; while ! [ -e $1.j ]; do sleep 0.02; done;"
-                        "tail -n +101 $1) | $0 --follow=0.05 --json=$1.j && cat $1.j",
-                        CODECREPORT, whole});
-    EXPECT_EQ(expected, Json::parse(pipe.out)["sessions"]) << pipe.err;
+            follow("(head -100 $1; while ! [ -e now ]; do sleep 0.02; done; tail -n +101 $1) |"
+                   "$0 --follow=0.05 --json=now");
+    EXPECT_EQ(0, pipe.exitCode) << pipe.err;
+    EXPECT_EQ(expected, fileInFolderOf(whole, "now")["sessions"]);
 }
 
 TEST(Codecreport, exitCodesTellWhatWentWrong) {
@@ -129,8 +120,6 @@ TEST(Codecreport, exitCodesTellWhatWentWrong) {
         const char* says;
     } const cases[] = {
             {{log}, 2, "nothing to write"},
-            {{log, "--nonsense"}, 2, "--nonsense: unknown"},
-            {{log, "-o"}, 2, "-o: a value is missing"},
             {{log, "-o", "-", "--json"}, 2, "only one"},
             {{log, "-o", "-", "--follow"}, 2, "writes to files only"},
             {{log, "-o", "x", "--follow=0"}, 2, "seconds above 0"},
@@ -138,7 +127,6 @@ TEST(Codecreport, exitCodesTellWhatWentWrong) {
             {{"/no/such/log", "--json"}, 1, "/no/such/log: No such file"},
             {{log, "--metrics", "/no/such/file", "--json"}, 1, "No such file"},
             {{log, "-o", "/no/such/folder/page"}, 4, "No such file"},
-            {{log, "--trace", "/no/such/folder/trace"}, 4, "No such file"},
             {{log, "--trace", "/dev/full"}, 4, "No space left"},
             {{log, "--json=/dev/full"}, 4, "No space left"},
             {{"compare", log}, 2, "two files"},
@@ -164,7 +152,11 @@ TEST(Codecreport, exitCodesTellWhatWentWrong) {
         EXPECT_EQ(4, result.exitCode) << command;
         EXPECT_THAT(result.err, HasSubstr("No space left"));
     }
-    EXPECT_THAT(codecreport({"--version"}).out, StartsWith("codecreport "));
+    // What was read until then stands, standard input's too.
+    const ProcessResult cut =
+            runProcess({"sh", "-c", "$0 -q --json < $1", CODECREPORT, cutArchive()});
+    EXPECT_EQ(5, cut.exitCode) << cut.err;
+    EXPECT_LT(400, Json::parse(cut.out)["sessions"][0]["counts"]["rendered_count"]);
 }
 
 TEST(Codecreport, comparesLogsAndReports) {
@@ -177,7 +169,6 @@ TEST(Codecreport, comparesLogsAndReports) {
         EXPECT_EQ(3, result.exitCode) << result.err;
         EXPECT_THAT(result.out, HasSubstr("WORSE, past the threshold"));
         EXPECT_EQ(0, codecreport({"compare", base, good, "--threshold", "0"}).exitCode);
-        EXPECT_EQ(0, codecreport({"compare", base, bad}).exitCode);
     }
     const Json values = Json::parse(codecreport({"compare", good, bad, "--json"}).out)["values"];
     EXPECT_TRUE(std::any_of(values.begin(), values.end(), [](const Json& value) {

@@ -4,8 +4,10 @@
 #include <gtest/gtest.h>
 #include <stdio.h>
 #include <stdlib.h>
+#include <string.h>
 
 #include <filesystem>
+#include <memory>
 
 #include <tools/codecreport/Analysis.h>
 #include <tools/codecreport/output/JsonReport.h>
@@ -14,44 +16,12 @@
 
 namespace android::test {
 
-namespace {
-
-/** A folder of this process, made at the first use and removed with all in it at the end. */
-class ScratchFolder {
-  public:
-    ScratchFolder() {
-        mPath = testing::TempDir() + "codecreport_test.XXXXXX";
-        EXPECT_NE(nullptr, mkdtemp(mPath.data())) << mPath;
-    }
-    ~ScratchFolder() {
-        std::error_code error;
-        std::filesystem::remove_all(mPath, error);
-    }
-    const std::string& path() const { return mPath; }
-
-  private:
-    std::string mPath;
-};
-
-void expectValues(const Json& expected, const Json& actual, const std::string& path) {
-    if (!expected.is_structured()) {
-        EXPECT_EQ(expected, actual) << path;
-    } else if (expected.is_array() && expected.size() != actual.size()) {
-        ADD_FAILURE() << path << ": " << actual;
-    } else {
-        for (const auto& [key, value] : expected.items()) {
-            const Json::json_pointer at("/" + key);
-            EXPECT_TRUE(actual.contains(at)) << path << "/" << key;
-            if (actual.contains(at)) expectValues(value, actual[at], path + "/" + key);
-        }
-    }
-}
-
-}  // namespace
-
 std::string fileWith(const std::string& content, const std::string& name) {
-    static const ScratchFolder folder;
-    const std::string path = folder.path() + "/" + name;
+    // Made at the first use and removed with all in it at the end.
+    static const std::shared_ptr<char> folder(
+            mkdtemp(strdup((testing::TempDir() + "codecreport_test.XXXXXX").c_str())),
+            [](char* made) { std::filesystem::remove_all(made); });
+    const std::string path = std::string(folder.get()) + "/" + name;
     FILE* file = fopen(path.c_str(), "w");
     EXPECT_EQ(content.size(), fwrite(content.data(), 1, content.size(), file));
     fclose(file);
@@ -64,7 +34,11 @@ ProcessResult codecreport(std::vector<std::string> arguments) {
 }
 
 void expectHas(const char* expected, const Json& actual) {
-    expectValues(Json::parse(expected), actual, "");
+    const Json values = Json::parse(expected).flatten();
+    for (const auto& [path, value] : values.items()) {
+        const Json::json_pointer at(path);
+        EXPECT_EQ(value, actual.contains(at) ? actual[at] : Json("nothing")) << path;
+    }
 }
 
 Json reportOfFiles(const std::vector<std::string>& paths) {

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <gtest/gtest.h>
-
 #include <random>
+
+#include <android-base/stringprintf.h>
+#include <gtest/gtest.h>
 
 #include "ReportSupport.h"
 #include "SyntheticLog.h"
@@ -96,7 +97,8 @@ TEST(Session, framesGiveStagesFreezesDropsAndSync) {
             "140 ms at work on a frame (usually 20) with 1 frame waiting, 1 picture never shown"},
             {"evidence": "released 467 ms after it was ready (usually 67)", "start_ms": 6160,
                 "stood_ms": 400},
-            {"never_shown_count": 3, "shares": {"application": 1}}, {}],
+            {"never_shown_count": 3, "shares": {"application": 1}}],
+        "incident_count": 4,
         "standing": {"count": 1, "total_ms": 400, "longest_ms": 400, "longest_at_ms": 6160},
         "sync": {"outside_ms": 5960, "measured_ms": 12360, "worst_ms": 400, "last_ms": 400}
     })json",
@@ -107,56 +109,41 @@ TEST(Session, framesGiveStagesFreezesDropsAndSync) {
 Json numbersOf(const Json& session) {
     Json numbers;
     for (const char* key :
-         {"codec_tag", "counts", "startup", "report", "stages", "drops", "incidents"}) {
+         {"codec_tag", "counts", "startup", "report", "stages", "drops", "incidents", "reported"}) {
         numbers[key] = session[key];
     }
     return numbers;
 }
 
-TEST(Session, neitherFormNorClockChangesItsNumbers) {
-    const Json plain = reportOf(logOf({troubled()}))["sessions"][0];
-    for (int i = 0; i < static_cast<int>(LogFormat::COUNT); ++i) {
-        const LogFormat format = static_cast<LogFormat>(i);
-        const Json report = reportOf(logOf({troubled()}, format));
-        EXPECT_EQ(1u, report["sessions"].size()) << toString(format);
-        EXPECT_EQ(1u, report["input"]["formats"].size()) << toString(format);
-        EXPECT_EQ(0, report["input"]["unknown_count"]) << toString(format);
-        EXPECT_EQ(numbersOf(plain), numbersOf(report["sessions"][0])) << toString(format);
-    }
-    for (const std::map<int64_t, int64_t>& jumps :
-         {std::map<int64_t, int64_t>{{103'000, 3'600'000}},
-          {{103'000, -7'200'000}, {106'000, 0}}}) {
-        const Json report =
-                reportOf(writeLog(messagesOf(troubled()), LogFormat::THREADTIME, jumps));
-        EXPECT_EQ(jumps.size(), report["input"]["clock_jump_count"]);
-        const Json& session = report["sessions"][0];
-        EXPECT_EQ(numbersOf(plain), numbersOf(session));
-        EXPECT_EQ(plain["duration_ms"], session["duration_ms"]);
-        EXPECT_EQ(plain["sync"]["worst_ms"], session["sync"]["worst_ms"]);
-    }
-}
-
-TEST(Session, codecsInOneLogStayApart) {
+TEST(Session, neitherFormNorOtherCodecsChangeItsNumbers) {
     // Of the same kind in one process, the second in the middle of its film, by threads or without.
-    Playback first = troubled();
-    Playback second = troubled();
+    const Playback first = troubled();
+    Playback second = first;
     second.tid = first.tid + 1;
     second.startMs = first.startMs + 3'333;
     second.drops = {7};
     second.firstPtsUs = 600'000'000;
-    for (int i = 0; i < static_cast<int>(LogFormat::COUNT); ++i) {
-        const LogFormat format = static_cast<LogFormat>(i);
-        const Json report = reportOf(logOf({first, second}, format));
-        ASSERT_EQ(2u, report["sessions"].size()) << toString(format);
-        int next = 0;
-        for (const Playback& playback : {first, second}) {
-            Json alone = numbersOf(reportOf(logOf({playback}, format))["sessions"][0]);
-            Json together = numbersOf(report["sessions"][next++]);
+    const Json plain[] = {numbersOf(reportOf(logOf({first}))["sessions"][0]),
+                          numbersOf(reportOf(logOf({second}))["sessions"][0])};
+    // With all, without threads, times, whole times, tags.
+    for (const LogFormat format : {LogFormat::THREADTIME, LogFormat::TIME, LogFormat::BRIEF,
+                                   LogFormat::LIBLOG, LogFormat::RAW}) {
+        SCOPED_TRACE(toString(format));
+        const Json alone = reportOf(logOf({first}, format));
+        EXPECT_EQ(1u, alone["sessions"].size());
+        EXPECT_EQ(plain[0], numbersOf(alone["sessions"][0]));
+        const Json both = reportOf(logOf({first, second}, format));
+        ASSERT_EQ(2u, both["sessions"].size());
+        EXPECT_EQ(1u, both["input"]["formats"].size());
+        EXPECT_EQ(0, both["input"]["unknown_count"]);
+        for (int session : {0, 1}) {
+            Json expected = plain[session];
+            Json together = numbersOf(both["sessions"][session]);
             if (format != LogFormat::THREADTIME) {
-                alone.erase("incidents");
+                expected.erase("incidents");
                 together.erase("incidents");
             }
-            EXPECT_EQ(alone, together) << toString(format);
+            EXPECT_EQ(expected, together);
         }
     }
     // Another codec in another process; the first thread's next configuration.
@@ -170,32 +157,38 @@ TEST(Session, codecsInOneLogStayApart) {
     ASSERT_EQ(3u, sessions.size());
     EXPECT_EQ("SW.c2.video.vp9", sessions[1]["codec_tag"]);
     EXPECT_EQ(299, sessions[1]["counts"]["rendered_count"]);
-    EXPECT_EQ(numbersOf(sessions[0]), numbersOf(sessions[2]));
-    EXPECT_TRUE(sessions[0]["reported"].get<bool>());
+    EXPECT_EQ(plain[0], numbersOf(sessions[0]));
+    EXPECT_EQ(plain[0], numbersOf(sessions[2]));
 }
 
-TEST(Session, eachCaptureHasItsClockAndItsSessions) {
+TEST(Session, jumpsOfTheClockChangeNoNumbers) {
+    const Json plain = reportOf(logOf({troubled()}))["sessions"][0];
+    for (const std::map<int64_t, int64_t>& jumps :
+         {std::map<int64_t, int64_t>{{103'000, 3'600'000}},
+          {{103'000, -7'200'000}, {106'000, 0}}}) {
+        const Json report =
+                reportOf(writeLog(messagesOf(troubled()), LogFormat::THREADTIME, jumps));
+        EXPECT_EQ(jumps.size(), report["input"]["clock_jump_count"]);
+        EXPECT_EQ(numbersOf(plain), numbersOf(report["sessions"][0]));
+        EXPECT_EQ(plain["duration_ms"], report["sessions"][0]["duration_ms"]);
+    }
+}
+
+TEST(Session, eachCaptureHasItsClockAndItsSessionsAndARotatedLogIsOne) {
+    const std::string whole = logOf({troubled()});
+    const size_t cut = whole.find('\n', whole.size() / 2) + 1;
+    const std::string older = fileWith(whole.substr(0, cut), "rotated.1");
+    const std::string newer = fileWith(whole.substr(cut), "rotated");
     // The same codec of the same process on another day, not configured anew.
-    const std::string first = fileWith(logOf({troubled()}), "first");
     Playback later = troubled();
     later.startMs += 86'400'000 * 3;
     std::vector<LogMessage> messages = messagesOf(later);
     messages.erase(messages.begin(), messages.begin() + 10);
-    const Json alone = reportOfFiles({first})["sessions"][0];
-    const Json both = reportOfFiles({fileWith(writeLog(messages), "second"), first});
-    ASSERT_EQ(2u, both["sessions"].size());
-    for (const char* key : {"duration_ms", "counts", "stages", "start_time"}) {
-        EXPECT_EQ(alone[key], both["sessions"][1][key]) << key;
-    }
-    EXPECT_EQ(0, both["input"]["clock_jump_count"]);
-}
-
-TEST(Session, rotatedLogIsOne) {
-    const std::string whole = logOf({troubled()});
-    const size_t cut = whole.find('\n', whole.size() / 2) + 1;
-    fileWith(whole.substr(0, cut), "rotated.1");
-    const std::string path = fileWith(whole.substr(cut), "rotated");
-    EXPECT_EQ(reportOf(whole)["sessions"], reportOfFiles({path, path + ".1"})["sessions"]);
+    const std::string other = fileWith(writeLog(messages), "other");
+    const Json report = reportOfFiles({other, newer, older});
+    ASSERT_EQ(2u, report["sessions"].size());
+    EXPECT_EQ(numbersOf(reportOf(whole)["sessions"][0]), numbersOf(report["sessions"][1]));
+    EXPECT_EQ(0, report["input"]["clock_jump_count"]);
 }
 
 TEST(Session, logMayBeginInTheMiddle) {
@@ -211,9 +204,10 @@ TEST(Session, logMayBeginInTheMiddle) {
 
 TEST(Session, syncLinesTellOffsetsWhereFramesHaveNoLine) {
     const auto sync = [](int now, int behind, const char* first, const char* frames) {
-        return "AVSYNC_V:" + std::to_string(now - behind) + "(" + std::to_string(behind) +
-               ")(0) b:0 rts:0(10) pid:4321" + first + " min:-1(-1 )(10) max:40(40)(10) " +
-               "avg:40000(40000)(10) cnt:" + frames;
+        return base::StringPrintf(
+                "AVSYNC_V:%d(%d)(0) b:0 rts:0(10) pid:4321%s min:-1(-1 )(10) max:40(40)(10) "
+                "avg:40000(40000)(10) cnt:%s",
+                now - behind, behind, first, frames);
     };
     const Json session =
             reportOf(threadtime({{kLogger, kBegin},
@@ -230,8 +224,8 @@ TEST(Session, syncLinesTellOffsetsWhereFramesHaveNoLine) {
 
 TEST(Session, dropsGoTogetherByTheLastRenderedFrameWhereRendersHaveNoLine) {
     const auto drop = [](int now, int ptsMs, int stepMs) {
-        return "Drop:" + std::to_string(ptsMs * 1000) + "(0) TD:" + std::to_string(stepMs) +
-               " FARD:9(9) FAD:9(1) AL:67(" + std::to_string(now) + ") FL:20(21) 0/3";
+        return base::StringPrintf("Drop:%d(0) TD:%d FARD:9(9) FAD:9(1) AL:67(%d) FL:20(21) 0/3",
+                                  ptsMs * 1000, stepMs, now);
     };
     // The first two follow the frame of 960 ms, the third that of 1040 ms. Output at 100 933, 9 ms
     // after the last frame was shown: due at 100 924 + 40. Renders have no lines, so there may have
@@ -243,7 +237,7 @@ TEST(Session, dropsGoTogetherByTheLastRenderedFrameWhereRendersHaveNoLine) {
                                  {kAnalytics, drop(103'000, 1080, 40)}}))["sessions"][0];
     expectHas(R"({"drops": {"run_count": 2, "longest_run_frames": 2, "lengths": [
                       {"length_frames": 1, "run_count": 1}, {"length_frames": 2, "run_count": 1}]},
-                  "verdict": {"word": "stuttered"}, "incidents": [{"start_ms": 964}],
+                  "verdict": {"word": "stuttered"}, "incident_count": 1, "incidents": [{"start_ms": 964}],
                   "counts": {"shown_count": null},
                   "at_least": ["incident_count", "counts.dropped_count"]})",
               session);
@@ -256,10 +250,9 @@ Json gapped(int64_t gapMs, int64_t seekMs, bool byMediaTime = false) {
         const long now = 100'100 + i * 40 + (i >= 30 ? gapMs : 0);
         const long ptsMs = 40 * i + (i >= 30 ? seekMs : 0);
         const long render = byMediaTime ? ptsMs : now;
-        char text[120];
-        snprintf(text, sizeof(text), "avc Render R-S:%ld R:%ld(40) pts:%ld 0/3", render - now,
-                 render, ptsMs * 1000);
-        messages.push_back({now, 4321, 4330, kAnalytics, text});
+        messages.push_back({now, 4321, 4330, kAnalytics,
+                            base::StringPrintf("avc Render R-S:%ld R:%ld(40) pts:%ld 0/3",
+                                               render - now, render, ptsMs * 1000)});
     }
     return reportOf(writeLog(messages))["sessions"][0];
 }
@@ -281,25 +274,22 @@ TEST(Session, pausesAreNoIncidentsAndLongSeeksAre) {
 TEST(Session, everyLineIsCountedOnceHoweverDamaged) {
     const std::string whole = logOf({troubled()}).substr(0, 60'000);
     std::mt19937 random(7);
-    for (int round = 0; round < 150; ++round) {
+    for (int round = 0; round < 100; ++round) {
         std::string log = whole;
         for (int i = 0; i < 200; ++i) {
             const size_t at = random() % log.size();
-            const auto kind = random() % 4;
-            if (kind == 0) log[at] = static_cast<char>(random());
-            if (kind == 1) log.erase(at, random() % 40);
-            if (kind == 2) log.insert(at, "9223372036854775807");
-            if (kind == 3) log.insert(at, log.substr(random() % log.size(), random() % 200));
+            const std::string with[] = {std::string(1, static_cast<char>(random())), "",
+                                        "9223372036854775807", log.substr(at / 2, random() % 200)};
+            log.replace(at, random() % 40, with[random() % 4]);
         }
         const Json input = reportOf(log)["input"];
-        uint64_t counted = 0;
+        // What is left are dividers and empty lines.
+        uint64_t left = input["line_count"];
         for (const char* key : {"understood_count", "other_tag_count", "not_log_line_count",
                                 "cut_off_count", "unknown_count"}) {
-            counted += input[key].get<uint64_t>();
+            left -= input[key].get<uint64_t>();
         }
-        // What is left are dividers and empty lines.
-        EXPECT_LE(counted, input["line_count"].get<uint64_t>());
-        EXPECT_GT(counted + 60, input["line_count"].get<uint64_t>());
+        EXPECT_LT(left, 60u);
     }
 }
 

@@ -59,23 +59,17 @@ class Fleet {
     std::mt19937 mRandom{1};
 };
 
-// A sanitizer, which takes ten times as long, looks for other things than chance.
-#if defined(__has_feature)
-constexpr int kDraws = __has_feature(address_sanitizer) ? 100 : 1000;
-#else
-constexpr int kDraws = 1000;
-#endif
+constexpr int kDraws = 300;
 
 TEST(CodecreportSetCompare, equalSetsRaiseAFalseAlarmInFiveOfAHundredDrawsAtMost) {
     Fleet fleet;
-    for (const size_t sessions : {size_t{12}, size_t{80}}) {
+    for (const size_t sessions : {12, 80}) {
         int alarms = 0;
         for (int i = 0; i < kDraws; ++i) {
             const Outcome outcome = fleet.compare(sessions);
             if (outcome == Outcome::WORSE || outcome == Outcome::BETTER) ++alarms;
         }
         EXPECT_LE(alarms, kDraws / 20) << sessions;
-        RecordProperty("alarms_with_" + std::to_string(sessions), alarms);
     }
 }
 
@@ -88,8 +82,6 @@ TEST(CodecreportSetCompare, smallRegressionsAreFound) {
         if (fleet.compare(300, 1.1) == Outcome::WORSE) ++slower;
         if (fleet.compare(1000, 1, 0.07) == Outcome::WORSE) ++stuttering;
     }
-    RecordProperty("slower", slower);
-    RecordProperty("stuttering", stuttering);
     EXPECT_GE(slower, kDraws * 95 / 1000);
     EXPECT_GE(stuttering, kDraws * 95 / 1000);
 }

@@ -87,61 +87,44 @@ struct Placed {
 };
 constexpr int64_t kNotSaid = -1;
 
-TEST(LogClock, timelineGoesOnOverJumpsWaitsAndReboots) {
-    const struct {
-        const char* what;
-        int64_t resolutionUs;
-        uint64_t jumps, reboots;
-        std::vector<Placed> lines;
-    } cases[] = {
-            {"an hour forward, then back: the monotonic clock goes on by 50 ms each",
-             1000,
-             2,
-             0,
-             {{1'000'100, 100, 1'000'100},
-              {4'600'150, 150, 1'000'150},
-              {4'600'160, kNotSaid, 1'000'160},
-              {1'000'200, 200, 1'000'200},
-              {1'000'300, kNotSaid, 1'000'300}}},
-            {"lines of two threads cross by a little; further back is a jump",
-             1000,
-             1,
-             0,
-             {{50'000, kNotSaid, 50'000},
-              {49'900, kNotSaid, 49'900},
-              {10'000, kNotSaid, 50'000},
-              {10'500, kNotSaid, 50'500}}},
-            {"a line that was written 900 ms after the time that it shows",
-             1000,
-             0,
-             0,
-             {{100'000, 0, 100'000}, {101'900, 1000, 101'000}}},
-            {"a reboot starts the monotonic clock anew",
-             1000,
-             0,
-             1,
-             {{100'000, 50'000, 100'000}, {140'000, 9'000, 140'000}, {140'001, 9'001, 140'001}}},
-            {"seconds are shown; a line that does not say is as late as the last",
-             1'000'000,
-             0,
-             0,
-             {{100'700, 700, 100'000}, {101'900, 1'900, 101'200}, {101'950, kNotSaid, 101'200}}},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        LogClock clock;
-        for (const Placed& placed : c.lines) {
-            LogLine line;
-            line.hasTime = true;
-            line.timeUs = placed.shownMs * 1000 / c.resolutionUs * c.resolutionUs;
-            line.resolutionUs = c.resolutionUs;
-            int64_t us = clock.place(line);
-            if (placed.monotonicMs != kNotSaid) us = clock.anchor(placed.monotonicMs);
-            EXPECT_EQ(placed.placedMs * 1000, us);
-        }
-        EXPECT_EQ(c.jumps, clock.jumps());
-        EXPECT_EQ(c.reboots, clock.reboots());
+void expectPlaced(const char* what, int64_t resolutionUs, uint64_t jumps, uint64_t reboots,
+                  const std::vector<Placed>& lines) {
+    SCOPED_TRACE(what);
+    LogClock clock;
+    for (const Placed& placed : lines) {
+        LogLine line;
+        line.hasTime = true;
+        line.timeUs = placed.shownMs * 1000 / resolutionUs * resolutionUs;
+        line.resolutionUs = resolutionUs;
+        int64_t us = clock.place(line);
+        if (placed.monotonicMs != kNotSaid) us = clock.anchor(placed.monotonicMs);
+        EXPECT_EQ(placed.placedMs * 1000, us);
     }
+    EXPECT_EQ(jumps, clock.jumps());
+    EXPECT_EQ(reboots, clock.reboots());
+}
+
+TEST(LogClock, timelineGoesOnOverJumpsWaitsAndReboots) {
+    expectPlaced("an hour forward, then back: the monotonic clock goes on by 50 ms each", 1000, 2,
+                 0,
+                 {{1'000'100, 100, 1'000'100},
+                  {4'600'150, 150, 1'000'150},
+                  {4'600'160, kNotSaid, 1'000'160},
+                  {1'000'200, 200, 1'000'200},
+                  {1'000'300, kNotSaid, 1'000'300}});
+    expectPlaced("lines of two threads cross by a little; further back is a jump", 1000, 1, 0,
+                 {{50'000, kNotSaid, 50'000},
+                  {49'900, kNotSaid, 49'900},
+                  {10'000, kNotSaid, 50'000},
+                  {10'500, kNotSaid, 50'500}});
+    expectPlaced("a line that was written 900 ms after the time that it shows", 1000, 0, 0,
+                 {{100'000, 0, 100'000}, {101'900, 1000, 101'000}});
+    expectPlaced(
+            "a reboot starts the monotonic clock anew", 1000, 0, 1,
+            {{100'000, 50'000, 100'000}, {140'000, 9'000, 140'000}, {140'001, 9'001, 140'001}});
+    expectPlaced(
+            "seconds are shown; a line that does not say is as late as the last", 1'000'000, 0, 0,
+            {{100'700, 700, 100'000}, {101'900, 1'900, 101'200}, {101'950, kNotSaid, 101'200}});
 }
 
 }  // namespace

@@ -1,15 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "SyntheticLog.h"
 
-#include <stdarg.h>
-#include <stdio.h>
 #include <time.h>
 
 #include <algorithm>
 
+#include <android-base/stringprintf.h>
+
 namespace android::test {
 
 namespace {
+
+using base::StringPrintf;
 
 constexpr char kLogger[] = "MediaCodecLogger";
 constexpr char kAnalytics[] = "ZMediaAnalyticV";
@@ -18,16 +20,6 @@ constexpr int64_t kDecryptMs = 2;
 constexpr int64_t kCodecMs = 20;
 constexpr int64_t kMessageMs = 1;
 constexpr int64_t kLeadMs = 10;
-
-std::string text(const char* format, ...) __attribute__((format(printf, 1, 2)));
-std::string text(const char* format, ...) {
-    char buffer[512];
-    va_list args;
-    va_start(args, format);
-    vsnprintf(buffer, sizeof(buffer), format, args);
-    va_end(args);
-    return buffer;
-}
 
 /** The times of one frame, monotonic milliseconds. */
 struct Times {
@@ -42,7 +34,7 @@ class Writer {
         begin();
         int64_t shiftMs = 0;
         for (int i = 0; i < mPlayback.frames; ++i) frame(i, &shiftMs);
-        if (mPlayback.report) report();
+        report();
         return mMessages;
     }
 
@@ -62,11 +54,11 @@ class Writer {
         const int64_t firstInput = at + 60 + kDecryptMs;
         for (const auto& [phase, ms] : {std::pair("P2 +", at), std::pair("P2 -", at + 20),
                                         std::pair("P3 +", at + 25), std::pair("P3 -", at + 55)}) {
-            add(ms, kLogger, text("[BRISK] %s %s %ld", tag, phase, ms));
+            add(ms, kLogger, StringPrintf("[BRISK] %s %s %ld", tag, phase, ms));
         }
         add(firstInput, kLogger,
-            text("[BRISK] %s Got First Input Frame %ld pts:%ld", tag, firstInput,
-                 mPlayback.firstPtsUs));
+            StringPrintf("[BRISK] %s Got First Input Frame %ld pts:%ld", tag, firstInput,
+                         mPlayback.firstPtsUs));
         add(firstInput + 5, kLogger,
             "updateFormatChanged width = 1920 height = 1080, hdrType = 1, scanType = 0, bitDepth = "
             "10, colorStandard = 6");
@@ -74,14 +66,13 @@ class Writer {
 
     void frame(int i, int64_t* shiftMs) {
         Times t = {};
-        t.ptsUs = mPlayback.firstPtsUs + i * mPlayback.intervalMs * 1000;
+        t.ptsUs = mPlayback.firstPtsUs + i * kFrameMs * 1000;
         const int64_t stall = delay(mPlayback.stalls, i);
-        const int64_t due =
-                mPlayback.startMs + 60 + kAnnouncedMs + i * mPlayback.intervalMs + *shiftMs;
-        t.announced = due - kAnnouncedMs + delay(mPlayback.lateInputs, i);
-        t.queued = t.announced + kDecryptMs + delay(mPlayback.slowDecrypts, i);
+        const int64_t due = mPlayback.startMs + 60 + kAnnouncedMs + i * kFrameMs + *shiftMs;
+        t.announced = due - kAnnouncedMs;
+        t.queued = t.announced + kDecryptMs;
         t.decoded = t.queued + kCodecMs + delay(mPlayback.slowDecodes, i);
-        t.output = t.decoded + kMessageMs + delay(mPlayback.slowMessages, i);
+        t.output = t.decoded + kMessageMs;
         // The application releases frames in order.
         t.call = std::max({due - kLeadMs + stall, t.output + stall, mLast.call});
         t.render = std::max(due + stall, t.call);
@@ -97,46 +88,47 @@ class Writer {
 
     void input(int i, const Times& t) {
         const char* f = mPlayback.format.c_str();
-        add(t.queued, kAnalytics, text("%s queue:%ld s:5000 tsS:3", f, t.ptsUs));
+        add(t.queued, kAnalytics, StringPrintf("%s queue:%ld s:5000 tsS:3", f, t.ptsUs));
         add(t.queued, kAnalytics,
-            text("%s Frame:%d Decrypt cost:%ld ts:%ld size:5000", f, i + 1, t.queued - t.announced,
-                 t.ptsUs));
+            StringPrintf("%s Frame:%d Decrypt cost:%ld ts:%ld size:5000", f, i + 1,
+                         t.queued - t.announced, t.ptsUs));
     }
 
     void output(int i, const Times& t) {
         const char* f = mPlayback.format.c_str();
         add(t.decoded, kAnalytics,
-            text("%s C2 OWD FL:%ld mediaTs:%ld f:0 0/3", f, t.decoded - t.queued, t.ptsUs));
+            StringPrintf("%s C2 OWD FL:%ld mediaTs:%ld f:0 0/3", f, t.decoded - t.queued, t.ptsUs));
         if (i == 0) {
             add(t.output, kLogger,
-                text("[BRISK] %s Got First Frame Ready %ld(%ld)", mPlayback.tag.c_str(), t.output,
-                     t.output - t.queued));
+                StringPrintf("[BRISK] %s Got First Frame Ready %ld(%ld)", mPlayback.tag.c_str(),
+                             t.output, t.output - t.queued));
         }
         add(t.output, kAnalytics,
-            text("%s Frame:%d Decoded and filled into output buffer, Output onWorkDone "
-                 "mediaTs:%ld, 0/3",
-                 f, i + 1, t.ptsUs));
+            StringPrintf("%s Frame:%d Decoded and filled into output buffer, Output onWorkDone "
+                         "mediaTs:%ld, 0/3",
+                         f, i + 1, t.ptsUs));
         analysis(t, f, t.output);
     }
 
     void analysis(const Times& t, const char* label, int64_t now) {
         const bool first = mLast.render == 0;
         add(now, kAnalytics,
-            text("%s%s:%ld(%ld) TD:%ld FARD:%ld(%ld) FAD:%ld(%ld) AL:%ld(%ld) FL:%ld(%ld) 0/3",
-                 first ? "Pre-Render " : "", label, t.ptsUs, now - t.ptsUs / 1000,
-                 (t.ptsUs - mLast.ptsUs) / 1000, t.output - mLast.render, t.output - mLast.call,
-                 t.decoded - mLast.decoded, t.output - t.decoded, now - t.output, now,
-                 t.decoded - t.queued, t.output - t.queued));
+            StringPrintf(
+                    "%s%s:%ld(%ld) TD:%ld FARD:%ld(%ld) FAD:%ld(%ld) AL:%ld(%ld) FL:%ld(%ld) 0/3",
+                    first ? "Pre-Render " : "", label, t.ptsUs, now - t.ptsUs / 1000,
+                    (t.ptsUs - mLast.ptsUs) / 1000, t.output - mLast.render, t.output - mLast.call,
+                    t.decoded - mLast.decoded, t.output - t.decoded, now - t.output, now,
+                    t.decoded - t.queued, t.output - t.queued));
     }
 
     void rendered(int i, const Times& t) {
         add(t.call, kAnalytics,
-            text("%s Render R-S:%ld R:%ld(%ld) pts:%ld 0/3", mPlayback.format.c_str(),
-                 t.render - t.call, t.render, t.render - mLast.render, t.ptsUs));
+            StringPrintf("%s Render R-S:%ld R:%ld(%ld) pts:%ld 0/3", mPlayback.format.c_str(),
+                         t.render - t.call, t.render, t.render - mLast.render, t.ptsUs));
         if (i == 0) {
             add(t.call, kLogger,
-                text("[BRISK] %s Got First Frame Render %ld(%ld), renderNum = 1",
-                     mPlayback.tag.c_str(), t.call, t.call - t.queued));
+                StringPrintf("[BRISK] %s Got First Frame Render %ld(%ld), renderNum = 1",
+                             mPlayback.tag.c_str(), t.call, t.call - t.queued));
         }
         mLast = t;
     }
@@ -146,12 +138,14 @@ class Writer {
         const int64_t at = mLast.call + 50;
         const int64_t played = (mLast.ptsUs - mPlayback.firstPtsUs) / 1000;
         add(at, kLogger,
-            text("MC Stop Time(start: %ld, stop:%ld :40 <profileMCStopEnd 1462>", at - 40, at));
-        add(at, kLogger, key + text("TotalVideoPlaybackTimeMs = %ld", played));
-        add(at, kLogger, key + text("videoResolution.FHD = %ld", played));
+            StringPrintf("MC Stop Time(start: %ld, stop:%ld :40 <profileMCStopEnd 1462>", at - 40,
+                         at));
+        add(at, kLogger, key + StringPrintf("TotalVideoPlaybackTimeMs = %ld", played));
+        add(at, kLogger, key + StringPrintf("videoResolution.FHD = %ld", played));
         add(at, kLogger, key + "StreamAvgFramerate = 24.917");
         if (!mPlayback.drops.empty()) {
-            add(at, kLogger, key + text("TotalFramesDropped = %zu", mPlayback.drops.size()));
+            add(at, kLogger,
+                key + StringPrintf("TotalFramesDropped = %zu", mPlayback.drops.size()));
         }
         add(at, kLogger, key + "BRISK-P2Ms = 20");
     }
@@ -171,27 +165,20 @@ std::string date(int64_t wallMs, const char* format) {
 }
 
 std::string lineOf(const LogMessage& m, LogFormat format, int64_t wallMs) {
-    const std::string ms = date(wallMs, "%m-%d %H:%M:%S") + text(".%03d", int(wallMs % 1000));
+    const std::string ms =
+            date(wallMs, "%m-%d %H:%M:%S") + StringPrintf(".%03d", int(wallMs % 1000));
     const char* tag = m.tag.c_str();
     const char* message = m.text.c_str();
     switch (format) {
         case LogFormat::THREADTIME:
-            return text("%s %5d %5d I %-8s: %s", ms.c_str(), m.pid, m.tid, tag, message);
+            return StringPrintf("%s %5d %5d I %-8s: %s", ms.c_str(), m.pid, m.tid, tag, message);
         case LogFormat::TIME:
-            return text("%s I/%-8s(%5d): %s", ms.c_str(), tag, m.pid, message);
-        case LogFormat::LONG:
-            return text("[ %s %5d:%5d I/%-8s ]\n%s\n", ms.c_str(), m.pid, m.tid, tag, message);
+            return StringPrintf("%s I/%-8s(%5d): %s", ms.c_str(), tag, m.pid, message);
         case LogFormat::BRIEF:
-            return text("I/%-8s(%5d): %s", tag, m.pid, message);
-        case LogFormat::TAG:
-            return text("I/%-8s: %s", tag, message);
-        case LogFormat::PROCESS:
-            return text("I(%5d) %s  (%s)", m.pid, message, tag);
-        case LogFormat::THREAD:
-            return text("I(%5d:%5d) %s", m.pid, m.tid, message);
+            return StringPrintf("I/%-8s(%5d): %s", tag, m.pid, message);
         case LogFormat::LIBLOG:
-            return text("%s I %s %5d %5d %s", tag, date(wallMs, "%m-%d %H:%M:%S").c_str(), m.pid,
-                        m.tid, message);
+            return StringPrintf("%s I %s %5d %5d %s", tag, date(wallMs, "%m-%d %H:%M:%S").c_str(),
+                                m.pid, m.tid, message);
         default:
             return m.text;
     }

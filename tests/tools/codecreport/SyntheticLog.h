@@ -34,6 +34,9 @@ constexpr int64_t kWallOffsetMs = 1772323200'000;
 std::string writeLog(std::vector<LogMessage> messages, LogFormat format = LogFormat::THREADTIME,
                      const std::map<int64_t, int64_t>& jumps = {});
 
+/** Whole, so that every time in the log is. */
+constexpr int64_t kFrameMs = 40;
+
 /** What a made-up playback of video does; times in milliseconds, frames counted from 0. */
 struct Playback {
     int pid = 4321;
@@ -43,17 +46,11 @@ struct Playback {
     int64_t startMs = 100'000;
     int frames = 300;
     int64_t firstPtsUs = 0;
-    /** Whole, so that every time in the log is. */
-    int64_t intervalMs = 40;
     std::set<int> drops;
     /** The application holds the frame, and all behind it, by so much longer. */
     std::map<int, int64_t> stalls;
-    /** Each for that frame only: it is announced, decrypted, decoded, handed on so much later. */
-    std::map<int, int64_t> lateInputs;
-    std::map<int, int64_t> slowDecrypts;
+    /** That frame only takes so much longer in the component. */
     std::map<int, int64_t> slowDecodes;
-    std::map<int, int64_t> slowMessages;
-    bool report = true;
 };
 
 /**

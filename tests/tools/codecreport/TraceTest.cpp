@@ -269,7 +269,7 @@ TEST(Trace, lateReleasesAreToldAndNoProcessIsMadeUp) {
     const std::vector<LogMessage> messages = {
             {100'030, -1, -1, "ZMediaAnalyticV", "avc queue:40000 s:5000 tsS:1"},
             {100'060, -1, -1, "ZMediaAnalyticV", "avc Render R-S:-17 R:100043(40) pts:40000 0/3"}};
-    ReadTrace trace = TraceReader().read(traceBytes(writeLog(messages, LogFormat::TAG)));
+    ReadTrace trace = TraceReader().read(traceBytes(writeLog(messages, LogFormat::RAW)));
     for (const auto& [uuid, track] : trace.tracks) EXPECT_FALSE(track.has(3));
     EXPECT_THAT(
             trace.events["lead"],

@@ -19,7 +19,7 @@ int main(int argc, char** argv) {
         playback.tid = 20000 + i;
         if (i == sessions) playback.stalls = {{stallAt, 400}};
         playbacks.push_back(playback);
-        playback.startMs += playback.frames * playback.intervalMs + 1000;
+        playback.startMs += playback.frames * android::test::kFrameMs + 1000;
     }
     const std::string log = logOf(playbacks);
     return fwrite(log.data(), 1, log.size(), stdout) == log.size() ? 0 : 1;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The page in a browser, held to the JSON that is written with it:
-// node pageTest.mjs CODECREPORT MAKE-LOG BROWSER [SCREENSHOT-PREFIX]
+// node pageTest.mjs CODECREPORT MAKE-LOG BROWSER
 import assert from 'node:assert/strict';
 import { execFileSync } from 'node:child_process';
 import { mkdtempSync, readFileSync, rmSync, statSync, writeFileSync } from 'node:fs';
@@ -10,7 +10,7 @@ import { join } from 'node:path';
 import { pathToFileURL } from 'node:url';
 import { chromium } from 'playwright-core';
 
-const [codecreport, makeLog, executablePath, screenshots] = process.argv.slice(2);
+const [codecreport, makeLog, executablePath] = process.argv.slice(2);
 const axe = createRequire(import.meta.url).resolve('axe-core/axe.min.js');
 const LAPTOP = { width: 1366, height: 768 };
 const PHONE = { width: 360, height: 740 };
@@ -128,7 +128,6 @@ async function looks(browser, report, colorScheme) {
   await axeFindsNothing(page);
   await page.click('#plots summary >> nth=0');
   await page.waitForSelector('#plots details tbody tr', { timeout: 5000 });
-  if (screenshots) await page.screenshot({ path: `${screenshots}-${colorScheme}.png`, fullPage: true });
   await close(page);
 }
 
