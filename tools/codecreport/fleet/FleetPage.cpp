@@ -146,11 +146,11 @@ constexpr char kGroupHead[] =
         "<th scope=\"col\" class=\"number\">sessions</th><th scope=\"col\" "
         "class=\"number\">hours</th>"
         "<th scope=\"col\" class=\"number\">stuttered</th>"
-        "<th scope=\"col\" class=\"number\">standing in an hour</th><th scope=\"col\">stood by</th>"
+        "<th scope=\"col\" class=\"number\">stalls in an hour</th><th scope=\"col\">stood by</th>"
         "<th scope=\"col\" class=\"number\">start-up p50, p90, p99, ms</th>"
         "<th scope=\"col\">never shown in an hour</th><th scope=\"col\" "
         "class=\"number\">errors</th>"
-        "<th scope=\"col\" class=\"number\">worst stood</th></tr></thead><tbody>\n";
+        "<th scope=\"col\" class=\"number\">most in stalls</th></tr></thead><tbody>\n";
 
 std::string groupRow(const FleetGroup& group, const std::string& folder) {
     const Histogram& start = group.firstFrameMs;
@@ -193,7 +193,7 @@ std::string worstTable(const FleetFigures& figures, const std::string& folder) {
     std::string html =
             "<section><h2>Worst sessions</h2>\n<div class=\"fleet\" tabindex=\"0\" role=\"region\" "
             "aria-label=\"Worst sessions\"><table><thead><tr><th scope=\"col\" "
-            "class=\"number\">stood</th>"
+            "class=\"number\">in stalls</th>"
             "<th scope=\"col\">session</th><th scope=\"col\">codec</th><th scope=\"col\">app</th>"
             "<th scope=\"col\">resolution</th><th scope=\"col\">verdict</th><th "
             "scope=\"col\">log</th></tr></thead><tbody>\n";

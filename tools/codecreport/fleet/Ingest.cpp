@@ -4,7 +4,10 @@
 #include <stdio.h>
 
 #include <algorithm>
+#include <condition_variable>
 #include <mutex>
+#include <optional>
+#include <set>
 #include <thread>
 
 #include "Analysis.h"
@@ -34,19 +37,23 @@ class Ingester {
         }
         work();
         for (std::thread& worker : workers) worker.join();
+        for (const LogRecord& log : mDoubles) {
+            if (mDatabase->holds(log.hash)) setLabels(log);
+        }
         if (mProgress) fprintf(stderr, "\r\033[K");
         return std::move(mResult);
     }
 
   private:
     void work() {
-        while (const LogFile* file = next()) {
+        while (const auto index = next()) {
+            const LogFile& file = mFiles[*index];
             LogRecord log;
-            log.path = file->paths.back();
-            log.isMetrics = file->isMetrics;
-            log.labels = file->labels;
+            log.path = file.paths.back();
+            log.isMetrics = file.isMetrics;
+            log.labels = file.labels;
             Analysis analysis;
-            if (findAnew(*file, &log) && read(*file, &analysis, &log)) write(log);
+            if (findAnew(*index, &log) && read(file, &analysis, &log)) write(log);
             const std::lock_guard<std::mutex> lock(mLock);
             ++mDone;
             if (mProgress) {
@@ -56,31 +63,42 @@ class Ingester {
         }
     }
 
-    const LogFile* next() {
+    std::optional<size_t> next() {
         const std::lock_guard<std::mutex> lock(mLock);
         const bool isOver = mNext == mFiles.size() || !mResult.writeError.empty();
-        return isOver ? nullptr : &mFiles[mNext++];
+        return isOver ? std::nullopt : std::optional(mNext++);
     }
 
     /** False: it cannot be read, or the database holds it; its labels are set then. */
-    bool findAnew(const LogFile& file, LogRecord* log) {
+    bool findAnew(size_t index, LogRecord* log) {
         std::string error;
-        const auto hash = contentHash(file.paths, &error);
-        const std::lock_guard<std::mutex> lock(mLock);
+        const auto hash = contentHash(mFiles[index].paths, &error);
+        std::unique_lock<std::mutex> lock(mLock);
+        // Of equal logs the first in order is kept, however the threads run.
+        mTurn.wait(lock, [&] { return mFound == index; });
+        ++mFound;
+        mTurn.notify_all();
         if (!hash) {
             mResult.problems.push_back(error);
             ++mResult.unread;
             return false;
         }
         log->hash = *hash;
-        return !skipKnown(*log);
+        if (mHashes.insert(*hash).second) return !skipKnown(*log);
+        ++mResult.known;
+        mDoubles.push_back(*log);
+        return false;
     }
 
     bool skipKnown(const LogRecord& log) {
         if (!mDatabase->holds(log.hash)) return false;
         ++mResult.known;
-        if (!mDatabase->label(log.hash, log.labels)) mResult.writeError = mDatabase->error();
+        setLabels(log);
         return true;
+    }
+
+    void setLabels(const LogRecord& log) {
+        if (!mDatabase->label(log.hash, log.labels)) mResult.writeError = mDatabase->error();
     }
 
     bool read(const LogFile& file, Analysis* analysis, LogRecord* log) {
@@ -100,7 +118,7 @@ class Ingester {
 
     void write(const LogRecord& log) {
         const std::lock_guard<std::mutex> lock(mLock);
-        // Another worker may have had the same log under another name.
+        // Another process may have added it meanwhile.
         if (!mResult.writeError.empty() || skipKnown(log)) return;
         if (!mDatabase->add(log)) {
             mResult.writeError = mDatabase->error();
@@ -118,6 +136,12 @@ class Ingester {
     // Below: guarded by mLock.
     Database* const mDatabase;
     size_t mNext = 0;
+    /** So many logs, in order, are known to be new or not. */
+    size_t mFound = 0;
+    std::condition_variable mTurn;
+    std::set<std::string> mHashes;
+    /** Logs that an earlier one of this run equals, in order; their labels come after its. */
+    std::vector<LogRecord> mDoubles;
     size_t mDone = 0;
     IngestResult mResult;
 };
