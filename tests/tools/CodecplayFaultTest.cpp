@@ -13,8 +13,7 @@ TEST(CodecplayFaultTest, requestedDropsAreExactlyTheReportedOnes) {
     // Unpaced, so that the machine drops none. The logger counts drops from half a second after the
     // first picture on, which the second one waits for. Then 13 and 2 pictures.
     const Played played = play(analysis("0x4") +
-                               "--speed 0 --loop 2 --slow-decode 2:600 "
-                               "--drop 60-72 --drop 90-91 " +
+                               "--speed 0 --loop 2 --slow-decode 2:600 --drop 60-72 --drop 90-91 " +
                                ordinaryClip());
     EXPECT_EQ(played.video()["dropped"]["requested"], 15);
     EXPECT_EQ(played.video()["rendered"], 225);
