@@ -183,9 +183,10 @@ story keys_leadToTheCodecRegisteredFirst: catches the last one, keys of the othe
 property mediaanalytic.enable true ; debug 0x20000
 define report = updateOmxOutput 1000 key=5 size=9 ; updateBuffers key=6 0 4 2 ; updateOmxOutput 1000 key=6 ; updateBuffers key=5 0 4 2
 codec first ; addCodec key=5 bufferKey=6 ; codec second ; addCodec key=5 bufferKey=6
-report
+report ; updateOutputFrame 1000
     I/ZMediaAnalyticV first OMX FBD mediaTs:1000 f:0 s:90
     I/ZMediaAnalyticV first input:4 output:0 minUndequeue:2 video:0 decoder:0
+    I/ZMediaAnalyticV second FBD:1000
 codec first ; removeCodec ; report
     I/ZMediaAnalyticV second OMX FBD mediaTs:1000 f:0 s:90
     I/ZMediaAnalyticV second input:4 output:0 minUndequeue:2 video:0 decoder:0
