@@ -27,8 +27,7 @@ void fail(const std::string& message) {
 
 namespace {
 
-/** Reads what stands in quotes from `at`, behind the opening one; leaves it behind the closing one.
- */
+/** Reads what stands in quotes from `at`, behind the opening one, to behind the closing one. */
 std::string readQuoted(const std::string& line, size_t* at) {
     std::string text;
     for (; *at < line.size() && line[*at] != '"'; ++*at) {
