@@ -78,7 +78,7 @@ const Operations& analyticsOperations() {
             {"updateInputFrame_pre", updateInputFramePre},
             {"updateInputFrame",
              [](Args& a) {
-                 const int64_t size = a.namedNumber("size", 1000);
+                 const int64_t size = a.namedNumber("size", 700);
                  const std::string format = a.named("format", a.stage.codecName.c_str());
                  const long timeUs = a.pts();
                  analytics().updateInputFrame(a.stage.codec, size, timeUs, false,
@@ -87,7 +87,7 @@ const Operations& analyticsOperations() {
             {"updateOmxInput",
              [](Args& a) {
                  const std::string data = a.named("data", "");
-                 const int64_t size = a.namedNumber("size", data.empty() ? 1000 : data.size());
+                 const int64_t size = a.namedNumber("size", data.empty() ? 800 : data.size());
                  analytics().updateOmxInput(a.stage.codec, bytesOf(data), size, a.pts(),
                                             a.namedNumber("owned", 3), a.namedNumber("flags", 0));
              }},

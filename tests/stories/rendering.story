@@ -9,9 +9,9 @@ show @+20 40000
 
 story aPeriodEndsWithTheFirstRenderAfter5000Ms: catches the bound, and a minimum, maximum or sum of another period
 ~begin ; frameShown 40000 @+20 ; after 5000
-# Shown 4990 ms later, then 21; the steps add up to 100 ms, the leads to 40.
-frameShown 80000 @+10 ; after 1 ; frameShown 140000 @+30
-    I/ZMediaAnalyticV AVSYNC_V:70(14931)(140) b:40 rts:15031(30) pid:<pid> min:21(40 )(10) max:4990(60)(30) avg:5001000(100000)(20) cnt:2(5001)
+# Shown 4990 ms later, then 10 and 11; the steps add up to 100 ms, the leads to 60.
+frameShown 80000 @+10 ; frameShown 100000 @+20 ; after 1 ; frameShown 140000 @+30
+    I/ZMediaAnalyticV AVSYNC_V:70(14931)(140) b:40 rts:15031(30) pid:<pid> min:10(20 )(10) max:4990(40)(30) avg:2500500(50000)(20) cnt:3(5001)
 # Backwards by 1.5 ms, and a lead that never was positive: the maximum stays where it began.
 after 6000 ; frameShown 138500 @-7
     I/ZMediaAnalyticV AVSYNC_V:105(20896)(138) b:40 rts:20994(-7) pid:<pid> min:5963(-1 )(-7) max:5963(0)(0) avg:0(0)(-7) cnt:1(6000)

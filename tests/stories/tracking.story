@@ -31,9 +31,9 @@ times 20 { queue -5 } ; times 20 { handOver -5 }
 story theFormatName_replacesTheCodecsNameOnce: catches a name that is taken at another time
 ~begin ; debug 1 ; addCodec ; updateBuffers 0 0
 announce 0 ; updateInputFrame 0 noFormat ; announce 0 ; updateInputFrame 0 format=avc ; announce 0 ; updateInputFrame 0 format=hevc
-    I/ZMediaAnalyticV  ETB:0 s:1000 tsS:1
-    I/ZMediaAnalyticV avc ETB:0 s:1000 tsS:2
-    I/ZMediaAnalyticV avc ETB:0 s:1000 tsS:3
+    I/ZMediaAnalyticV  ETB:0 s:700 tsS:1
+    I/ZMediaAnalyticV avc ETB:0 s:700 tsS:2
+    I/ZMediaAnalyticV avc ETB:0 s:700 tsS:3
 
 story ofTwoFramesWithOneTimestamp_theOlderIsMeant: catches the newer one, or both
 ~begin ; debug 2 ; addCodec ; updateBuffers 0 0 ; feed 1000 ; after 10 ; announce 1000 ; queue 1000
@@ -43,7 +43,7 @@ after 4 ; handOver 1000 ; after 1 ; decode 1000
 story whenTheClientOwnsEveryFrame_onlyOmxWarns: catches the bound, and a frame that is owned twice
 ~begin ; feed 1000 ; decode 1000 ; decode 1000 ; announce 2000 ; queue 2000
 updateOmxInput 2000 flags=0x10
-    W/ZMediaAnalyticV omx Omx ETB:2000 size:1000 c:3 u:2 tsS:2 flag:10
+    W/ZMediaAnalyticV omx Omx ETB:2000 size:800 c:3 u:2 tsS:2 flag:10
 ~handOver 1000 ; decode 1000 ; handOver 2000
 # The frames inside are none then, not a number below.
 /Drop/ after 40 ; deliver 2000 ; dropIt 2000
@@ -120,15 +120,15 @@ property mediaanalytic.maxerrorframe -1 ; addCodec ; updateBuffers 0 0 ; updateO
 story whenFlushed_framesAreForgottenAndNumbersRestartForAll: catches a frame that stays, and numbers of one codec only
 ~begin ; debug 0x400 ; omx
 /cost/ feed 1000
-    I/ZMediaAnalyticV omx Frame:1 Decrypt cost:0 ts:1000 size:1000
+    I/ZMediaAnalyticV omx Frame:1 Decrypt cost:0 ts:1000 size:700
 ~codec c2 ; addCodec ; updateCCodecConfigs
 /cost/ feed 1000
-    I/ZMediaAnalyticV c2 Frame:2 Decrypt cost:0 ts:1000 size:1000
+    I/ZMediaAnalyticV c2 Frame:2 Decrypt cost:0 ts:1000 size:700
 ~codec omx ; decode 1000 ; flush ; codec c2
 /cost/ feed 2000
-    I/ZMediaAnalyticV c2 Frame:1 Decrypt cost:0 ts:2000 size:1000
+    I/ZMediaAnalyticV c2 Frame:1 Decrypt cost:0 ts:2000 size:700
 /cost/ codec omx ; feed 2000
-    I/ZMediaAnalyticV omx Frame:2 Decrypt cost:0 ts:2000 size:1000
+    I/ZMediaAnalyticV omx Frame:2 Decrypt cost:0 ts:2000 size:700
 # A flush gives back what was decoded; the other codec keeps its frames.
 dropIt 1000 ; dropIt 2000
     I/ZMediaAnalyticV omx Frame:2 Frame latency in MediaCodec: -10001 Frame latency in Codec: -10000 2000 s:1 i:0
@@ -210,8 +210,8 @@ define shown = bit $1 $2 ; show @+10 1000
 shown 0 0
     I/ZMediaAnalyticV AVSYNC_V:-10(10020)(1) b:1 rts:10020(10) pid:<pid> min:10020(1 )(10) max:10020(1)(10) avg:0(0)(10) cnt:1(0)
 bit 10 0x1
-    I/ZMediaAnalyticV omx ETB:1000 s:1000 tsS:1
-    I/ZMediaAnalyticV omx Omx ETB:1000 size:1000 c:3 tsS:1 flag:0
+    I/ZMediaAnalyticV omx ETB:1000 s:700 tsS:1
+    I/ZMediaAnalyticV omx Omx ETB:1000 size:800 c:3 tsS:1 flag:0
 bit 10 0x2
     I/ZMediaAnalyticV omx OMX FBD FL:5 mediaTs:1000 f:0 s:5000/1
     I/ZMediaAnalyticV omx FBD mediaTs:1000, 0/1
@@ -226,8 +226,8 @@ bit 10 0x20
 bit 10 0x40
     I/ZMediaAnalyticV S:0 v:1 t:1000
 shown 10 0x400
-    I/ZMediaAnalyticV omx Frame:1 Decrypt cost:2 ts:1000 size:1000
-    I/ZMediaAnalyticV omx Frame:1 sent to Omx, ETB(Empty this buffer) Timestamp:1000 size:1000 frames owned by OMX:3 tsS:1 flag:0
+    I/ZMediaAnalyticV omx Frame:1 Decrypt cost:2 ts:1000 size:700
+    I/ZMediaAnalyticV omx Frame:1 sent to Omx, ETB(Empty this buffer) Timestamp:1000 size:800 frames owned by OMX:3 tsS:1 flag:0
     I/ZMediaAnalyticV omx Frame:1 Decoded and filled into output buffer, FBD(Fill buffer done) mediaTs:1000, 0/1
     I/ZMediaAnalyticV omx Frame:1 Frame latency in MediaCodec: 5 Frame latency in Codec: 5 1000 s:1 i:0
     I/ZMediaAnalyticV omx Frame:1 AL: App Latency: time spent by frame after it is ready in MediaCodec but before app handles it 0
@@ -250,7 +250,7 @@ bit 2
     I/ZMediaAnalyticV c2 OWD mediaTs:1000, 0/1
     I/ZMediaAnalyticV Pre-Render OWD:1000(10006) TD:1 FARD:(10007) FAD:10007(0) AL:0(10007) FL:5(5) 0/1$I:-5(1:0)
 bit 0x400
-    I/ZMediaAnalyticV c2 Frame:1 Decrypt cost:2 ts:1000 size:1000
+    I/ZMediaAnalyticV c2 Frame:1 Decrypt cost:2 ts:1000 size:700
     I/ZMediaAnalyticV c2 Frame:1 Decoded and filled into output buffer, Output onWorkDone mediaTs:1000, 0/1
     I/ZMediaAnalyticV c2 Frame:1 Frame latency in MediaCodec: 5 Frame latency in Codec: 5 1000 s:1 i:0
     I/ZMediaAnalyticV c2 Frame:1 AL: App Latency: time spent by frame after it is ready in MediaCodec but before app handles it 0
@@ -261,8 +261,8 @@ define bit = debug $1 ; encoder ; flush ; announce 1000 ; after 2 ; queue 1000 ;
 define shown = bit $1 ; show @+10 1000
 ~begin
 bit 1 ; bit 2 ; shown 4 ; bit 0x40
-    I/ZMediaAnalyticV enc ETB:1000, size:1000
-    I/ZMediaAnalyticV enc Omx ETB:1000 size:1000 c:3 tsS:1 flag:0
+    I/ZMediaAnalyticV enc ETB:1000, size:700
+    I/ZMediaAnalyticV enc Omx ETB:1000 size:800 c:3 tsS:1 flag:0
     I/ZMediaAnalyticV enc OMX FBD mediaTs:1000 f:0 s:5001
     I/ZMediaAnalyticV enc FBD:1000
     I/ZMediaAnalyticV enc Render R-S:10 R:10031(10031) pts:1000 0/1
@@ -293,8 +293,8 @@ bit 0x47f80 audioCodec
     I/ZMediaAnalyticV dequeue actual:100(100) theory:0 renderTime:-1 index:-1 0x10
 bit 0x10000 untracked ; bit 0x20000 untracked ; bit 0x40000 untracked
     I/ZMediaAnalyticV off input:0 output:0 minUndequeue:0 video:0 decoder:1
-    I/ZMediaAnalyticV off ETB:1000, size:1000
-    I/ZMediaAnalyticV off Omx ETB:1000 size:1000 c:3 tsS:0 flag:0
+    I/ZMediaAnalyticV off ETB:1000, size:700
+    I/ZMediaAnalyticV off Omx ETB:1000 size:800 c:3 tsS:0 flag:0
     I/ZMediaAnalyticV off input:0 output:0 minUndequeue:0 video:0 decoder:1
     I/ZMediaAnalyticV off OMX FBD mediaTs:1000 f:0 s:5000
     I/ZMediaAnalyticV off FBD:1000
@@ -306,19 +306,19 @@ story theMask_isDecimalUnlessItBeginsWith0x: catches another base, blanks, and w
 define mask = debug $1 ; omx ; announce 1 ; queue 1 ; updateOutputFrame 1 ; show @ 1
 ~begin
 /omx/ mask 5 ; mask 0x5 ; mask 0xaF
-    I/ZMediaAnalyticV omx ETB:1 s:1000 tsS:1
+    I/ZMediaAnalyticV omx ETB:1 s:700 tsS:1
     I/ZMediaAnalyticV omx Render R-S:0 R:10000(10000) pts:1 0/1
-    I/ZMediaAnalyticV omx ETB:1 s:1000 tsS:1
+    I/ZMediaAnalyticV omx ETB:1 s:700 tsS:1
     I/ZMediaAnalyticV omx Render R-S:0 R:10000(10000) pts:1 0/1
-    I/ZMediaAnalyticV omx ETB:1 s:1000 tsS:1
+    I/ZMediaAnalyticV omx ETB:1 s:700 tsS:1
     I/ZMediaAnalyticV omx FBD mediaTs:1, 0/1
     I/ZMediaAnalyticV omx Render R-S:0 R:10000(10000) pts:1 0/1
 /omx/ mask 010 ; mask " 3"
     I/ZMediaAnalyticV omx FBD mediaTs:1, 0/1
-    I/ZMediaAnalyticV omx ETB:1 s:1000 tsS:1
+    I/ZMediaAnalyticV omx ETB:1 s:700 tsS:1
     I/ZMediaAnalyticV omx FBD mediaTs:1, 0/1
 /ETB:1/ mask -1
-    I/ZMediaAnalyticV omx ETB:1 s:1000 tsS:1
+    I/ZMediaAnalyticV omx ETB:1 s:700 tsS:1
 /omx/ mask 12abc ; mask 0x80000004
     I/ZMediaAnalyticV omx Render R-S:0 R:10000(10000) pts:1 0/1 (2 times)
 /omx/ mask "" ; mask 0X5 ; mask " 0x3" ; mask abc ; mask 0x ; mask 0xzz ; mask 0x-1
