@@ -61,7 +61,7 @@ class ServiceProcess : public testing::Test {
     /** Runs codecloggerctl, which ends with a code and prints `text` among others. */
     void expectOutcome(const std::string& arguments, int exitCode, const std::string& text) {
         const ProcessResult result = control(arguments);
-        EXPECT_EQ(result.exitCode, exitCode) << arguments;
+        EXPECT_EQ(result.exitCode, exitCode) << arguments << "\n" << result.err;
         EXPECT_THAT(result.out + result.err, HasSubstr(text)) << arguments;
     }
     const RuntimeFolder mFolder;

@@ -2,15 +2,21 @@
 #pragma once
 
 #include <stdint.h>
+#include <stdio.h>
+#include <unistd.h>
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <limits>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <thread>
 #include <type_traits>
 #include <utility>
+
+#include <binder/IPCThreadState.h>
 
 namespace android::codeclogger {
 
@@ -44,11 +50,18 @@ class Pending {
     std::optional<T> mValue;
 };
 
+/** Questions under way, also those for whose answers nobody waits any more. */
+inline std::atomic<int> gUnanswered{0};
+
 /** Starts `question` on a thread of its own, which outlives a caller that gives up waiting. */
 template <typename Question, typename T = std::invoke_result_t<Question>>
 std::shared_ptr<Pending<T>> askAside(Question question) {
     auto pending = std::make_shared<Pending<T>>();
-    std::thread([pending, question = std::move(question)] { pending->give(question()); }).detach();
+    ++gUnanswered;
+    std::thread([pending, question = std::move(question)] {
+        pending->give(question());
+        --gUnanswered;
+    }).detach();
     return pending;
 }
 
@@ -57,6 +70,16 @@ template <typename Question>
 auto within(int64_t ms, Question question) {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(ms);
     return askAside(std::move(question))->wait(deadline);
+}
+
+/** To return from main() with: the threads of open questions use what exit() would destroy. */
+inline int leave(int exitCode) {
+    if (gUnanswered > 0) {
+        fflush(nullptr);
+        IPCThreadState::self()->stopProcess();
+        _exit(exitCode);
+    }
+    return exitCode;
 }
 
 }  // namespace android::codeclogger

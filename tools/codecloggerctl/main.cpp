@@ -90,5 +90,5 @@ int run(int argc, char** argv) {
 }  // namespace android::codecloggerctl
 
 int main(int argc, char** argv) {
-    return android::codecloggerctl::run(argc, argv);
+    return android::codeclogger::leave(android::codecloggerctl::run(argc, argv));
 }

@@ -117,5 +117,5 @@ int run(int argc, char** argv) {
 }  // namespace android::codecloggerd
 
 int main(int argc, char** argv) {
-    return android::codecloggerd::run(argc, argv);
+    return android::codeclogger::leave(android::codecloggerd::run(argc, argv));
 }
