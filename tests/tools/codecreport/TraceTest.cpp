@@ -101,6 +101,7 @@ class TraceReader {
     void onNames(const Message& interned) {
         for (uint64_t kind = 1; kind <= 3; ++kind) {
             for (const Message& name : interned.all(kind)) {
+                EXPECT_NE(0u, name.number(1)) << "no id";
                 EXPECT_TRUE(mNames.try_emplace({kind, name.number(1)}, name.text(2)).second);
             }
         }
