@@ -190,10 +190,9 @@ firstFrame 1920 1080
     -> getOldestAudioClientCodec()
     I [BRISK] VND.c2.unknown.x Got First Frame Ready 1070(30)
     I Rendering first frame after starting or flushing.
-~play 60 100000 ; drop 2 ; render +100000 ; output 6500000
+~play 60 100000 ; drop 2 ; render +100000 ; output 6500000 ; clockReads
 getStatus ; updateMetricsForFlush
     = \tCodec Type: VIDEO\n\tHW: NO\n\tFormat: x\n\tSecure: NO\n\tIs Secure Memory Used: NO\n\tInput Bitrate: 80\n
-~clockReads
 profileMCStopBegin ; profileMCStopEnd ; clockReads ; displayQueries ; uploadDecoderError 1
     = 0 | 1
     I 99999999.VND.c2.unknown.x.DecoderErrorTrans = 1

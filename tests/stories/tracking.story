@@ -44,9 +44,10 @@ story whenTheClientOwnsEveryFrame_onlyOmxWarns: catches the bound, and a frame t
 ~begin ; feed 1000 ; decode 1000 ; decode 1000 ; announce 2000 ; queue 2000
 updateOmxInput 2000 flags=0x10
     W/ZMediaAnalyticV omx Omx ETB:2000 size:800 c:3 u:2 tsS:2 flag:10
-~handOver 1000 ; decode 1000 ; handOver 2000
+~handOver 1000 ; decode 1000
 # The frames inside are none then, not a number below.
-/Drop/ after 40 ; deliver 2000 ; dropIt 2000
+handOver 2000 ; after 40 ; deliver 2000 ; dropIt 2000
+    W/ZMediaAnalyticV omx Omx ETB:2000 size:800 c:3 u:3 tsS:2 flag:0
     I/ZMediaAnalyticV Pre-Render Drop:2000(10038) TD:2 FARD:(10040) FAD:10040(0) AL:0(10040) FL:40(40) 1/2$I:-40(0:0)I:-40(0:-1)
 c2 ; announce 1000 ; queue 1000 ; updateC2Output 1000 ; updateC2Output 1000 ; announce 2000 ; queue 2000
 
@@ -101,8 +102,8 @@ owned 1000 flags=0x10
 
 story aCodec2Item_countsWhateverItsFlags: catches the flags of one back-end at the other
 ~begin ; c2 ; feed 1000
-updateC2Output 1001 ; updateC2Output 1000 flags=1 ; dropIt 1000
-    I/ZMediaAnalyticV Pre-Render Drop:1000(9999) TD:1 FARD:(-1) FAD:10000(-10001) AL:10001(10000) FL:0(-10001) 0/1$I:-0(1:0)
+updateC2Output 1001 ; updateC2Output 1000 flags=1 ; feed 3000 ; dropIt 1000
+    I/ZMediaAnalyticV Pre-Render Drop:1000(9999) TD:1 FARD:(-1) FAD:10000(-10001) AL:10001(10000) FL:0(-10001) 0/2$I:-0(1:2)I:-0(1:0)
 debug 2 ; addCodec ; updateCCodecConfigs ; updateC2Output 1001 flags=1
     W/ZMediaAnalyticV c2 not found ts:1001 infos Size:0 flag:1 when updateC2Output
 
