@@ -13,6 +13,10 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
     add_compile_options(-Wthread-safety)
 endif()
 
+if(MCL_SANITIZE)
+    # A report names functions, files and lines, for which the smallest debug information is enough.
+    add_compile_options(-g1)
+endif()
 if(MCL_SANITIZE STREQUAL "address")
     add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all
                         -fno-omit-frame-pointer)
