@@ -107,5 +107,13 @@ TEST(LogTime, yearlessDatesGoOnAtNewYear) {
     EXPECT_EQ(before, time.read("12-31 23:59:59.000").timeUs);
 }
 
+TEST(LogTime, fractionsTellTheResolution) {
+    LogTime time(kReference);
+    EXPECT_EQ(1'000'000, time.read("03-01 10:20:30").resolutionUs);
+    EXPECT_EQ(100'000, time.read("12.5").resolutionUs);
+    EXPECT_EQ(1, time.read("12.000000789 x").resolutionUs);
+    EXPECT_EQ(0u, time.read("12 13").length) << "a bare number is a process id";
+}
+
 }  // namespace
 }  // namespace android::codecreport
