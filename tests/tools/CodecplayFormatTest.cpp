@@ -151,7 +151,7 @@ TEST(CodecplayFormatMessageTest, demoClipChangesItsResolutionTwice) {
     const std::string file = scratchFile("demo.ts");
     ASSERT_EQ(runProcess({CODECPLAY_DEMO_CLIP, file, "2"}).exitCode, 0);
     const Played played = play("--speed 0 " + file);
-    EXPECT_EQ(played.process.exitCode, 0) << played.process.err;
+    EXPECT_GE(played.json["files"][0]["duration_us"], 6'000'000);
     std::vector<int> widths;
     for (const Json& format : played.video()["formats"]) widths.push_back(format["width"]);
     EXPECT_THAT(widths, ElementsAre(1280, 1920, 1280));

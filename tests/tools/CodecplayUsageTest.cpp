@@ -23,12 +23,12 @@ void waitForLog(const std::string& log, const std::string& text) {
         return access(log.c_str(), F_OK) == 0 && readFile(log).find(text) != std::string::npos;
     };
     for (int i = 0; i < 3000 && !isThere(); ++i) usleep(10'000);
+    EXPECT_TRUE(isThere()) << text;
 }
 
 }  // namespace
 
 TEST(CodecplayUsageTest, wrongCommandLinesAreRefused) {
-    // One command line a line.
     for (const std::string& arguments : splitLines(R"(
 --speed -1 f
 --speed fast f
