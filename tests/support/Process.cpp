@@ -76,7 +76,11 @@ Process::~Process() {
 }
 
 void Process::signal(int number) {
-    if (mPid > 0) kill(mPid, number);
+    if (mPid <= 0) return;
+    kill(mPid, number);
+    // It stops when it is scheduled next, and answers until then.
+    siginfo_t stopped;
+    if (number == SIGSTOP) waitid(P_PID, mPid, &stopped, WSTOPPED | WEXITED | WNOWAIT);
 }
 
 bool Process::collect(Clock::time_point end) {
