@@ -36,7 +36,7 @@ const Call kCalls[] = {
         {2, "04000000 612e6263 00000000", "a.bc", "a.bc", "", text<&Client::getPackageName>},
         {3, "01000000", "1", "1", "0", number<&Client::isVideoClient>},
         {4, "67120000", "4711", "4711", "0", number<&Client::getPid>},
-        {6, "80070000 38040000", "1920x1080", "1920x1080", "7x8",
+        {6, "80070000 38040000", "1920x1080", "0x0", "7x8",
          [](Client& client) {
              int width = 7, height = 8;
              client.getClientResolution(width, height);
@@ -45,7 +45,7 @@ const Call kCalls[] = {
         {7, "06000000 48445231 302b0000", "HDR10+", "", "", text<&Client::getClientHDRType>},
         {8, "0a000000", "10", "0", "0", number<&Client::getClientBitDepth>},
         {9, "01000000 70000000", "p", "", "", text<&Client::getClientScanType>},
-        {10, "feffffff", "-2", "-2", "9",
+        {10, "feffffff", "-2", "0", "9",
          [](Client& client) {
              int value = 9;
              client.getClientColorProperties(value);

@@ -155,7 +155,7 @@ template <typename Stub>
 using FakeListenerOf = Keeping<RecordingListener<Stub>>;
 using FakeListener = FakeListenerOf<media::BnMediaCodecLoggerListener>;
 
-/** A client that overrides only what it must. */
+/** A client that overrides only what it must, and leaves as it is what it could fill. */
 class FakeClient : public BnMediaCodecLoggerClient {
   public:
     String8 getStatus() override { return String8("\tHW: YES\n"); }
@@ -163,11 +163,8 @@ class FakeClient : public BnMediaCodecLoggerClient {
     bool isVideoClient() override { return true; }
     int32_t getPid() override { return 4711; }
     void initialize(int, bool, String8) override {}
-    void getClientResolution(int& width, int& height) override {
-        width = 1920;
-        height = 1080;
-    }
-    void getClientColorProperties(int& value) override { value = -2; }
+    void getClientResolution(int&, int&) override {}
+    void getClientColorProperties(int&) override {}
 };
 
 /** A client that overrides all. */
@@ -176,6 +173,11 @@ class FullClient : public FakeClient {
     explicit FullClient(const char* format = "hevc", bool isVideo = true)
         : mFormat(format), mIsVideo(isVideo) {}
     bool isVideoClient() override { return mIsVideo; }
+    void getClientResolution(int& width, int& height) override {
+        width = 1920;
+        height = 1080;
+    }
+    void getClientColorProperties(int& value) override { value = -2; }
     String8 getClientHDRType() override { return String8("HDR10+"); }
     int32_t getClientBitDepth() override { return 10; }
     String8 getClientScanType() override { return String8("p"); }
