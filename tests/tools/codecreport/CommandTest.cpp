@@ -129,6 +129,7 @@ TEST(Codecreport, exitCodesTellWhatWentWrong) {
             {{log, "-o", "/no/such/folder/page"}, 4, "No such file"},
             {{log, "--trace", "/dev/full"}, 4, "No space left"},
             {{log, "--json=/dev/full"}, 4, "No space left"},
+            {{log, "--db", "x", "--label", "build"}, 2, "KEY=VALUE"},
             {{"compare", log}, 2, "two files"},
             {{"compare", log, log, "--threshold", "x"}, 2, "expected [KEY=]LIMIT[%]"},
             {{"compare", log, log, "--threshold", "no.such=1"}, 2, "that --help lists"},

@@ -33,11 +33,12 @@ TEST(CodecreportDatabase, holdsEachLogOnceUnderAnyName) {
     const std::string log = fileWith(text, "once.log");
     const std::string db = fileWith("", "once.db");
     ASSERT_EQ(0, runProcess({"sh", "-c", "gzip -kf " + log}).exitCode);
-    const ProcessResult first = codecreport(
-            {"--db", db, log + ".gz", log, fileWith("x\n", "odd"), "--label", "build=old"});
+    const ProcessResult first = codecreport({"--db", db, log + ".gz", log, fileWith("x\n", "odd"),
+                                             "/dev/null", "--label", "build=old"});
     EXPECT_EQ(1, first.exitCode);
     EXPECT_THAT(first.err, HasSubstr("odd: holds no log"));
-    EXPECT_THAT(first.err, HasSubstr("1 logs with 1 sessions added, 1 held already, 1 not read"));
+    EXPECT_THAT(first.err, HasSubstr("1 logs with 1 sessions added, 1 held already, 2 not read"));
+    EXPECT_THAT(first.err, HasSubstr("/dev/null: is a pipe or a device"));
     EXPECT_EQ(0, codecreport({"--db", db, log, "--label", "build=new"}).exitCode);
     // Of equal ones the first is kept, though another is read sooner.
     EXPECT_EQ("path,value,verdict\n" + log + ".gz,new,stuttered\n",
@@ -60,10 +61,12 @@ TEST(CodecreportDatabase, sessionComesOutAsItsLogGaveIt) {
     EXPECT_EQ(expected, database.reportOf(ids.integer(0)));
     const Json& session = expected["sessions"][0];
     const std::string late = session["lateness"]["max_ms"].dump() + "\n";
-    EXPECT_EQ("n,worst\n" + session["counts"]["output_count"].dump() + "," + late,
+    EXPECT_EQ("n,fate,worst\n" + session["counts"]["output_count"].dump() + ",rendered," + late,
               queried(db,
-                      "SELECT count(*) AS n, CAST(max(late_ms) AS INTEGER) AS worst FROM "
+                      "SELECT count(*) AS n, fate, CAST(max(late_ms) AS INTEGER) AS worst FROM "
                       "frame_timeline"));
+    ASSERT_EQ(0, codecreport({"rows", db, "-o", db + "-rows"}).exitCode);
+    EXPECT_THAT(readFile(db + "-rows/session.jsonl"), HasSubstr(R"("verdict":"stuttered")"));
     EXPECT_EQ("n,cause,late\n1,application," + late,
               queried(db,
                       "SELECT count(*) AS n, cause, CAST(max_ms AS INTEGER) AS late FROM "
@@ -117,7 +120,7 @@ TEST(CodecreportDatabase, foldersAreComparedAsSets) {
         words.insert(words.end(), arguments.begin(), arguments.end());
         const ProcessResult result = codecreport(words);
         EXPECT_EQ(code, result.exitCode) << result.out << result.err;
-        EXPECT_THAT(result.out, HasSubstr(word));
+        EXPECT_THAT(result.out, testing::AllOf(HasSubstr(word), HasSubstr("standing_application")));
     }
 }
 
@@ -148,6 +151,7 @@ TEST(CodecreportDatabase, fleetSumsUpGroupsAndLeadsToTheWorst) {
     ASSERT_EQ(0, codecreport({"fleet", db, "-o", page}).exitCode);
     const std::string html = readFile(page);
     EXPECT_THAT(html, HasSubstr("&lt;1&gt;"));
+    EXPECT_THAT(html, HasSubstr("application 100&nbsp;%"));
     const std::string worst = "fleet.db-sessions/" + std::to_string(figures->worst[0].id) + ".html";
     EXPECT_THAT(html, HasSubstr("href=\"" + worst + "\""));
     EXPECT_THAT(readFile(db.substr(0, db.size() - 8) + worst), HasSubstr("<!DOCTYPE html>"));

@@ -55,6 +55,7 @@ TEST(LineReader, readsTextAndSaysWhyItCannot) {
     EXPECT_EQ(Result("", ""), linesOf(fileWith("")));
     EXPECT_EQ(Result("", "No such file or directory"), linesOf("/no/such/file"));
     EXPECT_EQ(Result("", "Is a directory"), linesOf("/"));
+    EXPECT_NE("", linesOf("/proc/self/mem").second) << "opens, and cannot be read";
     // Lines that no log has are cut.
     EXPECT_EQ(
             "a|" + std::string(LineReader::kMaxLine, 'x') + "|b|",

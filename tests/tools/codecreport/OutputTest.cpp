@@ -9,6 +9,7 @@
 #include <tools/codecreport/output/Compare.h>
 #include <tools/codecreport/output/HtmlPage.h>
 #include <tools/codecreport/output/JsonReport.h>
+#include <tools/codecreport/output/PageReport.h>
 
 #include "ReportSupport.h"
 #include "SyntheticLog.h"
@@ -90,6 +91,17 @@ Json playedWith(std::map<int, int64_t> stalls, std::set<int> drops) {
     playback.stalls = std::move(stalls);
     playback.drops = std::move(drops);
     return reportOf(logOf({playback}));
+}
+
+TEST(PageReport, worstIsDrawnAndEachHasItsVerdict) {
+    Json report = reportOf(logOf({Playback()}));
+    Json& sessions = report["sessions"];
+    while (sessions.dump().size() < 6'000'000) sessions.push_back(Json(sessions[0]));
+    sessions.back()["causes"] = {{"codec", {{"stood_ms", 7}}}};
+    Json shown = codecreport::pageReport(report)["sessions"];
+    EXPECT_EQ(sessions.back(), shown[0]);
+    EXPECT_FALSE(shown.back().contains("moments"));
+    EXPECT_EQ(sessions[0]["verdict"], shown.back()["verdict"]);
 }
 
 TEST(Compare, thresholdsAreHeld) {

@@ -16,11 +16,12 @@ constexpr char kLogger[] = "MediaCodecLogger";
 constexpr char kAnalytics[] = "ZMediaAnalyticV";
 constexpr char kBegin[] = "[BRISK] HW.c2.video.avc P2 + 100000";
 
-/** A playback with one of each: a stall, a slow frame, runs of three and one dropped frames. */
+/** One of each: a stall, a slow frame, a slow decryption, runs of three and one dropped frames. */
 Playback troubled() {
     Playback playback;
     playback.stalls = {{150, 400}};
     playback.slowDecodes = {{100, 120}};
+    playback.slowDecrypts = {{50, 120}};
     playback.drops = {200, 201, 202, 220};
     return playback;
 }
@@ -89,20 +90,34 @@ TEST(Session, framesGiveStagesFreezesDropsAndSync) {
     const Json session = reportOf(logOf({troubled()}))["sessions"][0];
     expectHas(R"json({
         "stages": {"decrypt": {"p50_ms": 2}, "codec": {"p99_ms": 20, "max_ms": 140},
-            "message": {"p50_ms": 1}, "app": {"p50_ms": 67, "max_ms": 467},
+            "message": {"p50_ms": 1}, "app": {"p50_ms": 67, "p90_ms": 67, "max_ms": 467},
             "lead": {"p50_ms": 10}},
         "counts": {"rendered_count": 296, "input_count": 300, "input_bytes": 1500000},
-        "incidents": [
+        "incidents": [{"cause": "decryption"},
             {"evidence":
             "140 ms at work on a frame (usually 20) with 1 frame waiting, 1 picture never shown"},
             {"evidence": "released 467 ms after it was ready (usually 67)", "start_ms": 6160,
                 "stood_ms": 400},
             {"never_shown_count": 3, "shares": {"application": 1}}],
-        "incident_count": 4,
+        "incident_count": 5,
         "standing": {"count": 1, "total_ms": 400, "longest_ms": 400, "longest_at_ms": 6160},
         "sync": {"outside_ms": 5960, "measured_ms": 12360, "worst_ms": 400, "last_ms": 400}
     })json",
               session);
+    EXPECT_EQ(25, session["frame_rate"]["rows"].back()[1]);
+}
+
+TEST(Session, lastPictureStandsAsLongAsItsProcessLogs) {
+    std::vector<LogMessage> messages = {{120'000, 4321, 1, "Zygote", "still there"}};
+    // The application releases no picture any more, and stops nothing.
+    for (const LogMessage& message : messagesOf(Playback())) {
+        const bool isRender = message.text.find(" Render ") != std::string::npos;
+        const bool isLast = message.timeMs > 112'000 && (isRender || message.tag == kLogger);
+        if (!isLast) messages.push_back(message);
+    }
+    expectHas(R"({"verdict": {"word": "broke off"}, "incidents": [{"cause": "application"}],
+                  "standing": {"longest_at_ms": 12040, "total_ms": 7960}})",
+              reportOf(writeLog(messages))["sessions"][0]);
 }
 
 /** What neither the log's form nor its clock nor other codecs in it may change. */
@@ -244,10 +259,11 @@ TEST(Session, dropsGoTogetherByTheLastRenderedFrameWhereRendersHaveNoLine) {
 }
 
 /** A session of 40 renders, 40 ms apart, with a gap before the 31st. */
-Json gapped(int64_t gapMs, int64_t seekMs, bool byMediaTime = false) {
-    std::vector<LogMessage> messages = {{100'000, 4321, 4330, kLogger, kBegin}};
+Json gapped(int64_t gapMs, int64_t seekMs, bool byMediaTime = false,
+            std::vector<LogMessage> messages = {}) {
+    messages.push_back({100'000, 4321, 4330, kLogger, kBegin});
     for (int i = 0; i < 40; ++i) {
-        const long now = 100'100 + i * 40 + (i >= 30 ? gapMs : 0);
+        const long now = 100'100 + i * 40 + (i >= 30 ? gapMs : 0) + (i == 7 ? 5 : 0);
         const long ptsMs = 40 * i + (i >= 30 ? seekMs : 0);
         const long render = byMediaTime ? ptsMs : now;
         messages.push_back({now, 4321, 4330, kAnalytics,
@@ -267,8 +283,13 @@ TEST(Session, pausesAreNoIncidentsAndLongSeeksAre) {
     }
     // Where the render time is the media time, frames are shown when released, without a lead.
     expectHas(R"({"frame_interval": {"p50_ms": 40, "max_ms": 340}, "standing": {"count": 1},
-                  "stages": {"lead": {"max_ms": 0}}})",
+                  "stages": {"lead": {"max_ms": 0}}, "sync": {"worst_ms": 300, "last_ms": 300}})",
               gapped(300, 0, true));
+    // What goes on elsewhere after a flush was sent there.
+    const LogMessage flush = {101'270, 4321, 4330, kLogger,
+                              "Flushing: 4321.HW.c2.video.avc.framerate = 25.000 fps"};
+    EXPECT_EQ("flush", gapped(400, 0, false, {flush})["incidents"][0]["place"]);
+    EXPECT_EQ("seek", gapped(400, 60'000, false, {flush})["incidents"][0]["place"]);
 }
 
 TEST(Session, everyLineIsCountedOnceHoweverDamaged) {

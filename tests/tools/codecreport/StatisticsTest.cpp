@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 
 #include <algorithm>
 #include <random>
 
+#include <tools/codecreport/model/FrameStore.h>
 #include <tools/codecreport/model/Histogram.h>
 #include <tools/codecreport/model/Session.h>
 #include <tools/codecreport/reading/LogClock.h>
@@ -72,11 +74,21 @@ TEST(FramePoints, keepTheWorstOfTheirNeighbours) {
         frames.add(point);
     }
     EXPECT_LE(frames.points().size(), FramePoints::kMax);
-    EXPECT_GT(frames.stride(), 1u);
+    EXPECT_GT(frames.stride(), 2u);
+    EXPECT_NEAR(50'000.0 / frames.stride(), frames.points().size(), 1);
     for (const int64_t worst : {12'345, 33'333}) {
         EXPECT_TRUE(std::any_of(frames.points().begin(), frames.points().end(),
                                 [&](const FramePoint& p) { return p.ptsUs == worst; }));
     }
+}
+
+TEST(FrameStore, framesThatCannotBeReadAreTold) {
+    FrameStore frames;
+    for (int i = 0; i < 1000; ++i) frames.add(1, Frame());
+    sqlite3_hard_heap_limit64(1);
+    frames.read(1, [](const Frame&) {});
+    sqlite3_hard_heap_limit64(0);
+    EXPECT_EQ("frames: out of memory", frames.error());
 }
 
 /** One line's place: what its clock shows, what it says of the monotonic clock, where it comes. */

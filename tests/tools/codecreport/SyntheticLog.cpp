@@ -69,8 +69,8 @@ class Writer {
         t.ptsUs = mPlayback.firstPtsUs + i * kFrameMs * 1000;
         const int64_t stall = delay(mPlayback.stalls, i);
         const int64_t due = mPlayback.startMs + 60 + kAnnouncedMs + i * kFrameMs + *shiftMs;
-        t.announced = due - kAnnouncedMs;
-        t.queued = t.announced + kDecryptMs;
+        t.announced = std::max(due - kAnnouncedMs, mLast.queued);
+        t.queued = t.announced + kDecryptMs + delay(mPlayback.slowDecrypts, i);
         t.decoded = t.queued + kCodecMs + delay(mPlayback.slowDecodes, i);
         t.output = t.decoded + kMessageMs;
         // The application releases frames in order.

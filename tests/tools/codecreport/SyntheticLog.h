@@ -51,6 +51,8 @@ struct Playback {
     std::map<int, int64_t> stalls;
     /** That frame only takes so much longer in the component. */
     std::map<int, int64_t> slowDecodes;
+    /** Decryption of that frame, which those behind it wait for, takes so much longer. */
+    std::map<int, int64_t> slowDecrypts;
 };
 
 /**
