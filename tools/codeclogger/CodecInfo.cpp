@@ -95,18 +95,7 @@ std::string CodecInfo::describe() const {
 }
 
 std::string CodecInfo::lastFrame() const {
-    switch (answer) {
-        case Answer::ENDED:
-            return "ended";
-        case Answer::DIED:
-            return "died";
-        case Answer::STOPPED:
-            return "stopped";
-        case Answer::SILENT:
-            return "no answer";
-        case Answer::GIVEN:
-            break;
-    }
+    if (answer != Answer::GIVEN) return kAnswerWords[static_cast<int>(answer)].inText;
     // Sound is not rendered frame by frame, nor are the pictures of encoders and tunneled codecs.
     const bool flows = frames > 0 || entry.firstFrameMs != 0;
     if (msSinceLastFrame < 0) return entry.isVideo && !flows ? "none yet" : "-";

@@ -28,6 +28,17 @@ enum class Answer {
     SILENT,   // its process did not answer in time
 };
 
+/** What each Answer is called in JSON, and where the age of the last frame would stand. */
+struct AnswerWords {
+    const char* inJson;
+    const char* inText;
+};
+constexpr AnswerWords kAnswerWords[] = {{"given", nullptr},
+                                        {"ended", "ended"},
+                                        {"died", "died"},
+                                        {"stopped", "stopped"},
+                                        {"none", "no answer"}};
+
 /** One codec: what the service knows of it, and what it answered itself. */
 struct CodecInfo {
     ClientEntry entry{};

@@ -3,26 +3,6 @@
 
 namespace android::codeclogger {
 
-namespace {
-
-const char* answerText(Answer answer) {
-    switch (answer) {
-        case Answer::GIVEN:
-            return "given";
-        case Answer::ENDED:
-            return "ended";
-        case Answer::DIED:
-            return "died";
-        case Answer::STOPPED:
-            return "stopped";
-        case Answer::SILENT:
-            break;
-    }
-    return "none";
-}
-
-}  // namespace
-
 Json codecJson(const CodecInfo& codec) {
     const ClientEntry& entry = codec.entry;
     Json json = Json::object();
@@ -38,7 +18,7 @@ Json codecJson(const CodecInfo& codec) {
     json.set("registered_ms", entry.registeredMs);
     json.set("late_outputs", entry.lateOutputs);
     json.set("longest_output_gap_ms", entry.longestDelayMs);
-    json.set("answer", answerText(codec.answer));
+    json.set("answer", kAnswerWords[static_cast<int>(codec.answer)].inJson);
     if (entry.firstFrameMs != 0) json.set("first_frame_ms", entry.firstFrameMs);
     if (codec.answer != Answer::GIVEN) return json;
     json.set("bitrate_kbps", codec.bitrateKbps);
