@@ -41,11 +41,12 @@ void updateInputFramePre(Args& a) {
     const std::string data = a.named("data", "");
     const std::string iv = a.named("iv", "");
     const auto samples = subSamplesOf(a.named("samples", ""));
+    const int64_t count = a.namedNumber("count", samples.size());
     const int64_t size = a.namedNumber("size", data.size());
     const long timeUs = a.pts();
     const bool isFollowed = analytics().updateInputFrame_pre(
-            a.stage.codec, bytesOf(data), size, nullptr, bytesOf(iv), samples.size(),
-            samples.data(), CryptoPlugin::kMode_AES_CTR, timeUs, a.time(1000), !samples.empty());
+            a.stage.codec, bytesOf(data), size, nullptr, bytesOf(iv), count, samples.data(),
+            CryptoPlugin::kMode_AES_CTR, timeUs, a.time(1000), count > 0);
     if (!isFollowed) result(false);
 }
 

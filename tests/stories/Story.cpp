@@ -20,6 +20,7 @@ namespace android::test {
 void fail(const std::string& message) {
     Journal::instance().setFilter("");
     Journal::instance().outcome("CANNOT BE PLAYED: " + message);
+    Journal::instance().flush();
     _exit(2);
 }
 

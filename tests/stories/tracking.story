@@ -61,7 +61,7 @@ bytes iv="\x00\x01\x02\x03\x04\x05\x06\x07\x08\x09\x0a\xff\xfe\xfd\xfc\xfb" ; by
 bytes iv="\x00\x01\x02\x03\x04\x05\x06\x07\x08\x09\x0a\xff\xfe\xfd\xfc\xfb" samples=2:1
     I/ZMediaAnalyticV iv:00 01 02 03 04 05 06 07 08 09 0a ff fe fd fc fb
     I/ZMediaAnalyticV s:0 v:1 t:1000 c:2 e:1 S:16 00 01 02
-bytes samples=5:6,0:2,0:0,1:1
+bytes count=2 ; bytes samples=5:6,0:2,0:0,1:1
     I/ZMediaAnalyticV s:0 v:1 t:1000 c:5 e:6 S:16 00 01 02 03 04 05 06 07 08 09
     I/ZMediaAnalyticV s:1 v:1 t:1000 c:0 e:2 S:16 ff fe
     I/ZMediaAnalyticV s:2 v:1 t:1000 c:0 e:0 S:16

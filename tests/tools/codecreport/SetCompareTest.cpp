@@ -95,5 +95,13 @@ TEST(CodecreportSetCompare, fewSessionsCannotTellAndManyEqualOnesAreTheSame) {
     EXPECT_EQ(Outcome::BETTER, fleet.compare(12, 0.1));
 }
 
+TEST(CodecreportSetCompare, whatNoLogTellsIsNotShown) {
+    const std::vector<FleetMeasure>& measures = fleetMeasures();
+    SetComparison comparison;
+    comparison.values = judgeSets({{&measures[0], {1, 2}, {2, 3}}, {&measures[1], {}, {}}});
+    EXPECT_EQ(1u, toJson(comparison)["values"].size());
+    EXPECT_EQ(std::string::npos, toText(comparison).find(measures[1].name));
+}
+
 }  // namespace
 }  // namespace android::test
