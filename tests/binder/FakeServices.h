@@ -111,7 +111,7 @@ inline Transaction sendRaw(const sp<IBinder>& stub, uint32_t code, const std::st
     return {code, 0, request, result, hexOf(reply)};
 }
 
-/** "-4 no listener" or "-129 DEAD_OBJECT as a number"; "ok". */
+/** "ok", "-4 no listener" of an exception, or "failed -32" where the call did not get through. */
 inline std::string textOf(const binder::Status& status) {
     if (status.isOk()) return "ok";
     if (status.exceptionCode() == binder::Status::EX_TRANSACTION_FAILED) {

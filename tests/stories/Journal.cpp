@@ -121,7 +121,8 @@ void Journal::open(int fd) {
     maskPid();
     setLogListener([this](const LogLine& line) {
         const std::string tag = line.tag == "MediaCodecLogger" ? "" : "/" + line.tag;
-        outcome("??VDIWEFS"[line.priority] + tag + " " + line.text);
+        // Not what a hook waits for: the log is locked, and so may be what logs.
+        show(shown("??VDIWEFS"[line.priority] + tag + " " + line.text));
         if (line.priority == ANDROID_LOG_FATAL) flush();
     });
     hostplatform::setMetricsListener(
@@ -145,14 +146,17 @@ void Journal::source(const std::string& text) {
 
 void Journal::outcome(const std::string& text) {
     const std::string line = shown(text);
+    show(line);
+    if (mHook && line.find(mHookText) != std::string::npos) std::exchange(mHook, nullptr)();
+}
+
+void Journal::show(const std::string& line) {
     const bool isLeftOut = mFilter[0] == '^' ? line.compare(0, mFilter.size() - 1, mFilter, 1) != 0
                                              : line.find(mFilter) == std::string::npos;
-    if (!isLeftOut) {
-        if (mTimes == 0 || line != mLast || isResult(mLast)) flush();
-        mLast = line;
-        ++mTimes;
-    }
-    if (mHook && line.find(mHookText) != std::string::npos) std::exchange(mHook, nullptr)();
+    if (isLeftOut) return;
+    if (mTimes == 0 || line != mLast || isResult(mLast)) flush();
+    mLast = line;
+    ++mTimes;
 }
 
 void Journal::result(const std::string& value) {

@@ -55,6 +55,7 @@ class Journal {
 
   private:
     std::string shown(const std::string& text) const;
+    void show(const std::string& line);
 
     int mFd = -1;
     std::string mFilter;

@@ -101,22 +101,14 @@ Component componentOf(const LateFrame& late, const Usual& usual) {
     return sum;
 }
 
-/** What the client is late by: it, or what its thread had to wait for. */
-void attributeClient(const Frame& frame, int64_t lostUs, Lost* lost) {
-    const int64_t display = std::min(lostUs, frame.queueWaitUs);
-    const int64_t decrypt = std::min(lostUs - display, frame.decryptWaitUs);
+/** What a thread of the client is late by: by what it waited for, of the rest by `cause`. */
+void attributeThread(int64_t displayWaitUs, int64_t decryptWaitUs, Cause cause, int64_t lostUs,
+                     Lost* lost) {
+    const int64_t display = std::min(lostUs, displayWaitUs);
+    const int64_t decrypt = std::min(lostUs - display, decryptWaitUs);
     of(lost, Cause::DISPLAY_QUEUE) += display;
     of(lost, Cause::DECRYPTION) += decrypt;
-    of(lost, Cause::APPLICATION) += lostUs - display - decrypt;
-}
-
-/** What reached the client late: on the way, or while its thread did something else. */
-void attributeMessage(const Frame& frame, int64_t lostUs, Lost* lost) {
-    const int64_t display = std::min(lostUs, frame.messageQueueWaitUs);
-    const int64_t decrypt = std::min(lostUs - display, frame.messageDecryptWaitUs);
-    of(lost, Cause::DISPLAY_QUEUE) += display;
-    of(lost, Cause::DECRYPTION) += decrypt;
-    of(lost, Cause::MESSAGE_DELAY) += lostUs - display - decrypt;
+    of(lost, cause) += lostUs - display - decrypt;
 }
 
 /** What came out of the component too late: by its own doing, for want of input or of buffers. */
@@ -154,7 +146,9 @@ void attributeUpstream(const LateFrame& late, const Usual& usual, int64_t lostUs
         return;
     }
     const int64_t delayed = lostUs * message / (message + codec);
-    attributeMessage(late.frame(), delayed, lost);
+    // On the way, or while the client's thread did something else.
+    attributeThread(late.frame().messageQueueWaitUs, late.frame().messageDecryptWaitUs,
+                    Cause::MESSAGE_DELAY, delayed, lost);
     if (lostUs > delayed) attributeCodec(component, lostUs - delayed, lost);
 }
 
@@ -182,7 +176,10 @@ Lost attribute(const LateFrame& late, const Usual& usual) {
     const int64_t sum = upstream + client;
     const int64_t readyLate = sum == 0 ? 0 : late.lateUs * upstream / sum;
     const int64_t before = std::max<int64_t>(0, readyLate - late.inheritedUs);
-    if (fresh > before) attributeClient(frame, fresh - before, &lost);
+    if (fresh > before) {
+        attributeThread(frame.queueWaitUs, frame.decryptWaitUs, Cause::APPLICATION, fresh - before,
+                        &lost);
+    }
     if (before > 0) attributeUpstream(late, usual, before, &lost);
     return lost;
 }
